@@ -1,0 +1,58 @@
+#!/bin/bash
+# Sets up, builds and tests: the release suite, the address and undefined-behaviour suite, and the thread
+# sanitizer's subset (the tests labelled tsan).
+#
+#   ./test.sh                        all three
+#   ./test.sh release|asan|tsan ...  only these
+#
+# Every test runs in a private home and private XDG folders, without the person's display and sound server.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")"
+
+suites=("$@")
+[ ${#suites[@]} -gt 0 ] || suites=(release asan tsan)
+for suite in "${suites[@]}"; do
+    case $suite in
+        release | asan | tsan) ;;
+        *)
+            echo "usage: test.sh [release|asan|tsan]..." >&2
+            exit 2
+            ;;
+    esac
+done
+
+./setup.sh
+
+jobs=$(nproc)
+work=$(mktemp -d "${TMPDIR:-/tmp}/trv-test.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+export TRV_TEST_HOME=$work
+
+# The sanitizers' shadow memory has fixed addresses that a fully randomised address space can collide with.
+# The build runs the test programs too, to list their tests.
+fixed_addresses=()
+if setarch -R true 2>/dev/null; then
+    fixed_addresses=(setarch -R)
+fi
+
+failed=()
+for suite in "${suites[@]}"; do
+    prefix=()
+    select=()
+    case $suite in
+        asan) prefix=("${fixed_addresses[@]}") ;;
+        tsan)
+            prefix=("${fixed_addresses[@]}")
+            select=(-L tsan)
+            ;;
+    esac
+    echo "== $suite"
+    cmake --preset "$suite" --log-level=WARNING
+    "${prefix[@]}" cmake --build --preset "$suite" -- -j"$jobs" --quiet
+    "${prefix[@]}" ctest --preset "$suite" -j"$jobs" --no-tests=error "${select[@]}" || failed+=("$suite")
+done
+
+if [ ${#failed[@]} -gt 0 ]; then
+    echo "test.sh: failed: ${failed[*]}" >&2
+    exit 1
+fi
