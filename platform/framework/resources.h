@@ -27,6 +27,7 @@ inline constexpr unsigned kIcon = 3;
 inline constexpr unsigned kMenu = 4;
 inline constexpr unsigned kDialog = 5;
 inline constexpr unsigned kString = 6;
+inline constexpr unsigned kRawData = 10;
 inline constexpr unsigned kGroupCursor = 12;
 inline constexpr unsigned kGroupIcon = 14;
 
