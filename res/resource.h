@@ -1,0 +1,73 @@
+// Numbers of the resources in player.rc, for the resource compiler and for the player's code alike.
+#pragma once
+
+// Dialogs
+#define IDD_ABOUTBOX 100
+#define IDD_PLAYER_DIALOG 102
+#define IDD_MESSAGE_PANEL 136
+#define IDD_VOLUME 137
+
+// Menu
+#define IDR_MAINMENU 130
+
+// Icons, cursor, bitmap
+#define IDI_PLAYER 129
+#define IDI_PLAY 131
+#define IDI_PAUSE 132
+#define IDI_STOP 133
+#define IDC_POINTING_HAND 134
+#define IDI_VOLUME 135
+#define IDB_ABOUT 138
+
+// The application icon as a drawing (raw data), for places that take any size
+#define IDR_PLAYER_SVG 139
+
+// Strings
+#define IDS_APP_TITLE 1
+#define IDS_PLAY 2
+#define IDS_PAUSE 3
+#define IDS_STOP 4
+#define IDS_OPEN_VOLUME 5
+#define IDS_CLOSE_VOLUME 6
+#define IDS_VOLUME_PROGRAM 7
+#define IDS_NO_VOLUME_PROGRAM 8
+#define IDS_NO_AUDIO_DEVICE 9
+#define IDS_TIME_FORMAT 10
+#define IDS_CANNOT_OPEN_FILE 11
+#define IDS_REGISTRY_KEY 12
+
+// Controls of the main window
+#define IDC_PLAY_PAUSE 1000
+#define IDC_STOP 1001
+#define IDC_VOLUME 1002
+#define IDC_PANEL_FRAME 1004
+
+// Controls of the message panel
+#define IDC_POSITION_BAR 1005
+#define IDC_PICTURE_FRAME 1006
+#define IDC_TOTAL_CAPTION 1007
+#define IDC_TOTAL 1008
+#define IDC_CURRENT_CAPTION 1010
+#define IDC_CURRENT 1011
+
+// Controls of the volume dialog
+#define IDC_SYSTEM_VOLUME 1136
+#define IDC_MASTER_VOLUME 1139
+#define IDC_MASTER_MUTE 1140
+#define IDC_WAVE_VOLUME 1143
+#define IDC_WAVE_MUTE 1144
+#define IDC_LEVEL_METER 1145
+#define IDC_MIXER_NAME 1158
+
+// Controls that are never addressed
+#ifndef IDC_STATIC
+#define IDC_STATIC (-1)
+#endif
+
+// Menu commands
+#define ID_FILE_OPEN 57601
+#define ID_FILE_CLOSE 57602
+#define ID_FILE_EXIT 32773
+#define ID_PLAY_PLAYPAUSE 32774
+#define ID_PLAY_STOP 32775
+#define ID_HELP_ABOUT 32776
