@@ -1,0 +1,89 @@
+// The dialogs' standard controls, tool tips and the file dialog.
+#pragma once
+
+#include "platform/framework/afxicon.h"
+#include "platform/framework/afxwin.h"
+
+class CStatic : public CWnd {};
+
+struct DRAWITEMSTRUCT {
+    UINT itemState;  // ODS_…
+    CDC* dc;
+    RECT rcItem;
+};
+
+class CButton : public CWnd {
+public:
+    // BM_GETCHECK and BM_SETCHECK of a check box.
+    int GetCheck() const { return static_cast<int>(SendMessage(BM_GETCHECK)); }
+    void SetCheck(int check) { SendMessage(BM_SETCHECK, static_cast<WPARAM>(check)); }
+    // Paints an owner-drawn button. Difference from the original: the context is a CDC, not a handle.
+    virtual void DrawItem(DRAWITEMSTRUCT*) {}
+
+protected:
+    DECLARE_MESSAGE_MAP()
+    afx_msg LRESULT OnReflectedDrawItem(WPARAM, LPARAM lParam);
+};
+
+// The bar that a scroll message names; a trackbar, here.
+class CScrollBar : public CWnd {};
+
+class CSliderCtrl : public CWnd {
+public:
+    void SetRange(int minimum, int maximum, BOOL redraw = FALSE);
+    void SetPos(int position) { SendMessage(TBM_SETPOS, 1, position); }
+    int GetPos() const { return static_cast<int>(SendMessage(TBM_GETPOS)); }
+};
+
+// A tool tip for one window. Difference from the original: one tool (id 1), whose messages the layer relays
+// by itself once RelayEvent is called for them.
+class CToolTipCtrl {
+public:
+    CToolTipCtrl() = default;
+    ~CToolTipCtrl();
+    CToolTipCtrl(const CToolTipCtrl&) = delete;
+    CToolTipCtrl& operator=(const CToolTipCtrl&) = delete;
+    BOOL Create(CWnd* parent);
+    void DestroyToolTipCtrl();
+    HWND GetSafeHwnd() const { return m_parent; }
+    void SetDelayTime(UINT which, int milliseconds);
+    void Activate(BOOL active);
+    int GetToolCount() const { return m_hasTool ? 1 : 0; }
+    BOOL AddTool(CWnd* window, LPCTSTR text, const RECT* rect, UINT_PTR id);
+    // Also becomes the window's accessible name.
+    void UpdateTipText(LPCTSTR text, CWnd* window, UINT_PTR id);
+    // Shows, moves and hides the tip as the mouse messages of its window ask.
+    void RelayEvent(const MSG* message);
+
+private:
+    HWND m_parent = nullptr;
+    CString m_text;
+    CRect m_rect;
+    bool m_hasTool = false;
+    bool m_active = false;
+    int m_initial = 500;
+    int m_autoPop = 5000;
+    int m_reshow = 100;
+};
+
+// The system's dialog for choosing a file.
+class CFileDialog {
+public:
+    struct OPENFILENAME {
+        DWORD Flags;
+        LPCTSTR lpstrTitle;
+    };
+    // openFile: only TRUE. filter: pairs of description and pattern, each ended by '|', ended by one more.
+    CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags, LPCTSTR filter,
+                CWnd* parent);
+    // IDOK or IDCANCEL. The parent may be destroyed while the dialog is up; the dialog then closes
+    // (IDCANCEL).
+    int DoModal();
+    CString GetPathName() const { return m_path; }
+    OPENFILENAME m_ofn;
+
+private:
+    CString m_filter;
+    CString m_path;
+    CWnd* m_parent;
+};

@@ -1,0 +1,201 @@
+// Device contexts, bitmaps, pens and brushes in the framework's shape.
+//
+// The drawing rules are the original's: a line leaves out its end point, rectangles leave out right and
+// bottom, copies combine by copy or OR, nothing is smoothed. Logical units are pixels; the origin is the
+// only transformation. Differences from the original: clip regions are rectangles, pens are one pixel wide,
+// a context owns nothing that is selected into it, and drawing on a window goes to its retained picture, so
+// it is allowed on any thread and never waits for the UI thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/framework/afxtypes.h"
+#include "platform/framework/wintypes.h"
+
+class CDC;
+class CWnd;
+class Surface;
+class CPaintDC;
+
+inline constexpr DWORD SRCCOPY = 0x00CC0020U;
+inline constexpr DWORD SRCPAINT = 0x00EE0086U;
+inline constexpr DWORD BLACKNESS = 0x00000042U;
+inline constexpr DWORD WHITENESS = 0x00FF0062U;
+inline constexpr int PS_SOLID = 0;
+inline constexpr int TRANSPARENT = 1;
+inline constexpr int OPAQUE = 2;
+inline constexpr int MM_TEXT = 1;
+inline constexpr DWORD BI_RGB = 0;
+inline constexpr UINT DIB_RGB_COLORS = 0;
+inline constexpr UINT DST_ICON = 0x0003;
+inline constexpr UINT DSS_DISABLED = 0x0020;
+
+struct BITMAPINFOHEADER {
+    DWORD biSize;
+    LONG biWidth;
+    LONG biHeight;
+    WORD biPlanes;
+    WORD biBitCount;
+    DWORD biCompression;
+    DWORD biSizeImage;
+    LONG biXPelsPerMeter;
+    LONG biYPelsPerMeter;
+    DWORD biClrUsed;
+    DWORD biClrImportant;
+};
+static_assert(sizeof(BITMAPINFOHEADER) == 40);
+
+// A bitmap's pixels; owned by the CBitmap it is attached to.
+using HBITMAP = Surface*;
+
+// Makes a bottom-up 24-bit off-screen image and gives its pixel memory (rows of width * 3 bytes padded to
+// four, first row at the bottom), which lives as long as the bitmap. Null, and *bits null, when the header
+// asks for anything else (top-down, other depths, compression, no area, more than 64 MiB). Any thread.
+// Difference from the original: no context, file mapping or offset is taken.
+HBITMAP CreateDIBSection(const BITMAPINFOHEADER* header, UINT usage, void** bits);
+
+class CGdiObject {
+public:
+    CGdiObject() = default;
+    virtual ~CGdiObject() = default;
+    CGdiObject(const CGdiObject&) = delete;
+    CGdiObject& operator=(const CGdiObject&) = delete;
+};
+
+class CPen : public CGdiObject {
+public:
+    CPen() = default;
+    // Style PS_SOLID; width 0 or 1, both one pixel.
+    CPen(int style, int width, COLORREF color) { CreatePen(style, width, color); }
+    BOOL CreatePen(int style, int width, COLORREF color);
+    BOOL DeleteObject();
+    COLORREF Color() const { return m_color; }
+
+private:
+    COLORREF m_color = 0;
+};
+
+class CBrush : public CGdiObject {
+public:
+    CBrush() = default;
+    explicit CBrush(COLORREF color) : m_color(color) {}
+    BOOL CreateSolidBrush(COLORREF color);
+    COLORREF Color() const { return m_color; }
+
+private:
+    COLORREF m_color = 0;
+};
+
+class CBitmap : public CGdiObject {
+public:
+    // A bitmap of the screen's format, all black. FALSE for an empty or absurd size.
+    BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
+    // Takes the bitmap over; null is refused.
+    BOOL Attach(HBITMAP bitmap);
+    BOOL DeleteObject();
+    // The pixels, null when there are none. Stay valid while a context that had them selected lives.
+    const std::shared_ptr<Surface>& Pixels() const { return m_pixels; }
+
+private:
+    std::shared_ptr<Surface> m_pixels;
+};
+
+// A device context. Not shared between threads; different contexts may draw on one target at once.
+class CDC {
+public:
+    CDC() = default;
+    virtual ~CDC();
+    CDC(const CDC&) = delete;
+    CDC& operator=(const CDC&) = delete;
+
+    // Makes this a memory context with a one-pixel bitmap selected, as the original does. The context given
+    // is only checked: null or a living one.
+    BOOL CreateCompatibleDC(CDC* dc);
+    BOOL DeleteDC();
+
+    // Selecting gives back what was selected before; the object must live while it is selected. A bitmap goes
+    // into memory contexts only, else null and nothing changes.
+    CPen* SelectObject(CPen* pen);
+    CBrush* SelectObject(CBrush* brush);
+    CBitmap* SelectObject(CBitmap* bitmap);
+
+    int GetBkMode() const { return m_bkMode; }
+    int SetBkMode(int mode);
+    int GetMapMode() const { return m_mapMode; }
+    int SetMapMode(int mode);
+    // The logical point that falls on the target's first pixel; gives the one before.
+    CPoint SetWindowOrg(int x, int y);
+    void LPtoDP(RECT* rect) const;
+    void DPtoLP(RECT* rect) const;
+    // Restricts drawing further to the rectangle.
+    int IntersectClipRect(const RECT* rect);
+
+    void FillSolidRect(const RECT* rect, COLORREF color);
+    void FillSolidRect(int x, int y, int cx, int cy, COLORREF color);
+    void FillRect(const RECT* rect, CBrush* brush);
+    // rop: BLACKNESS or WHITENESS; FALSE for any other.
+    BOOL PatBlt(int x, int y, int cx, int cy, DWORD rop);
+    CPoint MoveTo(int x, int y);
+    BOOL LineTo(int x, int y);
+    BOOL Polyline(const POINT* points, int count);
+    // rop: SRCCOPY or SRCPAINT; FALSE for any other, or when either context has no target. No scaling.
+    BOOL BitBlt(int x, int y, int cx, int cy, CDC* source, int sx, int sy, DWORD rop);
+    COLORREF GetPixel(int x, int y) const;
+    // Draws the icon in its own size. FALSE for no icon.
+    BOOL DrawIcon(int x, int y, HICON icon);
+    // flags: DST_ICON, with DSS_DISABLED for the embossed grey look (highlight colour one pixel right and
+    // down of the shadow colour). The size is taken but the icon keeps its own.
+    BOOL DrawState(POINT at, SIZE size, HICON icon, UINT flags);
+    // One line of text in the dialogs' face, cut to the rectangle; format takes the SS_… type and
+    // SS_CENTERIMAGE. UI thread.
+    void DrawText(const std::string& text, const RECT& rect, DWORD format, COLORREF color);
+
+protected:
+    friend class CPaintDC;
+    void AttachSurface(std::shared_ptr<Surface> surface, const RECT& clip);
+
+private:
+    CPoint Device(int x, int y) const { return CPoint(x - m_origin.x, y - m_origin.y); }
+    CRect Device(const RECT& rect) const;
+
+    std::shared_ptr<Surface> m_surface;
+    CRect m_clip;
+    CPoint m_origin;
+    CPoint m_position;
+    CPen* m_pen = nullptr;
+    CBrush* m_brush = nullptr;
+    CBitmap* m_bitmap = nullptr;
+    CBitmap m_firstBitmap;  // what a fresh memory context has selected
+    int m_bkMode = OPAQUE;
+    int m_mapMode = MM_TEXT;
+    bool m_memory = false;
+};
+
+// Draws on a window's client area; what was drawn is shown when the context ends. Any thread, while the
+// window lives. Allocates nothing.
+class CClientDC : public CDC {
+public:
+    explicit CClientDC(CWnd* window);
+    ~CClientDC() override;
+
+private:
+    HWND m_hWnd;
+};
+
+struct PAINTSTRUCT {
+    BOOL fErase;
+    RECT rcPaint;
+};
+
+// The context of a WM_PAINT handler: clipped to the part that needs painting, which counts as painted from
+// here on. The background is erased first when an invalidation asked for it. UI thread.
+class CPaintDC : public CDC {
+public:
+    explicit CPaintDC(CWnd* window);
+    ~CPaintDC() override;
+    PAINTSTRUCT m_ps;
+
+private:
+    HWND m_hWnd;
+};

@@ -1,0 +1,35 @@
+// Icons and cursors.
+#pragma once
+
+#include "platform/framework/afxgdi.h"
+#include "platform/framework/wintypes.h"
+
+struct Image;
+
+inline constexpr UINT IMAGE_ICON = 1;
+inline constexpr UINT IMAGE_CURSOR = 2;
+
+// Loads an icon (32 x 32) or a cursor from the program's resources; null when there is none. The caller
+// releases it with DestroyIcon or DestroyCursor. UI thread.
+HICON LoadImage(UINT id, UINT type);
+BOOL DestroyIcon(HICON icon);
+BOOL DestroyCursor(HCURSOR cursor);
+
+struct ICONINFO {
+    BOOL fIcon;
+    DWORD xHotspot;  // an icon's hot spot is its middle
+    DWORD yHotspot;
+    HBITMAP hbmMask;  // both bitmaps are the caller's to release with DeleteObject
+    HBITMAP hbmColor;
+};
+// FALSE for an unknown handle.
+BOOL GetIconInfo(HICON icon, ICONINFO* info);
+BOOL DeleteObject(HBITMAP bitmap);
+
+// The image behind a handle, null for an unknown one. Owned by the handle.
+const Image* IconImage(HICON icon);
+// Icons and cursors, and bitmaps handed out by GetIconInfo, that are not released yet.
+int LiveIconCount();
+
+// Makes it the cursor over the window that is handling WM_SETCURSOR; gives the one before.
+HCURSOR SetCursor(HCURSOR cursor);

@@ -1,0 +1,233 @@
+// Windows, dialogs and the application object in the framework's shape.
+//
+// Unless a comment says otherwise, everything here belongs to the UI thread. A window object that wraps no
+// window (m_hWnd null, or destroyed) does nothing when it is asked to do something.
+#pragma once
+
+#include "platform/framework/afxgdi.h"
+#include "platform/framework/afxmsg.h"
+#include "platform/framework/afxmt.h"
+#include "platform/framework/afxstr.h"
+#include "platform/framework/message_queue.h"
+
+class CDataExchange;
+
+// Registers a window class and gives its name: how the windows made with it erase (background: null for not
+// at all) and whether they repaint when their size changes. The name lives until the program ends.
+// Differences from the original: the class cursor is always the arrow, a class has no icon.
+LPCTSTR AfxRegisterWndClass(UINT classStyle, const CBrush* background = nullptr);
+
+class CWnd {
+public:
+    CWnd() = default;
+    // Destroys the window if it still exists.
+    virtual ~CWnd();
+    CWnd(const CWnd&) = delete;
+    CWnd& operator=(const CWnd&) = delete;
+
+    HWND m_hWnd = nullptr;
+    HWND GetSafeHwnd() const { return m_hWnd; }
+    // The object that wraps the window, null for none.
+    static CWnd* FromHandle(HWND hWnd);
+
+    // Creates a window of a registered class. The rectangle is the outer one, in the parent's client
+    // coordinates. Only WS_CHILD windows with a parent are made this way (dialogs make the others).
+    BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style, const RECT& rect,
+                  CWnd* parent, UINT id);
+    // Wraps a window that exists, so that its messages come here first. FALSE when it is wrapped already.
+    BOOL SubclassWindow(HWND hWnd);
+    // Destroys the window: WM_DESTROY to it and then to its children, then, children first, WM_NCDESTROY,
+    // which unwraps each and calls PostNcDestroy.
+    virtual BOOL DestroyWindow();
+
+    BOOL ShowWindow(int cmdShow);
+    BOOL IsWindowVisible() const;
+    BOOL EnableWindow(BOOL enable = TRUE);
+    BOOL IsWindowEnabled() const;
+    void MoveWindow(const RECT* rect, BOOL repaint = TRUE);
+    // Centres the window in its parent's client area (a top-level window: on its screen).
+    void CenterWindow();
+    void GetClientRect(RECT* rect) const;
+    // The outer rectangle in screen coordinates.
+    void GetWindowRect(RECT* rect) const;
+    void ClientToScreen(POINT* point) const;
+    void ScreenToClient(POINT* point) const;
+    void SetWindowText(LPCTSTR text);
+    void GetWindowText(CString& text) const;
+    DWORD GetStyle() const;
+    CWnd* GetParent() const;
+    CWnd* GetOwner() const;
+    CWnd* GetDlgItem(int id) const;
+    int GetDlgCtrlID() const;
+    CWnd* SetFocus();
+    static CWnd* GetFocus();
+    // The application's active top-level window, null while another program's is active.
+    static CWnd* GetActiveWindow();
+    static CWnd* WindowFromPoint(POINT screen);
+    // Difference from the original: the pointer is not taken from other programs. While a window has the
+    // capture it receives every mouse message of the application, and one WM_MOUSEMOVE with a position
+    // outside when the pointer leaves it.
+    CWnd* SetCapture();
+    static CWnd* GetCapture();
+
+    // Marks the client area, or a part of it, for painting.
+    void Invalidate(BOOL erase = TRUE);
+    void InvalidateRect(const RECT* rect, BOOL erase = TRUE);
+    // flags: RDW_INVALIDATE, RDW_ERASE, RDW_UPDATENOW.
+    BOOL RedrawWindow(const RECT* rect, UINT flags);
+    // Paints now what is marked.
+    void UpdateWindow();
+
+    // Any thread; see message_queue.h.
+    BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return ::PostMessage(m_hWnd, message, wParam, lParam);
+    }
+    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return ::SendMessage(m_hWnd, message, wParam, lParam);
+    }
+    // A periodic timer: WM_TIMER with the id every so many milliseconds until KillTimer or destruction.
+    UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds);
+    BOOL KillTimer(UINT_PTR id);
+    HICON SetIcon(HICON icon, BOOL bigIcon);
+    // Lets files be dropped on the window (WM_DROPFILES).
+    void DragAcceptFiles(BOOL accept = TRUE);
+    // A modal message box over this window; type MB_OK, MB_ICONERROR. Gives IDOK. The window may be destroyed
+    // while the box is up; the box then closes.
+    int MessageBox(LPCTSTR text, LPCTSTR caption, UINT type);
+    // Moves values between a dialog's controls and members through DoDataExchange.
+    BOOL UpdateData(BOOL saveAndValidate = TRUE);
+
+    // Called for each posted or input message of a window on the way to it; TRUE keeps the message.
+    virtual BOOL PreTranslateMessage(MSG* message);
+    virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    // What the window's class does with the message.
+    virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+
+protected:
+    friend class CDataExchange;
+    static const AFX_MSGMAP* GetThisMessageMap();
+    virtual const AFX_MSGMAP* GetMessageMap() const { return GetThisMessageMap(); }
+    // Hands the message that is being handled on to DefWindowProc.
+    LRESULT Default();
+    virtual void DoDataExchange(CDataExchange*) {}
+    virtual void PreSubclassWindow() {}
+    // The window is gone; the last thing that the object hears of it.
+    virtual void PostNcDestroy() {}
+
+    // Defaults of the mapped messages: each is Default().
+    afx_msg void OnPaint() { Default(); }
+    afx_msg void OnClose() { Default(); }
+    afx_msg void OnDestroy() { Default(); }
+    afx_msg void OnSize(UINT, int, int) { Default(); }
+    afx_msg void OnTimer(UINT_PTR) { Default(); }
+    afx_msg void OnVScroll(UINT, UINT, CScrollBar*) { Default(); }
+    afx_msg void OnSysCommand(UINT, LPARAM) { Default(); }
+    afx_msg void OnMouseMove(UINT, CPoint) { Default(); }
+    afx_msg void OnCaptureChanged(CWnd*) { Default(); }
+    afx_msg void OnKillFocus(CWnd*) { Default(); }
+    afx_msg BOOL OnSetCursor(CWnd*, UINT, UINT) { return static_cast<BOOL>(Default()); }
+    afx_msg void OnDropFiles(HDROP) { Default(); }
+
+private:
+    bool Dispatch(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
+};
+
+// Ends the capture, if a window of the application has it (WM_CAPTURECHANGED tells that window).
+BOOL ReleaseCapture();
+
+// How many files were dropped, and the path of one.
+UINT DragQueryFileCount(HDROP drop);
+CString DragQueryFile(HDROP drop, UINT index);
+
+// Moves a dialog's data; here it only binds controls to members.
+class CDataExchange {
+public:
+    CDataExchange(CWnd* dialog, BOOL saveAndValidate)
+        : m_bSaveAndValidate(saveAndValidate), m_pDlgWnd(dialog) {}
+    BOOL m_bSaveAndValidate;
+    CWnd* m_pDlgWnd;
+};
+
+// Wraps the dialog's control by the member, once. A control that the dialog does not have is a fault of the
+// program: it ends with a message.
+void DDX_Control(CDataExchange* dx, int id, CWnd& control);
+
+class CDialog : public CWnd {
+public:
+    CDialog() = default;
+    // For DoModal.
+    explicit CDialog(UINT templateId, CWnd* parent = nullptr) : m_templateId(templateId), m_parent(parent) {}
+
+    // Makes a modeless dialog from the program's resources: the controls, then WM_INITDIALOG (OnInitDialog).
+    // A control class or style that the layer does not support ends the program with a message.
+    BOOL Create(UINT templateId, CWnd* parent = nullptr);
+    // Shows the dialog and runs until EndDialog; gives its result, or IDCANCEL when its window goes first.
+    int DoModal();
+    void EndDialog(int result);
+
+    virtual BOOL OnInitDialog();
+
+protected:
+    DECLARE_MESSAGE_MAP()
+    virtual void OnOK() { EndDialog(IDOK); }
+    virtual void OnCancel() { EndDialog(IDCANCEL); }
+
+private:
+    friend class CWnd;
+    afx_msg void OnDialogOK() { OnOK(); }
+    afx_msg void OnDialogCancel() { OnCancel(); }
+    afx_msg LRESULT OnDialogInit(WPARAM, LPARAM);
+    afx_msg void OnDialogClose();
+    UINT m_templateId = 0;
+    CWnd* m_parent = nullptr;
+    bool m_modal = false;
+    int m_result = IDCANCEL;
+};
+
+// What start-up was told: the first plain argument, if any, as the file to open. A word that begins with '-'
+// is a switch and is passed over; a leading slash is a path.
+class CCommandLineInfo {
+public:
+    enum Command { FileNew, FileOpen };
+    Command m_nShellCommand = FileNew;
+    CString m_strFileName;
+};
+
+// The application: exactly one object, made before the program's entry.
+class CWinApp {
+public:
+    CWinApp();
+    virtual ~CWinApp();
+    CWinApp(const CWinApp&) = delete;
+    CWinApp& operator=(const CWinApp&) = delete;
+
+    // FALSE ends the program at once.
+    virtual BOOL InitInstance() { return TRUE; }
+    // Runs the message loop until the main window is destroyed.
+    virtual int Run();
+    virtual int ExitInstance() { return 0; }
+    // Sees every posted or input message of the application's windows before it is delivered; the default
+    // asks the window and its parents. TRUE keeps the message. Message boxes, the file dialog and open menus
+    // are not asked.
+    virtual BOOL PreTranslateMessage(MSG* message);
+    void ParseCommandLine(CCommandLineInfo& info) const;
+    // Nothing is stored; taken so that the program says whose settings they would be.
+    void SetRegistryKey(LPCTSTR company) { m_registryKey = company; }
+    void Enable3dControls() {}
+
+    CWnd* m_pMainWnd = nullptr;  // when this window is destroyed, Run returns
+    int m_nCmdShow = SW_SHOWNORMAL;
+    CString m_strExecutablePath;  // full path of the running program; in place of m_pszHelpFilePath
+
+private:
+    friend int AfxWinMain(int argc, char** argv);
+    CString m_registryKey;
+    int m_argc = 0;
+    char** m_argv = nullptr;
+};
+
+CWinApp* AfxGetApp();
+CWnd* AfxGetMainWnd();
+
+// The program's entry: prepares the toolkit, runs the application object, gives the exit code.
+int AfxWinMain(int argc, char** argv);

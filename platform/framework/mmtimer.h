@@ -1,0 +1,25 @@
+// Periodic timer in the shape of the multimedia timers.
+#pragma once
+
+#include "platform/framework/wintypes.h"
+
+using MMTIMERID = UINT;
+using TIMECALLBACK = void (*)(UINT timerId, UINT message, DWORD_PTR user, DWORD_PTR, DWORD_PTR);
+
+inline constexpr UINT TIME_PERIODIC = 1;
+
+// Requests a timer resolution of so many milliseconds. Timers here always wake to the millisecond, so the
+// requests are only counted; timeGetPeriodRequests gives how many stand, for those who check that they pair.
+UINT timeBeginPeriod(UINT milliseconds);
+UINT timeEndPeriod(UINT milliseconds);
+int timeGetPeriodRequests();
+
+// Starts a periodic timer: call k comes at start + k * period milliseconds on a thread of the timer's own.
+// Deadlines are absolute; a call that is overdue by a whole period is dropped and never made up. Identifiers
+// are never 0 and never reused; 0 means that the timer could not be made (period 0, no thread left).
+// Only TIME_PERIODIC is supported.
+MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user, UINT flags);
+
+// Ends a timer. Difference from the original: returns only when the callback is not running and will not
+// run again. Not to be called from the callback. Unknown identifiers are ignored.
+UINT timeKillEvent(MMTIMERID timer);

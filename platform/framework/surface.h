@@ -1,0 +1,69 @@
+// A retained picture: what every window shows and what every memory context draws on.
+//
+// One lock guards the pixels; each drawing operation takes it for its own length. Any thread may draw; the
+// toolkit takes the lock while it copies the picture to the screen.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/framework/afxtypes.h"
+
+class Surface {
+public:
+    // 32-bit pixels 0xFFRRGGBB, row 0 on top, all black. A negative size counts as 0.
+    Surface(int width, int height);
+
+    // 24-bit pixels B, G, R in bottom-up rows padded to four bytes, the layout of a device-independent
+    // bitmap; the pixels lie at dibBits() for the caller to write.
+    static std::shared_ptr<Surface> MakeDib(int width, int height);
+
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    bool isDib() const { return !m_dib.empty(); }
+    // Pixels of a 32-bit surface, row after row without gaps; hold mutex() while reading.
+    const std::uint32_t* pixels() const { return m_pixels.data(); }
+    std::uint8_t* dibBits() { return m_dib.data(); }
+    int dibStride() const { return (m_width * 3 + 3) & ~3; }
+    std::mutex& mutex() const { return m_mutex; }
+
+    // A pixel as COLORREF (0 outside).
+    COLORREF pixel(int x, int y) const;
+
+    // The drawing operations; every area is cut to the clip and the surface. Surfaces that are DIBs serve as
+    // sources only.
+    void Fill(const RECT& area, COLORREF color, const RECT& clip);
+    // A one-pixel line that leaves out its end point (Bresenham's algorithm).
+    void Line(POINT from, POINT to, COLORREF color, const RECT& clip);
+    enum class Raster { kCopy, kOr };
+    // Copies from (sx, sy) of the source, which may be this surface with an overlapping area.
+    void Copy(const RECT& area, Surface& source, int sx, int sy, Raster raster, const RECT& clip);
+    // Blends straight-alpha 0xAARRGGBB pixels (width x height, row 0 on top) over the surface.
+    void Blend(int x, int y, const std::uint32_t* image, int width, int height, const RECT& clip);
+
+    // What has changed since the last call, for the toolkit to show. Any thread.
+    CRect TakeDamage();
+    // Lets the toolkit paint into the pixels under the lock (text, icons drawn by it), then counts the area
+    // as changed.
+    template <class Painter>
+    void Paint(const RECT& area, Painter&& painter) {
+        const std::scoped_lock lock(m_mutex);
+        painter(m_pixels.data());
+        AddDamage(area);
+    }
+
+private:
+    struct DibTag {};
+    Surface(DibTag, int width, int height);
+    void AddDamage(const RECT& area);
+    CRect Bounds() const { return CRect(0, 0, m_width, m_height); }
+    std::uint32_t ReadPixel(int x, int y) const;
+
+    int m_width;
+    int m_height;
+    std::vector<std::uint32_t> m_pixels;
+    std::vector<std::uint8_t> m_dib;
+    mutable std::mutex m_mutex;
+    CRect m_damage;
+};
