@@ -31,6 +31,7 @@ run=(
 # What the tests need besides.
 test=(
     python3
+    clang-format # the style is a test
 )
 
 fuzz=(
