@@ -1,0 +1,56 @@
+#include "tools/dump/message_file.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/tool_error.h"
+
+namespace tools {
+namespace {
+
+constexpr std::size_t kStreamBuffer = std::size_t{1} << 16;
+
+}  // namespace
+
+MessageFile::MessageFile(const std::string& path) : path_(path), stream_(std::fopen(path.c_str(), "rb")) {
+    if (!stream_) Fail(std::string("cannot be opened: ") + std::strerror(errno));
+    struct stat status {};
+    if (fstat(fileno(stream_.get()), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) Fail("is a directory");
+        file_bytes_ = static_cast<uint64_t>(status.st_size);
+    }
+    std::setvbuf(stream_.get(), nullptr, _IOFBF, kStreamBuffer);
+    CheckHeader();
+}
+
+void MessageFile::CheckHeader() {
+    uint8_t video_rate = 0;
+    MessageHeaderError error = ReadMessageKind(stream_.get(), video_rate);
+    if (error == MessageHeaderError::None) error = ReadMessageFrameCount(stream_.get(), frame_count_);
+    if (std::ferror(stream_.get()) != 0) Fail("cannot be read");
+    switch (error) {
+        case MessageHeaderError::None:
+            rate_ = video_rate;
+            return;
+        case MessageHeaderError::BadMagic:
+            Fail("is no message: does not begin with TRV01.01");
+        case MessageHeaderError::NoVideoRate:
+            Fail("is no message: ends before the video rate");
+        case MessageHeaderError::BadVideoRate:
+            Fail("is no message: video rate " + std::to_string(video_rate) + " is out of range (0 to 5)");
+        case MessageHeaderError::NoFrameCount:
+            Fail("is no message: ends before the frame count is complete");
+    }
+}
+
+void MessageFile::Rewind() {
+    if (!reader_.Rewind(stream_.get())) Fail("cannot be read twice, as it is no regular file");
+}
+
+void MessageFile::Fail(const std::string& what) const {
+    throw ToolError(path_ + ": " + what);
+}
+
+}  // namespace tools

@@ -1,0 +1,146 @@
+#include "tools/dump/message_report.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+namespace tools {
+namespace {
+
+constexpr std::size_t kSizesPerLine = 12;
+
+[[gnu::format(printf, 1, 2)]] std::string Format(const char* format, ...) {
+    char text[256];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+std::string Count(uint64_t number, const char* singular, const char* plural) {
+    return std::to_string(number) + " " + (number == 1 ? singular : plural);
+}
+
+void AddEnd(const MessageRecord& last, MessageReport& report) {
+    switch (last.end) {
+        case MessageEnd::None:
+        case MessageEnd::Clean:
+            break;
+        case MessageEnd::PartialRecord:
+            report.oddities.push_back({"partial-record", "the file ends within a record, which is dropped"});
+            break;
+        case MessageEnd::BadLength:
+            report.oddities.push_back(
+                {"oversized-length",
+                 Format("a video record claims %u bytes, more than %zu; the message ends there",
+                        last.declared_bytes, kMaxRecordBytes)});
+            break;
+        case MessageEnd::ReadError:
+            report.oddities.push_back({"read-error", "the file could not be read to its end"});
+            break;
+    }
+}
+
+// One line for all pictures that share a fault.
+void AddPictureOddity(MessageReport& report, const char* code, bool PayloadFacts::*fault, const char* what) {
+    uint64_t count = 0;
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < report.pictures.size(); ++i) {
+        if (!(report.pictures[i].*fault)) continue;
+        if (count++ == 0) first = i + 1;
+    }
+    if (count == 0) return;
+    const std::string which = count == 1 ? Format("picture %zu", first)
+                                         : Format("%s, the first being picture %zu,",
+                                                  Count(count, "picture", "pictures").c_str(), first);
+    report.oddities.push_back({code, which + " " + what});
+}
+
+void AddOddities(MessageReport& report) {
+    if (report.frame_count != report.speech_frames()) {
+        report.oddities.push_back(
+            {"frame-count", Format("the frame count is %u, the records hold %s", report.frame_count,
+                                   Count(report.speech_frames(), "speech frame", "speech frames").c_str())});
+    }
+    if (report.passed_over_bytes > 0) {
+        report.oddities.push_back({"passed-over", Count(report.passed_over_bytes, "byte was", "bytes were") +
+                                                      " passed over between records"});
+    }
+    if (report.rate == 0 && !report.pictures.empty()) {
+        report.oddities.push_back(
+            {"pictures-in-voice", "a voice-only message holds video records; they are not shown"});
+    }
+    if (report.rate > 0 && report.pictures.empty()) {
+        report.oddities.push_back({"no-pictures", "a video message holds no video record"});
+    }
+    AddPictureOddity(report, "counts-out-of-range", &PayloadFacts::counts_out_of_range,
+                     "announces more detail than there is room for");
+    AddPictureOddity(report, "counts-disagree", &PayloadFacts::counts_disagree,
+                     "announces other counts than its skip flags ask for");
+    AddPictureOddity(report, "payload-short", &PayloadFacts::runs_short,
+                     "ends before its last code; missing values are taken as 0");
+}
+
+std::string VideoRecordLines(const MessageReport& report) {
+    if (report.pictures.empty()) return "none";
+    uint64_t total = 0;
+    for (const PayloadFacts& picture : report.pictures) total += picture.bytes;
+    std::string text = std::to_string(report.pictures.size()) +
+                       Format(", %.0f bytes on average; sizes:",
+                              static_cast<double>(total) / static_cast<double>(report.pictures.size()));
+    for (std::size_t i = 0; i < report.pictures.size(); ++i) {
+        text += i % kSizesPerLine == 0 ? "\n    " : " ";
+        text += Format("%5zu", report.pictures[i].bytes);
+    }
+    return text;
+}
+
+}  // namespace
+
+double MessageReport::announced_seconds() const {
+    return static_cast<double>(frame_count) * kSpeechFrameSamples / kSpeechSampleRate;
+}
+
+MessageReport ReportOn(MessageFile& message) {
+    MessageReport report;
+    report.path = message.path();
+    report.file_bytes = message.file_bytes();
+    report.rate = message.rate();
+    report.frame_count = message.frame_count();
+    const PayloadInspector inspector;
+    while (true) {
+        const MessageRecord record = message.Read();
+        if (record.kind == MessageRecordKind::Speech) {
+            ++report.speech_blocks;
+        } else if (record.kind == MessageRecordKind::Video) {
+            report.pictures.push_back(inspector.Inspect(record.body));
+        } else if (record.kind == MessageRecordKind::End) {
+            report.end = record.end;
+            AddEnd(record, report);
+            break;
+        }
+    }
+    report.passed_over_bytes = message.passed_over_bytes();
+    AddOddities(report);
+    return report;
+}
+
+std::string ReportAsText(const MessageReport& report) {
+    std::string text = report.path + ": ";
+    text += report.rate == 0
+                ? "voice-only message"
+                : "video message, " + Count(static_cast<uint64_t>(report.rate), "picture", "pictures") +
+                      " per second";
+    text += Format("\n  file           %s", Count(report.file_bytes, "byte", "bytes").c_str());
+    text += Format("\n  frame count    %u (%.2f s)", report.frame_count, report.announced_seconds());
+    text += "\n  speech         " + Count(report.speech_blocks, "block", "blocks") + ", " +
+            Count(report.speech_frames(), "frame", "frames");
+    text += "\n  video records  " + VideoRecordLines(report);
+    text += "\n  passed over    " + Count(report.passed_over_bytes, "byte", "bytes");
+    if (report.oddities.empty()) text += "\n  odd            nothing";
+    for (const Oddity& oddity : report.oddities) text += "\n  odd            " + oddity.text;
+    return text + "\n";
+}
+
+}  // namespace tools

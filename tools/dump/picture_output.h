@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+
+#include "video/vdec.h"
+
+namespace tools {
+
+/// A folder of numbered pictures: picture-0001.png (upright, 320 × 240, 24 bit) or picture-0001.bgr (the
+/// bytes of the decoder). Every operation throws ToolError when something cannot be written.
+class PictureOutput {
+public:
+    enum class Format { Bgr, Png };
+
+    /// Makes the folder where it is missing.
+    PictureOutput(const std::filesystem::path& folder, Format format);
+
+    /// Writes the next picture.
+    void Write(std::span<const uint8_t, kPictureBytes> bgr);
+
+private:
+    std::filesystem::path folder_;
+    Format format_;
+    unsigned next_number_ = 1;
+};
+
+}  // namespace tools

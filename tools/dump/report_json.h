@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "tools/dump/message_report.h"
+
+namespace tools {
+
+/// The report as one JSON object (RFC 8259). Bytes of the path that are no UTF-8 become U+FFFD.
+std::string ReportAsJson(const MessageReport& report);
+
+/// The object that stands for a file that is no message.
+std::string ErrorAsJson(const std::string& path, const std::string& error);
+
+}  // namespace tools

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <span>
+#include <string>
+
+#include "tools/tool_error.h"
+
+namespace tools {
+
+/// A file that appears under its name only when it is whole: written beside it under another name, renamed
+/// by Commit(). Without Commit() nothing is left behind. A symbolic link keeps being one; its target is
+/// replaced. Every operation throws ToolError.
+class AtomicFile {
+public:
+    explicit AtomicFile(const std::filesystem::path& path);
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    void Write(std::span<const uint8_t> bytes);
+    /// Replaces bytes that were written already.
+    void Overwrite(long offset, std::span<const uint8_t> bytes);
+    /// Brings everything to the disk and gives the file its name.
+    void Commit();
+
+private:
+    [[noreturn]] void Fail(const std::string& what) const;
+
+    std::filesystem::path target_;
+    std::string temporary_;
+    std::FILE* stream_ = nullptr;
+};
+
+}  // namespace tools

@@ -1,0 +1,25 @@
+#include "tools/encode/speech_encoder.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+#include "playback/speech_frame.h"
+
+namespace tools {
+
+SpeechEncoder::SpeechEncoder() : state_(gsm_create()) {
+    if (!state_) throw std::bad_alloc();
+}
+
+void SpeechEncoder::Encode(std::span<const int16_t, kSpeechFrameSamples> samples,
+                           std::span<uint8_t, kSpeechFrameBytes> frame) {
+    // libgsm takes its input through a pointer to non-const.
+    std::array<gsm_signal, kSpeechFrameSamples> input;
+    std::copy(samples.begin(), samples.end(), input.begin());
+    std::array<gsm_byte, kSpeechFrameBytes> standard;
+    gsm_encode(state_.get(), input.data(), standard.data());
+    RepackSpeechFrameFromGsm(standard.data(), frame.data());
+}
+
+}  // namespace tools

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <gsm/gsm.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "playback/message_format.h"
+
+namespace tools {
+
+/// GSM 06.10 full-rate encoder (libgsm) that gives frames as messages hold them. One state for all frames of
+/// a message, in order.
+class SpeechEncoder {
+public:
+    /// Throws std::bad_alloc when libgsm has no memory for its state.
+    SpeechEncoder();
+
+    /// Encodes 20 ms: 160 samples at 8000 samples per second.
+    void Encode(std::span<const int16_t, kSpeechFrameSamples> samples,
+                std::span<uint8_t, kSpeechFrameBytes> frame);
+
+private:
+    struct Destroy {
+        void operator()(gsm state) const { gsm_destroy(state); }
+    };
+    std::unique_ptr<gsm_state, Destroy> state_;
+};
+
+}  // namespace tools
