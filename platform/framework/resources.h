@@ -40,8 +40,9 @@ std::optional<std::span<const std::uint8_t>> Find(unsigned type, unsigned id);
 
 // One control of a dialog template. Positions and sizes are in dialog units, relative to the client area.
 struct DialogItem {
-    int id = 0;              // −1: a control that is never addressed
-    std::string class_name;  // "BUTTON", "EDIT", "STATIC", "LISTBOX", "SCROLLBAR", "COMBOBOX" or as written
+    int id = 0;  // −1: a control that is never addressed
+    // "BUTTON", "EDIT", "STATIC", "LISTBOX", "SCROLLBAR", "COMBOBOX", or another class's name in lower case.
+    std::string class_name;
     std::uint32_t style = 0;
     std::uint32_t ex_style = 0;
     int x = 0;

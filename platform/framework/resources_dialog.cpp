@@ -1,5 +1,8 @@
 // Dialog templates. The plain form and the extended one carry the same things in another order and width.
+#include <algorithm>
 #include <array>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "platform/framework/resources.h"
@@ -12,7 +15,19 @@ constexpr std::uint32_t kHasFont = 0x40;  // DS_SETFONT
 
 // Window classes that a template may name by number, from 0x80 on.
 constexpr unsigned kFirstClass = 0x80;
-constexpr std::array kClasses{"BUTTON", "EDIT", "STATIC", "LISTBOX", "SCROLLBAR", "COMBOBOX"};
+constexpr std::array<std::string_view, 6> kClasses{"BUTTON",  "EDIT",      "STATIC",
+                                                   "LISTBOX", "SCROLLBAR", "COMBOBOX"};
+
+// Class names ignore case, and compilers change it: the known ones come out as above, others in lower case.
+std::string ClassName(std::string name) {
+    const auto fold = [&name](char first, char last, char to) {
+        for (char& c : name)
+            if (c >= first && c <= last) c = static_cast<char>(c - first + to);
+    };
+    fold('a', 'z', 'A');
+    if (std::find(kClasses.begin(), kClasses.end(), name) == kClasses.end()) fold('A', 'Z', 'a');
+    return name;
+}
 
 template <typename Box>
 void ReadBox(Reader& reader, Box& box) {
@@ -39,7 +54,7 @@ bool ReadItem(Reader& reader, bool extended, DialogItem& item) {
 
     Name name = reader.NameOrNumber();
     if (name.IsText()) {
-        item.class_name = std::move(name.text);
+        item.class_name = ClassName(std::move(name.text));
     } else {
         if (name.number < kFirstClass || name.number - kFirstClass >= kClasses.size()) return false;
         item.class_name = kClasses[name.number - kFirstClass];
