@@ -65,12 +65,17 @@ std::optional<Dib> ReadDib(std::span<const std::uint8_t> data, bool with_mask) {
     return dib;
 }
 
+// The leftmost pixel is the highest bit.
+std::uint32_t BitAt(std::span<const std::uint8_t> row, std::size_t x) {
+    return std::uint32_t{row[x / 8]} >> (7 - x % 8) & 1U;
+}
+
 std::uint32_t Pixel(const Dib& dib, std::span<const std::uint8_t> row, std::size_t x) {
     switch (dib.bits) {
         case 1:
-            return dib.palette[row[x / 8] >> (7 - x % 8) & 1U];
+            return dib.palette[BitAt(row, x)];
         case 4:
-            return dib.palette[row[x / 2] >> (x % 2 == 0 ? 4 : 0) & 15U];
+            return dib.palette[x % 2 == 0 ? std::uint32_t{row[x / 2]} >> 4U : row[x / 2] & 15U];
         case 8:
             return dib.palette[row[x]];
         default: {
@@ -114,7 +119,7 @@ Image DecodeMasked(const Dib& dib) {
     for (int y = 0; y < dib.height; ++y) {
         const auto row = Row(dib, dib.mask, 1, y);
         for (std::size_t x = 0; x < static_cast<std::size_t>(dib.width); ++x, ++pixel) {
-            const bool transparent = (row[x / 8] >> (7 - x % 8) & 1U) != 0;
+            const bool transparent = BitAt(row, x) != 0;
             *pixel = transparent ? 0 : *pixel | kOpaque;
         }
     }

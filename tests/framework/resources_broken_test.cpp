@@ -345,7 +345,7 @@ TEST(Resources, ResourcesCutShortAreNotFound) {
             cut[i].data.resize(size);
             std::swap(cut[i], cut.back());  // at the very end of the block
             Bytes block = Block(cut);
-            block.resize(block.size() - (4 - size % 4) % 4);
+            block.erase(block.end() - static_cast<std::ptrdiff_t>((4 - size % 4) % 4), block.end());
             const InUse use(block);
             const int found = LoadAll();
             if (type == resources::kDialog || type == resources::kMenu) {
