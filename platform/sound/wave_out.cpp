@@ -16,6 +16,9 @@ constexpr DWORD kHighestRate = 192000;
 
 class Outputs {
 public:
+    Outputs(const Outputs&) = delete;
+    Outputs& operator=(const Outputs&) = delete;
+
     static Outputs& Get() {
         static Outputs outputs;
         return outputs;
@@ -54,6 +57,13 @@ public:
     }
 
 private:
+    Outputs() = default;
+
+    // The streams end here, on the thread that ends the program, whoever else still holds an output.
+    ~Outputs() {
+        for (const auto& entry : m_open) entry.second->Abandon();
+    }
+
     std::mutex m_lock;
     std::shared_ptr<WaveDriver> m_driver;
     std::vector<std::pair<HWAVEOUT, std::shared_ptr<WaveOutput>>> m_open;

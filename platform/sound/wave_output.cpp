@@ -75,6 +75,11 @@ MMRESULT WaveOutput::Write(WAVEHDR& header) {
     return MMSYSERR_NOERROR;
 }
 
+void WaveOutput::Abandon() {
+    const std::scoped_lock control(m_control);
+    m_stream.reset();
+}
+
 void WaveOutput::OnHeard(std::uint64_t position) {
     {
         const std::scoped_lock lock(m_lock);

@@ -28,6 +28,9 @@ public:
     MMRESULT Unprepare(WAVEHDR& header);
     MMRESULT Write(WAVEHDR& header);
 
+    // Ends the stream whatever is queued, without notifications: for the end of the program.
+    void Abandon();
+
     void OnHeard(std::uint64_t position) override;
 
 private:

@@ -1,0 +1,8 @@
+// How the player introduces itself to the sound server. The server remembers volume, mute and device of what
+// the player plays under the application id, so that one never changes.
+#pragma once
+
+inline constexpr char kApplicationName[] = "Trivelle Message Player";
+inline constexpr char kApplicationId[] = "trivelle.MessagePlayer";
+inline constexpr char kApplicationIcon[] = "trvplayer";
+inline constexpr char kMediaName[] = "Recorded message";

@@ -1,0 +1,57 @@
+// A playback stream of the sound server.
+#pragma once
+
+#include <pulse/stream.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/pulse/pulse_connection.h"
+#include "platform/sound/wave_clock.h"
+#include "platform/sound/wave_driver.h"
+
+// Everything written goes to the server at once, where it waits behind the cork or behind what sounds; the
+// server is asked for its position every 20 ms while there is something to be heard, and not otherwise.
+class PulseWaveStream : public WaveStream {
+public:
+    PulseWaveStream(std::shared_ptr<PulseConnection> connection, std::shared_ptr<WaveListener> listener,
+                    DWORD samplesPerSecond);
+    ~PulseWaveStream() override;
+
+    // Makes the stream on the server and waits for it, until the deadline at most. Once, before the rest.
+    MMRESULT Open(PulseLoop::Clock::time_point deadline);
+
+    void Write(const void* data, std::size_t bytes) override;
+    void Pause() override;
+    void Restart() override;
+    void Reset() override;
+
+private:
+    // All of these with the lock held.
+    void OnState();
+    void SetCork(bool corked);
+    void Tick();
+    void AskPosition();
+    void OnPosition();
+    void Reach(std::uint64_t position);
+    void TickSoon(PulseLoop::Clock::duration delay);
+    // The server or the stream is gone: from here on the clock says what would have been heard.
+    void LoseServer();
+    void ReleaseStream();
+
+    const std::shared_ptr<PulseConnection> m_connection;
+    const std::shared_ptr<WaveListener> m_listener;
+    const DWORD m_rate;
+    std::optional<PulseLoop::Timer> m_timer;
+
+    pa_stream* m_stream = nullptr;       // null once the server is lost
+    pa_operation* m_question = nullptr;  // the position asked for and not answered yet
+    bool m_questionStale = false;        // a reset came in between
+    bool m_corked = true;                // as told to the server
+    bool m_running = true;               // as told by the client; the cork follows at the first block
+    std::uint64_t m_written = 0;         // bytes, since the stream was opened
+    std::uint64_t m_heard = 0;           // never decreases
+    std::uint64_t m_inSink = 0;          // bytes that have left the stream and are not heard yet
+    WaveClock m_clock;                   // used once the server is lost
+};

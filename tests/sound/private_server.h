@@ -1,0 +1,71 @@
+// A sound server of a test's own, with a null sink and no sound card, and a recording of what it plays.
+//
+// The first server made gives the process its own HOME, XDG folders and client configuration (no autospawn,
+// nothing of the desktop's), so make it before any thread is started. The folder goes at the end of the
+// process. Several such processes run side by side, as root too.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+class PrivateServer {
+public:
+    enum class Sink {
+        kNoRewinds,  // what is rendered stays rendered, in steps of at most 50 ms
+        kRewinds,    // takes back what a pause or a flush leaves unheard, as sound cards do
+    };
+
+    // The process's private folders alone, without a server.
+    static void UsePrivateFolders();
+
+    // Starts a server with a sink "test" of 8000 samples a second, mono, 16 bits, and waits until it answers.
+    // Throws std::runtime_error when it does not.
+    explicit PrivateServer(Sink sink = Sink::kNoRewinds);
+    ~PrivateServer();
+    PrivateServer(const PrivateServer&) = delete;
+    PrivateServer& operator=(const PrivateServer&) = delete;
+
+    void Kill();    // at once, as in a crash
+    void Freeze();  // the server stops answering
+    void Thaw();
+
+private:
+    pid_t m_pid;
+};
+
+// Runs a program to its end and gives what it wrote to standard output; throws when it fails.
+std::string RunProgram(const std::vector<std::string>& words);
+
+// What the sink plays from now on, as its monitor gives it.
+class MonitorRecording {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    // Returns once the first samples have come.
+    MonitorRecording();
+    ~MonitorRecording();
+    MonitorRecording(const MonitorRecording&) = delete;
+    MonitorRecording& operator=(const MonitorRecording&) = delete;
+
+    std::vector<std::int16_t> Samples() const;
+
+    // When a sample is heard: the sink passes its samples at an even pace, and the chunk that came here with
+    // the least delay shows when.
+    Clock::time_point HeardAt(std::size_t sample) const;
+
+private:
+    void Read();
+
+    pid_t m_pid;
+    int m_pipe;
+    mutable std::mutex m_lock;
+    std::vector<char> m_bytes;
+    Clock::time_point m_origin = Clock::time_point::max();  // when sample 0 is heard
+    std::thread m_reader;
+};
