@@ -1,0 +1,11 @@
+#pragma once
+
+// Told by a CWaveDevice about its blocks, on the UI thread, with no lock held.
+class CWaveClient {
+public:
+    virtual ~CWaveClient() = default;
+    // A recorded block is ready. A playing device never calls it.
+    virtual void OnWaveInData() {}
+    // One queued block has been heard to its end.
+    virtual void OnBlockPlayed() {}
+};

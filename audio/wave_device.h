@@ -1,0 +1,97 @@
+// The wave output device: a ring of blocks between the thread that decodes speech and the sound card.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "audio/wave_client.h"
+#include "platform/framework/afxcmn.h"
+#include "platform/sound/mmsystem.h"
+
+class CVolumeDlg;
+
+// Sound starts only when more than a threshold of blocks is queued, and again so whenever the queue has run
+// dry. Each block that has been heard is reported to the client. A block lies at the driver from Write to its
+// report; when Pause takes all blocks back from the driver they stay in the ring, and Resume hands them over
+// again, oldest first.
+//
+// The device is a hidden child window, because the driver's notifications are window messages. One other
+// thread, the writer, may call Write, EndOfSound and GetQueuedCount; everything else belongs to the UI
+// thread. Pause, Flush and Close want the writer to be quiet meanwhile. Only Open reports a failure.
+// Nothing is allocated after the constructor.
+class CWaveDevice : public CStatic {
+public:
+    static constexpr int kBlocks = 250;  // ring slots; one always stays free
+    static constexpr int kMaxQueued = kBlocks - 1;
+
+    enum Direction { kRecord = 0, kPlay = 1, kBoth = 2 };
+
+    // pClient may be null; neither it nor pParent is owned. nDirection: a Direction, of which only the
+    // playing side does anything. nBlockLength: samples per block. nStartThreshold: blocks, 0 or more.
+    CWaveDevice(CWnd* pParent, CWaveClient* pClient, int nDirection, int nBlockLength, int nStartThreshold,
+                int nBytesPerSample, int nSampleRate);
+    // Close comes first: the driver must hold no block any more.
+    ~CWaveDevice() override;
+
+    // Opens the default output, silent and empty. FALSE when the driver refuses; the device is then closed,
+    // drops what is written and counts 0 blocks. Must not be open.
+    BOOL Open();
+    // Drops the queue and gives the output back.
+    void Close();
+
+    // Queues a copy of one block of samples. Dropped while closed, paused or full. Writer's thread.
+    void Write(const void* pBlock);
+    // No more comes for now: what is queued is played however little it is, after a Resume too. The next
+    // Write, Flush or Open takes that back. Writer's thread.
+    void EndOfSound();
+    // Blocks queued and not yet reported; 0 while closed. Any thread.
+    int GetQueuedCount();
+    BOOL IsOpen() const { return m_bOpen; }
+
+    // Silences the output. A block that was sounding will be heard again from its start.
+    void Pause();
+    void Resume();
+    // Empties the queue. Only while paused.
+    void Flush();
+
+    void ShowVolumeControls(BOOL bShow);
+
+protected:
+    DECLARE_MESSAGE_MAP()
+    afx_msg LRESULT OnWaveOutDone(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
+
+private:
+    static int NextIndex(int nIndex) { return (nIndex + 1) % kBlocks; }
+    BOOL HasOutput() const { return m_nDirection != kRecord; }
+    void EmptyRing();
+    void SendToDriver(int nIndex);
+    void StartOutput();
+
+    CWnd* m_pParent;
+    CWaveClient* m_pClient;
+    int m_nDirection;
+    int m_nBlockLength;
+    int m_nStartThreshold;
+    int m_nBytesPerSample;
+    int m_nSampleRate;
+
+    // Guards the state below, so that the writer's restart and the pause of an empty queue cannot cross.
+    // Never held while the client is called.
+    CCriticalSection m_lock;
+    BOOL m_bOpen = FALSE;
+    BOOL m_bRunning = FALSE;  // sounding, not buffering
+    BOOL m_bPaused = FALSE;
+    BOOL m_bNoMore = FALSE;  // EndOfSound holds
+    HWAVEOUT m_hWaveOut = nullptr;
+    std::array<WAVEHDR, kBlocks> m_headers = {};  // header i has buffer i
+    std::vector<char> m_buffers;
+    int m_nQueued = 0;      // (write index - read index) modulo kBlocks
+    int m_nReadIndex = 0;   // oldest queued block
+    int m_nWriteIndex = 0;  // filled by the next Write
+    // Notifications still to come for blocks that Pause has taken back from the driver. Notifications keep
+    // the order of writing, so that many of the next ones count for nothing.
+    int m_nStale = 0;
+
+    CVolumeDlg* m_pVolumeDlg = nullptr;
+};

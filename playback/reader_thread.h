@@ -1,0 +1,43 @@
+// The reader thread: reads a message's records in file order and turns them into sound and pictures.
+#pragma once
+
+#include <gsm/gsm.h>
+
+#include <cstdio>
+
+#include "audio/wave_device.h"
+#include "controls/waveform_wnd.h"
+#include "platform/framework/afxmt.h"
+#include "playback/message_reader.h"
+#include "playback/reader_gate.h"
+#include "video/video_wnd.h"
+
+class CMessagePanel;
+
+// Slots of the renderer's queue; it holds one picture fewer.
+inline constexpr int kPictureSlots = 20;
+
+// Whether the queues take whatever the next record brings: a picture or a speech block's frames.
+constexpr BOOL HasRoomForRecord(int nPicturesQueued, int nBlocksQueued) {
+    return nPicturesQueued + 1 < kPictureSlots &&
+           nBlocksQueued + kFramesPerSpeechBlock < CWaveDevice::kBlocks;
+}
+
+// What the panel hands to the thread; it outlives the thread. The thread uses everything but pGate and the
+// queues' counts only while the gate lets it.
+struct ReaderParams {
+    CMessagePanel* pPanel = nullptr;    // gets WM_READER_ENDED
+    CWaveformWnd* pWaveform = nullptr;  // null: no level values are wanted
+    CWaveDevice* pWaveDevice = nullptr;
+    gsm hSpeech = nullptr;  // decoder state of this message
+    CVideoWnd* pVideo = nullptr;
+    std::FILE** ppFile = nullptr;      // the panel's stream
+    MessageReader* pReader = nullptr;  // at the stream's position
+    CReaderGate* pGate = nullptr;
+};
+
+// The thread's procedure; takes its ReaderParams and gives 0. It reads ahead as far as the queues allow, and
+// what plays them sets the pace. At the end of the message it tells the device, clears the run flag and posts
+// WM_READER_ENDED; when the flag is set again it reads on from where the message then stands. It ends through
+// CReaderGate::End. Its buffers are made once, when it starts.
+UINT ReaderThreadProc(LPVOID pParams);
