@@ -1,0 +1,70 @@
+#include "app/player_app.h"
+
+#include <iterator>
+#include <string>
+
+#include "app/player_dlg.h"
+#include "platform/framework/resources.h"
+#include "platform/shell/file_type.h"
+#include "playback/message_format.h"
+#include "res/resource.h"
+
+namespace {
+
+constexpr LPCTSTR kExtension = ".trv";
+
+}  // namespace
+
+CPlayerApp::CPlayerApp() = default;
+CPlayerApp::~CPlayerApp() = default;
+
+BOOL CPlayerApp::InitInstance() {
+    Enable3dControls();
+    CString strCompany;
+    strCompany.LoadString(IDS_REGISTRY_KEY);
+    SetRegistryKey(strCompany);
+    RegisterFileType();
+
+    CString strPath;
+    CString strExtension;
+    CCommandLineInfo info;
+    ParseCommandLine(info);
+    if (info.m_nShellCommand == CCommandLineInfo::FileOpen) {
+        strPath = info.m_strFileName;
+        strExtension = strPath.Right(4);
+        strExtension.MakeLower();
+    }
+
+    m_instance.Acquire();
+    if (m_instance.IsReplaced()) return FALSE;
+
+    auto* pDlg = new CPlayerDlg;
+    m_pMainWnd = pDlg;
+    m_instance.CloseOnRequest(pDlg->GetSafeHwnd());
+    pDlg->ShowWindow(m_nCmdShow);
+    pDlg->UpdateWindow();
+
+    if (!strPath.IsEmpty() && strExtension == kExtension) pDlg->OpenMessage(strPath);
+    return TRUE;
+}
+
+void CPlayerApp::RegisterFileType() {
+    FileType type;
+    type.extension = kExtension;
+    type.identifier = "Trivelle.Message";
+    type.description = "Trivelle Compressed Message";
+    type.magic = std::string(std::begin(kMessageMagic), std::end(kMessageMagic));
+    type.program = m_strExecutablePath.Str();
+    CString strTitle;
+    strTitle.LoadString(IDS_APP_TITLE);
+    type.program_name = strTitle.Str();
+    if (const auto drawing = resources::Find(resources::kRawData, IDR_PLAYER_SVG)) {
+        type.icons.push_back({0, *drawing});
+    }
+    ::RegisterFileType(type);
+}
+
+BOOL CPlayerApp::PreTranslateMessage(MSG* pMsg) {
+    if (pMsg->message == WM_KEYDOWN && (pMsg->wParam == VK_ESCAPE || pMsg->wParam == VK_RETURN)) return TRUE;
+    return CWinApp::PreTranslateMessage(pMsg);
+}

@@ -1,0 +1,248 @@
+#include "app/player_dlg.h"
+
+#include "app/about_dlg.h"
+#include "platform/framework/afxcmn.h"
+#include "res/resource.h"
+
+namespace {
+
+constexpr LPCTSTR kFileFilter = "Trivelle Message Files (*.trv)|*.trv||";
+constexpr LPCTSTR kOpenTitle = "Open Trivelle Message...";
+
+CString LoadText(UINT nID) {
+    CString strText;
+    strText.LoadString(nID);
+    return strText;
+}
+
+CString FileName(const CString& strPath) {
+    return strPath.Mid(strPath.ReverseFind('/') + 1);
+}
+
+}  // namespace
+
+BEGIN_MESSAGE_MAP(CPlayerDlg, CDialog)
+ON_WM_SYSCOMMAND()
+ON_WM_PAINT()
+ON_WM_QUERYDRAGICON()
+ON_WM_CLOSE()
+ON_COMMAND(ID_FILE_OPEN, OnFileOpen)
+ON_COMMAND(ID_FILE_CLOSE, OnFileClose)
+ON_COMMAND(ID_FILE_EXIT, OnFileExit)
+ON_COMMAND(ID_PLAY_PLAYPAUSE, OnPlayPause)
+ON_COMMAND(ID_PLAY_STOP, OnStop)
+ON_COMMAND(ID_HELP_ABOUT, OnHelpAbout)
+ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
+ON_BN_CLICKED(IDC_STOP, OnStop)
+ON_BN_CLICKED(IDC_VOLUME, OnVolume)
+ON_MESSAGE(WM_PLAYBACK_ENDED, OnPlaybackEnded)
+ON_MESSAGE(WM_VOLUME_CLOSED, OnVolumeClosed)
+ON_WM_DROPFILES()
+END_MESSAGE_MAP()
+
+CPlayerDlg::CPlayerDlg() : m_hIcon(LoadImage(IDI_PLAYER, IMAGE_ICON)) {
+    Create(IDD_PLAYER_DIALOG);
+}
+
+CPlayerDlg::~CPlayerDlg() {
+    if (m_hIcon != nullptr) DestroyIcon(m_hIcon);
+}
+
+void CPlayerDlg::DoDataExchange(CDataExchange* pDX) {
+    CDialog::DoDataExchange(pDX);
+    DDX_Control(pDX, IDC_PLAY_PAUSE, m_btnPlayPause);
+    DDX_Control(pDX, IDC_STOP, m_btnStop);
+    DDX_Control(pDX, IDC_VOLUME, m_btnVolume);
+}
+
+BOOL CPlayerDlg::OnInitDialog() {
+    CDialog::OnInitDialog();
+
+    SetIcon(m_hIcon, TRUE);
+    SetIcon(m_hIcon, FALSE);
+    ResetTitle();
+
+    m_bOpen = FALSE;
+    m_bPlaying = FALSE;
+    m_bVolumeShown = FALSE;
+
+    m_btnPlayPause.SetIcons(IDI_PLAY, 0);
+    m_btnPlayPause.SetBtnCursor(IDC_POINTING_HAND);
+    m_btnPlayPause.SetTooltipText(IDS_PLAY);
+    m_btnStop.SetIcons(IDI_STOP, 0);
+    m_btnStop.SetBtnCursor(IDC_POINTING_HAND);
+    m_btnStop.SetTooltipText(IDS_STOP);
+    m_btnVolume.SetIcons(IDI_VOLUME, 0);
+    m_btnVolume.SetBtnCursor(IDC_POINTING_HAND);
+    m_btnVolume.SetTooltipText(IDS_OPEN_VOLUME);
+
+    SetCommandShortcut(ID_FILE_OPEN, "Ctrl+O");
+    SetCommandShortcut(ID_FILE_CLOSE, "Ctrl+W");
+    SetCommandShortcut(ID_FILE_EXIT, "Ctrl+Q");
+    SetCommandShortcut(ID_PLAY_PLAYPAUSE, "Media Play; Toggle Media Play/Pause; Media Pause");
+    SetCommandShortcut(ID_PLAY_STOP, "Media Stop");
+    DragAcceptFiles();
+
+    m_pPanel = new CMessagePanel(GetDlgItem(IDC_PANEL_FRAME));
+    m_pPanel->ShowPanel();
+    return TRUE;
+}
+
+void CPlayerDlg::OnOK() {
+    DestroyWindow();
+}
+
+void CPlayerDlg::OnCancel() {
+    DestroyWindow();
+}
+
+void CPlayerDlg::PostNcDestroy() {
+    delete this;
+}
+
+void CPlayerDlg::OpenMessage(const CString& strPath) {
+    const HWND hWnd = m_hWnd;
+
+    // The panel reports a missing sound device in a message box of its own.
+    m_bModal = TRUE;
+    const BOOL bOpen = m_pPanel->Open(strPath);
+    if (!IsWindow(hWnd)) return;
+    m_bModal = FALSE;
+
+    m_bOpen = bOpen;
+    if (m_bOpen) {
+        OnStop();
+        SetWindowText(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
+        OnPlayPause();
+        return;
+    }
+
+    // Nothing is open any more, so the button must not go on offering Pause.
+    m_bPlaying = FALSE;
+    ShowPlaying(FALSE);
+    CString strText;
+    strText.Format(IDS_CANNOT_OPEN_FILE, static_cast<LPCTSTR>(strPath));
+    m_bModal = TRUE;
+    MessageBox(strText, LoadText(IDS_APP_TITLE), MB_ICONERROR);
+    if (!IsWindow(hWnd)) return;
+    m_bModal = FALSE;
+    if (!m_bOpen) ResetTitle();
+}
+
+void CPlayerDlg::OnFileOpen() {
+    const HWND hWnd = m_hWnd;
+    CFileDialog dlg(TRUE, "", "", 0, kFileFilter, this);
+    dlg.m_ofn.lpstrTitle = kOpenTitle;
+    dlg.m_ofn.Flags |= OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_READONLY;
+    m_bModal = TRUE;
+    const int nResult = dlg.DoModal();
+    if (!IsWindow(hWnd)) return;
+    m_bModal = FALSE;
+    if (nResult == IDOK) OpenMessage(dlg.GetPathName());
+}
+
+void CPlayerDlg::OnFileClose() {
+    if (!m_bOpen) return;
+    OnStop();
+    m_bOpen = FALSE;
+    m_pPanel->Close();
+    ResetTitle();
+}
+
+void CPlayerDlg::OnFileExit() {
+    SendMessage(WM_CLOSE);
+}
+
+void CPlayerDlg::OnClose() {
+    OnStop();
+    m_pPanel->Close();
+    CDialog::OnClose();
+}
+
+void CPlayerDlg::OnPlayPause() {
+    if (!m_bOpen) return;
+    if (m_bPlaying) {
+        ShowPlaying(FALSE);
+        m_pPanel->Pause();
+    } else {
+        ShowPlaying(TRUE);
+        m_pPanel->Play();
+    }
+    m_bPlaying = !m_bPlaying;
+}
+
+void CPlayerDlg::OnStop() {
+    if (!m_bOpen) return;
+    m_pPanel->Stop();
+    m_bPlaying = FALSE;
+    ShowPlaying(FALSE);
+}
+
+LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {
+    OnStop();
+    return 0;
+}
+
+void CPlayerDlg::OnVolume() {
+    m_bVolumeShown = !m_bVolumeShown;
+    ShowVolumeLatched(m_bVolumeShown);
+    // Without a mixer this can end in a message box: nothing is touched after it.
+    m_pPanel->ShowVolumeControls(m_bVolumeShown);
+}
+
+LRESULT CPlayerDlg::OnVolumeClosed(WPARAM, LPARAM) {
+    m_bVolumeShown = FALSE;
+    ShowVolumeLatched(FALSE);
+    return 0;
+}
+
+void CPlayerDlg::OnHelpAbout() {
+    const HWND hWnd = m_hWnd;
+    CAboutDlg dlg(this);
+    m_bModal = TRUE;
+    dlg.DoModal();
+    if (IsWindow(hWnd)) m_bModal = FALSE;
+}
+
+void CPlayerDlg::OnSysCommand(UINT nID, LPARAM lParam) {
+    if (nID != SC_MAXIMIZE) CDialog::OnSysCommand(nID, lParam);
+}
+
+void CPlayerDlg::OnPaint() {
+    if (!IsIconic()) {
+        CDialog::OnPaint();
+        return;
+    }
+    CPaintDC dc(this);
+    SendMessage(WM_ICONERASEBKGND, reinterpret_cast<WPARAM>(&dc));
+    CRect rect;
+    GetClientRect(rect);
+    const int x = (rect.Width() - GetSystemMetrics(SM_CXICON) + 1) / 2;
+    const int y = (rect.Height() - GetSystemMetrics(SM_CYICON) + 1) / 2;
+    dc.DrawIcon(x, y, m_hIcon);
+}
+
+HCURSOR CPlayerDlg::OnQueryDragIcon() {
+    return m_hIcon;
+}
+
+// Takes the first of the files, as if it had been chosen in the dialog. While a box or a dialog is up the
+// window takes none, as it takes no other input either.
+void CPlayerDlg::OnDropFiles(HDROP hDrop) {
+    if (m_bModal || DragQueryFileCount(hDrop) == 0) return;
+    OpenMessage(DragQueryFile(hDrop, 0));
+}
+
+void CPlayerDlg::ShowPlaying(BOOL bPlaying) {
+    m_btnPlayPause.SetIcons(bPlaying ? IDI_PAUSE : IDI_PLAY, 0);
+    m_btnPlayPause.SetTooltipText(bPlaying ? IDS_PAUSE : IDS_PLAY);
+}
+
+void CPlayerDlg::ShowVolumeLatched(BOOL bLatched) {
+    m_btnVolume.SetTooltipText(bLatched ? IDS_CLOSE_VOLUME : IDS_OPEN_VOLUME);
+    m_btnVolume.SetLatched(bLatched);
+}
+
+void CPlayerDlg::ResetTitle() {
+    SetWindowText(LoadText(IDS_APP_TITLE));
+}

@@ -1,0 +1,60 @@
+// The player's main window: menu, three icon buttons and the frame that holds the message panel.
+//
+// UI thread only. Made with new; the object deletes itself when its window is destroyed, which a newer
+// instance, the close box or Alt+F4 can bring about inside any modal call made from here. After such a call
+// no member is touched before IsWindow has said that the window still exists.
+#pragma once
+
+#include "controls/icon_button.h"
+#include "platform/framework/afxwin.h"
+#include "playback/message_panel.h"
+#include "playback/player_messages.h"
+
+class CPlayerDlg : public CDialog {
+public:
+    // Creates the window too; m_hWnd tells whether that worked.
+    CPlayerDlg();
+    ~CPlayerDlg() override;
+
+    // Opens the message and plays it. A file that is no message is reported in a message box, and nothing is
+    // open afterwards. The window may be gone when this returns.
+    void OpenMessage(const CString& strPath);
+
+protected:
+    DECLARE_MESSAGE_MAP()
+    void DoDataExchange(CDataExchange* pDX) override;
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    void OnCancel() override;
+    void PostNcDestroy() override;
+
+    afx_msg void OnSysCommand(UINT nID, LPARAM lParam);
+    afx_msg void OnPaint();
+    afx_msg HCURSOR OnQueryDragIcon();
+    afx_msg void OnClose();
+    afx_msg void OnFileOpen();
+    afx_msg void OnFileClose();
+    afx_msg void OnFileExit();
+    afx_msg void OnPlayPause();
+    afx_msg void OnStop();
+    afx_msg void OnHelpAbout();
+    afx_msg void OnVolume();
+    afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
+    afx_msg void OnDropFiles(HDROP hDrop);
+
+private:
+    void ShowPlaying(BOOL bPlaying);
+    void ShowVolumeLatched(BOOL bLatched);
+    void ResetTitle();
+
+    CIconButton m_btnPlayPause;
+    CIconButton m_btnStop;
+    CIconButton m_btnVolume;
+    HICON m_hIcon;
+    BOOL m_bOpen = FALSE;
+    BOOL m_bPlaying = FALSE;
+    BOOL m_bVolumeShown = FALSE;
+    CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
+    BOOL m_bModal = FALSE;              // a modal call from here is under way
+};
