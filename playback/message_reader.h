@@ -68,7 +68,7 @@ public:
 
 private:
     MessageRecord ReadBody(std::FILE* file, MessageRecordKind kind, size_t bytes);
-    MessageRecord EndWith(std::FILE* file, MessageEnd reason);
+    MessageRecord EndWith(std::FILE* file, MessageEnd reason, unsigned declared_bytes);
 
     std::array<uint8_t, kMaxRecordBytes> m_buffer;
     MessageRecord m_end;  // kind End; its reason is None while there is more to read

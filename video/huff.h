@@ -28,3 +28,7 @@ constexpr int32_t kHuffEndOfPayload = -1;
 // Reads one code at `bit_position`, one bit a step, bit k of the payload being bit k mod 8 of byte k div 8
 // (bit 0 is the least significant). Gives the symbol and moves the position past the code.
 int32_t huff_decode_symbol(const HuffTree& tree, const uint8_t* payload, size_t length, size_t& bit_position);
+
+// The same for a code of which the first bits have led to inner node `node`.
+int32_t huff_decode_from(const HuffTree& tree, uint32_t node, const uint8_t* payload, size_t length,
+                         size_t& bit_position);

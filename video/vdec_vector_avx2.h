@@ -1,0 +1,34 @@
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+// Four doubles at a time. For files compiled with AVX2 but without FMA.
+struct Avx2Vector {
+    using Reg = __m256d;
+    static constexpr int kLanes = 4;
+
+    static Reg Set(double value) { return _mm256_set1_pd(value); }
+    static Reg Load(const double* from) { return _mm256_loadu_pd(from); }
+    static void Store(double* to, Reg value) { _mm256_storeu_pd(to, value); }
+    static Reg Add(Reg a, Reg b) { return _mm256_add_pd(a, b); }
+    static Reg Sub(Reg a, Reg b) { return _mm256_sub_pd(a, b); }
+    static Reg Mul(Reg a, Reg b) { return _mm256_mul_pd(a, b); }
+    static Reg RoundToFloat(Reg value) { return _mm256_cvtps_pd(_mm256_cvtpd_ps(value)); }
+
+    static void StoreInterleaved(double* to, Reg even, Reg odd) {
+        const Reg first = _mm256_unpacklo_pd(even, odd);
+        const Reg second = _mm256_unpackhi_pd(even, odd);
+        _mm256_storeu_pd(to, _mm256_permute2f128_pd(first, second, 0x20));
+        _mm256_storeu_pd(to + 4, _mm256_permute2f128_pd(first, second, 0x31));
+    }
+
+    // The low 16 bits of both, side by side: a saturating pack would not wrap.
+    static void StoreSamples(int16_t* to, Reg even, Reg odd) {
+        const __m128i evens = _mm_cvttps_epi32(_mm256_cvtpd_ps(even));
+        const __m128i odds = _mm_cvttps_epi32(_mm256_cvtpd_ps(odd));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
+                         _mm_blend_epi16(evens, _mm_slli_epi32(odds, 16), 0xAA));
+    }
+};
