@@ -46,7 +46,7 @@ CWaveformWnd::~CWaveformWnd() {
 BOOL CWaveformWnd::Create(DWORD dwStyle, const RECT& rect, CWnd* pParent, UINT nID) {
     static const CString className = AfxRegisterWndClass(CS_HREDRAW | CS_VREDRAW);
 
-    if (!CreateEx(WS_EX_STATICEDGE, className, nullptr, dwStyle, rect, pParent, nID)) return FALSE;
+    if (!CreateEx(WS_EX_STATICEDGE, className, "", dwStyle, rect, pParent, nID)) return FALSE;
     RedrawAll();
     return TRUE;
 }
