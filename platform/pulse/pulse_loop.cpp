@@ -25,7 +25,8 @@ PulseLoop::Timer::~Timer() {
 void PulseLoop::Timer::Set(Clock::time_point due) {
     if (due >= m_due) return;
     m_due = due;
-    m_loop.Wake();
+    // The loop's own thread looks at the timers before it sleeps.
+    if (std::this_thread::get_id() != m_loop.m_thread.get_id()) m_loop.Wake();
 }
 
 void PulseLoop::Timer::Cancel() {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -95,4 +96,237 @@ TEST_F(PulseWave, TheMonitorHearsEverySampleAndBlocksAreDoneWhenHeard) {
     EXPECT_LE(latest, 40);
 }
 
+// Pausing as the player does it: blocks whose notification has not been taken up when the output is reset are
+// written once more, and what is posted afterwards counts for nothing.
+TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
+    StartServer();
+    UseSystemSound();
+    MonitorRecording recording;
+    OpenPaused();
+    Write(0, 150);
+    waveOutRestart(m_handle);
+    std::vector<std::size_t> resumed{0};
+    for (const std::size_t blocks : {std::size_t{13}, std::size_t{27}, std::size_t{37}}) {
+        ASSERT_TRUE(WaitForPosted(blocks, 3s));
+        std::this_thread::sleep_for(std::chrono::milliseconds(blocks % 20));
+        resumed.push_back(resumed.back() + TakePosted().size());
+        waveOutReset(m_handle);
+        waveOutPause(m_handle);
+        std::this_thread::sleep_for(150ms);
+        TakePosted();
+        Write(resumed.back(), 150);
+        waveOutRestart(m_handle);
+    }
+    ASSERT_TRUE(WaitForPosted(150 - resumed.back(), 3s));
+    std::this_thread::sleep_for(100ms);
+
+    const std::vector<std::int16_t> heard = recording.Samples();
+    std::ptrdiff_t at = 0;
+    for (std::size_t i = 0; i < resumed.size(); ++i) {
+        const std::size_t counted = i + 1 < resumed.size() ? resumed[i + 1] : 150;
+        at = FindIn(heard, m_blocks.Samples(resumed[i], counted), at);
+        ASSERT_GE(at, 0) << "something of stretch " << i << " was not heard";
+        const std::vector<std::int16_t> rest = m_blocks.Samples(resumed[i], 150);
+        const auto end = std::mismatch(heard.begin() + at, heard.end(), rest.begin(), rest.end()).first;
+        at += static_cast<std::ptrdiff_t>((counted - resumed[i]) * kBlockSamples);
+        const std::ptrdiff_t repeated = end - heard.begin() - at;
+        std::printf("heard after what counted as played, stretch %zu: %.1f ms\n", i,
+                    static_cast<double>(repeated) / 8);
+        EXPECT_LE(repeated, 60 * 8);
+    }
+}
+
+// A sink that takes back what it has not played yet: its monitor has passed that on already, so the times of
+// the notifications are what there is to look at.
+TEST_F(PulseWave, PositionsFollowASinkThatRewinds) {
+    StartServer(PrivateServer::Sink::kRewinds);
+    UseSystemSound();
+    OpenPaused();
+    // Such a null sink has made two seconds of silence before it meets its first stream, and plays that first.
+    waveOutRestart(m_handle);
+    Write(0, 1);
+    ASSERT_TRUE(WaitForPosted(1, 4s));
+    waveOutPause(m_handle);
+    for (int round = 0; round < 3; ++round) {
+        Write(0, 100);
+        std::this_thread::sleep_for(50ms);
+        TakePosted();
+        const Clock::time_point restart = Clock::now();
+        waveOutRestart(m_handle);
+        ASSERT_TRUE(WaitForPosted(50, 3s));
+        const std::vector<PostedMessage> done = TakePosted();
+        const double first = Ms(done[0].when - restart);
+        const double pace = Ms(done[49].when - done[0].when);
+        std::printf("first block done after %.1f ms, 49 more in %.1f ms\n", first, pace);
+        EXPECT_GE(first, 20);
+        EXPECT_LE(first, 60);
+        EXPECT_NEAR(pace, 49 * 20, 40);
+        waveOutReset(m_handle);
+        waveOutPause(m_handle);
+    }
+}
+
+TEST_F(PulseWave, PositionsStayRightAcrossUnderruns) {
+    StartServer();
+    UseSystemSound();
+    MonitorRecording recording;
+    OpenPaused();
+    waveOutRestart(m_handle);
+    std::size_t written = 0;
+    double latest = -1e9;
+    double earliest = 1e9;
+    for (const std::size_t count : {std::size_t{5}, std::size_t{1}, std::size_t{22}}) {
+        // Left running dry, as happens between the last block's end and the pause that answers it.
+        Write(written, written + count);
+        ASSERT_TRUE(WaitForPosted(count, 2s)) << written;
+        const std::vector<PostedMessage> done = TakePosted();
+        std::this_thread::sleep_for(120ms);
+        const std::ptrdiff_t start = FindIn(recording.Samples(), m_blocks.Samples(written, written + count));
+        ASSERT_GE(start, 0) << written;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t end = static_cast<std::size_t>(start) + (i + 1) * kBlockSamples;
+            const double late = Ms(done[i].when - recording.HeardAt(end));
+            earliest = std::min(earliest, late);
+            latest = std::max(latest, late);
+        }
+        written += count;
+    }
+    std::printf("block-done across underruns: %.1f to %.1f ms\n", earliest, latest);
+    EXPECT_GE(earliest, -5);
+    EXPECT_LE(latest, 40);
+}
+
+TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
+    StartServer();
+    UseSystemSound();
+    OpenPaused();
+    Write(0, 150);
+    waveOutRestart(m_handle);
+    ASSERT_TRUE(WaitForPosted(3, 2s));
+    m_server->Freeze();
+    std::this_thread::sleep_for(100ms);
+    TakePosted();
+
+    double worst = 0;
+    const auto timed = [&worst](auto call) {
+        const Clock::time_point before = Clock::now();
+        call();
+        worst = std::max(worst, Ms(Clock::now() - before));
+    };
+    for (int round = 0; round < 100; ++round) {
+        timed([this] { waveOutReset(m_handle); });
+        timed([this] { waveOutPause(m_handle); });
+        for (std::size_t i = 0; i < m_blocks.Count(); ++i) timed([&, this] { m_blocks.Write(m_handle, i); });
+        timed([this] { waveOutRestart(m_handle); });
+    }
+    timed([this] { waveOutReset(m_handle); });
+    timed([this] { waveOutClose(m_handle); });
+    std::printf("worst call on a stopped server: %.2f ms\n", worst);
+    EXPECT_LT(worst, 20);
+    m_handle = nullptr;
+
+    const Clock::time_point before = Clock::now();
+    EXPECT_EQ(OpenVoice(m_handle), MMSYSERR_NODRIVER);
+    const double refused = Ms(Clock::now() - before);
+    std::printf("waveOutOpen on a stopped server gives up after %.0f ms\n", refused);
+    EXPECT_LT(refused, 1200);
+
+    m_server->Thaw();
+    TakePosted();
+    ASSERT_EQ(OpenVoice(m_handle), MMSYSERR_NOERROR);
+    Write(0, 5);
+    EXPECT_TRUE(WaitForPosted(5, 2s));
+}
+
+TEST_F(PulseWave, AServerKilledInMidPlayLeavesASilentOutputAndTheNextOneSounds) {
+    StartServer();
+    UseSystemSound();
+    OpenPaused();
+    Write(0, 60);
+    waveOutRestart(m_handle);
+    ASSERT_TRUE(WaitForPosted(10, 2s));
+    const Clock::time_point killed = Clock::now();
+    m_server->Kill();
+    ASSERT_TRUE(WaitForPosted(60, 3s)) << "whoever plays is held up";
+    const double rest = Ms(Clock::now() - killed);
+    EXPECT_NEAR(rest, 50 * 20, 100) << "not at the pace of the sound";
+    EXPECT_EQ(waveOutPause(m_handle), MMSYSERR_NOERROR);
+    Write(60, 70);
+    EXPECT_EQ(waveOutRestart(m_handle), MMSYSERR_NOERROR);
+    EXPECT_TRUE(WaitForPosted(65, 1s));
+    EXPECT_EQ(waveOutReset(m_handle), MMSYSERR_NOERROR);
+    EXPECT_TRUE(WaitForPosted(70, 1s));
+    EXPECT_EQ(waveOutClose(m_handle), MMSYSERR_NOERROR);
+    TakePosted();
+
+    m_handle = nullptr;
+    const Clock::time_point before = Clock::now();
+    EXPECT_EQ(OpenVoice(m_handle), MMSYSERR_NODRIVER);
+    EXPECT_LT(Ms(Clock::now() - before), 100) << "no server is told at once";
+
+    StartServer();
+    MonitorRecording recording;
+    OpenPaused();
+    Write(0, 30);
+    waveOutRestart(m_handle);
+    ASSERT_TRUE(WaitForPosted(30, 2s));
+    std::this_thread::sleep_for(100ms);
+    EXPECT_GE(FindIn(recording.Samples(), m_blocks.Samples(0, 30)), 0);
+}
+
+TEST_F(PulseWave, TwoOutputsAndAStreamThatTheServerEnds) {
+    StartServer();
+    UseSystemSound();
+    HWAVEOUT other = nullptr;
+    ASSERT_EQ(OpenVoice(m_handle), MMSYSERR_NOERROR);
+    ASSERT_EQ(OpenVoice(other), MMSYSERR_NOERROR);
+    Write(0, 10);
+    for (std::size_t i = 20; i < 30; ++i) m_blocks.Write(other, i);
+    ASSERT_TRUE(WaitForPosted(20, 2s));
+    TakePosted();
+    Write(0, 10);
+    // Unloading the sink takes the streams with it; both outputs go on by the clock.
+    RunProgram({"pactl", "unload-module", "module-null-sink"});
+    for (std::size_t i = 20; i < 30; ++i) m_blocks.Write(other, i);
+    EXPECT_TRUE(WaitForPosted(20, 2s));
+    waveOutReset(other);
+    EXPECT_EQ(waveOutClose(other), MMSYSERR_NOERROR);
+}
+
+TEST_F(PulseWave, OpeningIsQuickAndPlayingCostsLittle) {
+    StartServer();
+    const Clock::time_point start = Clock::now();
+    UseSystemSound();
+    const Clock::time_point connecting = Clock::now();
+    OpenPaused();
+    const Clock::time_point opened = Clock::now();
+    waveOutReset(m_handle);
+    waveOutClose(m_handle);
+    const Clock::time_point before = Clock::now();
+    OpenPaused();
+    std::printf("UseSystemSound %.2f ms, first open %.2f ms, next open %.2f ms\n", Ms(connecting - start),
+                Ms(opened - connecting), Ms(Clock::now() - before));
+    EXPECT_LT(Ms(connecting - start), 20);
+    EXPECT_LT(Ms(opened - start), 500);
+
+    const auto processorMs = [] {
+        timespec time;
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    };
+    Write(0, 200);
+    const double playing = processorMs();
+    waveOutRestart(m_handle);
+    ASSERT_TRUE(WaitForPosted(150, 4s));
+    const double used = (processorMs() - playing) / 3000 * 100;
+    waveOutReset(m_handle);
+    waveOutPause(m_handle);
+    std::this_thread::sleep_for(100ms);
+    const double idle = processorMs();
+    std::this_thread::sleep_for(1s);
+    const double idleUsed = (processorMs() - idle) / 1000 * 100;
+    std::printf("processor: playing %.2f %%, paused %.3f %% of a core\n", used, idleUsed);
+    EXPECT_LT(used, 2);
+    EXPECT_LT(idleUsed, 0.1);
+}
 }  // namespace
