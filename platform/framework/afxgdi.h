@@ -193,6 +193,8 @@ struct PAINTSTRUCT {
 class CPaintDC : public CDC {
 public:
     explicit CPaintDC(CWnd* window);
+    // For windows that no object wraps.
+    explicit CPaintDC(HWND window);
     ~CPaintDC() override;
     PAINTSTRUCT m_ps;
 

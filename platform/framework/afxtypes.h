@@ -16,6 +16,9 @@ struct CRect : RECT {
     CRect(int l, int t, int r, int b) : RECT{l, t, r, b} {}
     CRect(const RECT& r) : RECT(r) {}
 
+    friend bool operator==(const CRect& a, const CRect& b) {
+        return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+    }
     operator RECT*() { return this; }
     operator const RECT*() const { return this; }
     int Width() const { return right - left; }

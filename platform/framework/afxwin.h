@@ -42,6 +42,8 @@ public:
 
     BOOL ShowWindow(int cmdShow);
     BOOL IsWindowVisible() const;
+    // A top-level window that is minimised.
+    BOOL IsIconic() const;
     BOOL EnableWindow(BOOL enable = TRUE);
     BOOL IsWindowEnabled() const;
     void MoveWindow(const RECT* rect, BOOL repaint = TRUE);
@@ -89,6 +91,11 @@ public:
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds);
     BOOL KillTimer(UINT_PTR id);
     HICON SetIcon(HICON icon, BOOL bigIcon);
+    // Shows a keyboard short cut beside the window's menu command and lets it work, in the toolkit's portable
+    // notation ("Ctrl+O", "Media Play"); several are separated by "; ". The first is the one shown.
+    void SetCommandShortcut(UINT commandId, LPCTSTR shortcuts);
+    // What assistive programs call the window.
+    void SetAccessibleName(LPCTSTR name);
     // Lets files be dropped on the window (WM_DROPFILES).
     void DragAcceptFiles(BOOL accept = TRUE);
     // A modal message box over this window; type MB_OK, MB_ICONERROR. Gives IDOK. The window may be destroyed
@@ -177,7 +184,6 @@ private:
     afx_msg void OnDialogOK() { OnOK(); }
     afx_msg void OnDialogCancel() { OnCancel(); }
     afx_msg LRESULT OnDialogInit(WPARAM, LPARAM);
-    afx_msg void OnDialogClose();
     UINT m_templateId = 0;
     CWnd* m_parent = nullptr;
     bool m_modal = false;

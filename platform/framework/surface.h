@@ -4,7 +4,6 @@
 // toolkit takes the lock while it copies the picture to the screen.
 #pragma once
 
-#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -16,8 +15,9 @@ public:
     Surface(int width, int height);
 
     // 24-bit pixels B, G, R in bottom-up rows padded to four bytes, the layout of a device-independent
-    // bitmap; the pixels lie at dibBits() for the caller to write.
-    static std::shared_ptr<Surface> MakeDib(int width, int height);
+    // bitmap, all black; the pixels lie at dibBits() for the caller to write. Positive sizes only.
+    struct DibTag {};
+    Surface(DibTag, int width, int height);
 
     int width() const { return m_width; }
     int height() const { return m_height; }
@@ -54,8 +54,6 @@ public:
     }
 
 private:
-    struct DibTag {};
-    Surface(DibTag, int width, int height);
     void AddDamage(const RECT& area);
     CRect Bounds() const { return CRect(0, 0, m_width, m_height); }
     std::uint32_t ReadPixel(int x, int y) const;

@@ -1,0 +1,45 @@
+// The application object and its message filter.
+#include "platform/framework/afxwin.h"
+#include "platform/framework/window.h"
+
+namespace {
+
+CWinApp* g_app = nullptr;
+
+}  // namespace
+
+CWinApp::CWinApp() {
+    g_app = this;
+}
+
+CWinApp::~CWinApp() {
+    g_app = nullptr;
+}
+
+CWinApp* AfxGetApp() {
+    return g_app;
+}
+
+CWnd* AfxGetMainWnd() {
+    return g_app == nullptr ? nullptr : g_app->m_pMainWnd;
+}
+
+int CWinApp::Run() {
+    if (m_pMainWnd != nullptr) Toolkit()->Run();
+    return ExitInstance();
+}
+
+BOOL CWinApp::PreTranslateMessage(MSG* message) {
+    for (const Window* window = windows::Find(message->hwnd); window != nullptr; window = window->parent)
+        if (window->object != nullptr && window->object->PreTranslateMessage(message) != FALSE) return TRUE;
+    return FALSE;
+}
+
+void CWinApp::ParseCommandLine(CCommandLineInfo& info) const {
+    for (int i = 1; i < m_argc; ++i) {
+        if (m_argv[i][0] == '-' || m_argv[i][0] == '\0') continue;
+        info.m_nShellCommand = CCommandLineInfo::FileOpen;
+        info.m_strFileName = m_argv[i];
+        return;
+    }
+}

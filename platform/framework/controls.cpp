@@ -1,0 +1,99 @@
+#include "platform/framework/afxcmn.h"
+#include "platform/framework/window.h"
+
+BEGIN_MESSAGE_MAP(CButton, CWnd)
+ON_MESSAGE(WM_DRAWITEM, OnReflectedDrawItem)
+END_MESSAGE_MAP()
+
+LRESULT CButton::OnReflectedDrawItem(WPARAM, LPARAM lParam) {
+    DrawItem(reinterpret_cast<DRAWITEMSTRUCT*>(lParam));
+    return TRUE;
+}
+
+void CSliderCtrl::SetRange(int minimum, int maximum, BOOL redraw) {
+    SendMessage(TBM_SETRANGEMIN, 0, minimum);
+    SendMessage(TBM_SETRANGEMAX, static_cast<WPARAM>(redraw), maximum);
+}
+
+CToolTipCtrl::~CToolTipCtrl() {
+    DestroyToolTipCtrl();
+}
+
+BOOL CToolTipCtrl::Create(CWnd* parent) {
+    if (m_parent != nullptr || parent == nullptr || parent->GetSafeHwnd() == nullptr) return FALSE;
+    m_parent = parent->GetSafeHwnd();
+    return TRUE;
+}
+
+void CToolTipCtrl::DestroyToolTipCtrl() {
+    if (m_parent == nullptr) return;
+    if (Toolkit() != nullptr) Toolkit()->HideTip();
+    m_parent = nullptr;
+    m_hasTool = false;
+}
+
+void CToolTipCtrl::SetDelayTime(UINT which, int milliseconds) {
+    if (which == TTDT_INITIAL) m_initial = milliseconds;
+    if (which == TTDT_AUTOPOP) m_autoPop = milliseconds;
+    if (which == TTDT_RESHOW) m_reshow = milliseconds;
+}
+
+void CToolTipCtrl::Activate(BOOL active) {
+    m_active = active != FALSE;
+}
+
+BOOL CToolTipCtrl::AddTool(CWnd* window, LPCTSTR text, const RECT* rect, UINT_PTR id) {
+    if (m_parent == nullptr || m_hasTool) return FALSE;
+    m_hasTool = true;
+    m_rect = *rect;
+    UpdateTipText(text, window, id);
+    return TRUE;
+}
+
+void CToolTipCtrl::UpdateTipText(LPCTSTR text, CWnd* window, UINT_PTR) {
+    m_text = text;
+    window->SetAccessibleName(text);
+}
+
+void CToolTipCtrl::RelayEvent(const MSG* message) {
+    NativeToolkit* toolkit = Toolkit();
+    if (toolkit == nullptr || !m_active || !m_hasTool || message->hwnd != m_parent) return;
+    switch (message->message) {
+        case WM_MOUSEMOVE: {
+            const auto at = static_cast<DWORD_PTR>(message->lParam);
+            const CPoint point(static_cast<std::int16_t>(LOWORD(at)), static_cast<std::int16_t>(HIWORD(at)));
+            if (m_rect.PtInRect(point) != FALSE)
+                toolkit->OfferTip(m_parent, m_text.Str(), {m_initial, m_reshow, m_autoPop});
+            else
+                toolkit->HideTip();
+            break;
+        }
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONUP:
+        case WM_LBUTTONDBLCLK:
+        case WM_KEYDOWN:
+            toolkit->HideTip();
+            break;
+        default:
+            break;
+    }
+}
+
+CFileDialog::CFileDialog(BOOL, LPCTSTR, LPCTSTR, DWORD flags, LPCTSTR filter, CWnd* parent)
+    : m_ofn{flags, ""}, m_filter(filter), m_parent(parent) {}
+
+int CFileDialog::DoModal() {
+    std::vector<std::string> filters;
+    const std::string& text = m_filter.Str();
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = text.find('|', start);
+        if (end == start || end == std::string::npos) break;
+        filters.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    const HWND owner = m_parent == nullptr ? nullptr : m_parent->GetSafeHwnd();
+    const auto chosen = Toolkit()->ChooseFile(owner, m_ofn.lpstrTitle, filters);
+    if (!chosen.has_value()) return IDCANCEL;
+    m_path = CString(*chosen);
+    return IDOK;
+}

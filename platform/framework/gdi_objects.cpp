@@ -1,0 +1,59 @@
+#include "platform/framework/afxgdi.h"
+#include "platform/framework/surface.h"
+
+namespace {
+
+constexpr std::int64_t kLargestBitmap = 64LL << 20;  // bytes
+
+// Absurd sizes are refused before memory is asked for.
+bool SaneSize(int width, int height) {
+    return width > 0 && height > 0 && static_cast<std::int64_t>(width) * height * 4 <= kLargestBitmap;
+}
+
+}  // namespace
+
+HBITMAP CreateDIBSection(const BITMAPINFOHEADER* header, UINT usage, void** bits) {
+    *bits = nullptr;
+    if (usage != DIB_RGB_COLORS || header->biSize != sizeof *header || header->biPlanes != 1 ||
+        header->biBitCount != 24 || header->biCompression != BI_RGB ||
+        !SaneSize(header->biWidth, header->biHeight))
+        return nullptr;
+    // The handle is the bitmap until a CBitmap takes it over.
+    auto* surface = new Surface(Surface::DibTag(), header->biWidth, header->biHeight);
+    *bits = surface->dibBits();
+    return surface;
+}
+
+BOOL CPen::CreatePen(int style, int width, COLORREF color) {
+    if (style != PS_SOLID || width < 0 || width > 1) return FALSE;
+    m_color = color;
+    return TRUE;
+}
+
+BOOL CPen::DeleteObject() {
+    m_color = 0;
+    return TRUE;
+}
+
+BOOL CBrush::CreateSolidBrush(COLORREF color) {
+    m_color = color;
+    return TRUE;
+}
+
+BOOL CBitmap::CreateCompatibleBitmap(CDC*, int width, int height) {
+    if (!SaneSize(width, height)) return FALSE;
+    m_pixels = std::make_shared<Surface>(width, height);
+    return TRUE;
+}
+
+BOOL CBitmap::Attach(HBITMAP bitmap) {
+    if (bitmap == nullptr) return FALSE;
+    m_pixels.reset(bitmap);
+    return TRUE;
+}
+
+BOOL CBitmap::DeleteObject() {
+    const bool had = m_pixels != nullptr;
+    m_pixels.reset();
+    return had ? TRUE : FALSE;
+}

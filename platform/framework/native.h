@@ -1,0 +1,96 @@
+// What the layer asks of the toolkit that shows its windows. platform/qt implements it; nothing else sees it.
+//
+// All calls come on the UI thread, but for Wake.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/framework/afxtypes.h"
+#include "platform/framework/image.h"
+
+struct Window;
+
+// The toolkit's side of one window.
+class NativePeer {
+public:
+    virtual ~NativePeer() = default;
+
+    // The outer rectangle in the parent's client coordinates; of a top-level window only the size counts.
+    virtual void Place(const RECT& rect) = 0;
+    virtual void CenterOnScreen() = 0;
+    // cmdShow: SW_…
+    virtual void Show(int cmdShow) = 0;
+    virtual void Enable(bool enable) = 0;
+    virtual void SetText(const std::string& text) = 0;
+    virtual void SetAccessibleName(const std::string& name) = 0;
+    virtual void SetFocus() = 0;
+    virtual bool IsMinimized() const = 0;
+    // Null for the arrow.
+    virtual void SetCursor(const Image* cursor) = 0;
+    virtual void SetIcon(const Image& icon) = 0;
+    virtual void AcceptDrops(bool accept) = 0;
+    virtual void SetShortcut(unsigned command, const std::string& shortcuts) = 0;
+    // Shows this part of the window's picture.
+    virtual void ShowSurface(const RECT& area) = 0;
+    // The client area's first pixel on the screen, and the whole outer rectangle there.
+    virtual CPoint ClientOrigin() const = 0;
+    virtual CRect ScreenRect() const = 0;
+    virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
+    virtual bool StopTimer(std::uintptr_t id) = 0;
+    // Messages of the standard controls (BM_…, TBM_…), and the control's own reaction to an input message
+    // that reached its default processing.
+    virtual LRESULT ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;
+    // ODS_… of a button.
+    virtual UINT ItemState() const = 0;
+};
+
+class NativeToolkit {
+public:
+    virtual ~NativeToolkit() = default;
+
+    virtual std::unique_ptr<NativePeer> MakePeer(Window& window) = 0;
+    // Has the UI thread call DispatchPostedMessages and windows::PaintAll soon. Any thread; allocates
+    // nothing.
+    virtual void Wake() = 0;
+    // Runs the message loop until Quit; returns at once when Quit was called before.
+    virtual void Run() = 0;
+    virtual void Quit() = 0;
+    // Runs a loop of its own with the window shown modally, until it ends or is destroyed.
+    virtual void RunModal(HWND window) = 0;
+    virtual void EndModal(HWND window) = 0;
+
+    // Returns when the box is closed, by the person or because its owner was destroyed.
+    virtual void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) = 0;
+    // filters: description and pattern in turn. Nothing when cancelled or when the owner was destroyed.
+    virtual std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
+                                                  const std::vector<std::string>& filters) = 0;
+
+    virtual COLORREF SystemColor(int index) = 0;
+    // Draws one line of text over width x height pixels; see CDC::DrawText.
+    virtual void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,
+                          const RECT& rect, DWORD format, COLORREF color) = 0;
+    // Size of one line of text in the dialogs' face.
+    virtual SIZE TextExtent(const std::string& text) = 0;
+
+    virtual HWND ActiveWindow() = 0;
+    virtual HWND FocusWindow() = 0;
+    virtual HWND WindowAt(POINT screen) = 0;
+
+    // The pointer moved over a window that has a tip: shows it after the delay, unless it is up already or
+    // has been up since the pointer came.
+    struct TipDelays {
+        int initialMs;
+        int reshowMs;  // in place of initialMs when another tip was up a moment ago
+        int autoPopMs;
+    };
+    virtual void OfferTip(HWND window, const std::string& text, TipDelays delays) = 0;
+    // Hides the tip, and offers none until the pointer has left the window.
+    virtual void HideTip() = 0;
+};
+
+// The toolkit in use. Set once, before any window is made; null again at the very end.
+NativeToolkit* Toolkit();
+void SetToolkit(NativeToolkit* toolkit);

@@ -1,0 +1,57 @@
+// When windows are painted. Their pictures are retained, so WM_PAINT comes only for what the player has
+// invalidated, never because another window was in front.
+#include "platform/framework/afxcmn.h"
+#include "platform/framework/window.h"
+
+namespace windows {
+
+void Invalidate(Window& window, const RECT& area, bool erase) {
+    if (!window.PaintsSurface()) return;
+    CRect inside;
+    const CRect client = window.ClientRect();
+    if (inside.IntersectRect(&area, &client) == FALSE) return;
+    const bool first = window.invalid.IsRectEmpty() != FALSE;
+    window.invalid =
+        first ? inside
+              : CRect(std::min(window.invalid.left, inside.left), std::min(window.invalid.top, inside.top),
+                      std::max(window.invalid.right, inside.right),
+                      std::max(window.invalid.bottom, inside.bottom));
+    window.erase = window.erase || erase;
+    if (first && Toolkit() != nullptr) Toolkit()->Wake();
+}
+
+void PaintNow(HWND handle) {
+    const Window* window = Find(handle);
+    if (window == nullptr || window->invalid.IsRectEmpty() != FALSE || !window->IsShown()) return;
+    Call(handle, WM_PAINT, 0, 0);
+    // A handler that made no paint context leaves nothing waiting, or the window would be asked forever.
+    if (Window* after = Find(handle)) {
+        after->invalid = CRect();
+        after->erase = false;
+    }
+}
+
+CRect BeginPaint(Window& window, bool* erased) {
+    const CRect area = window.invalid;
+    const bool erase = window.erase;
+    window.invalid = CRect();
+    window.erase = false;
+    *erased = false;
+    if (erase && area.IsRectEmpty() == FALSE && window.background.has_value()) {
+        window.surface->Fill(area, *window.background, area);
+        *erased = true;
+    }
+    return area;
+}
+
+void PaintAll() {
+    for (const HWND handle : All()) {
+        PaintNow(handle);
+        Window* window = Find(handle);
+        if (window == nullptr || !window->surfaceDrawn.exchange(false)) continue;
+        const CRect damage = window->surface->TakeDamage();
+        if (damage.IsRectEmpty() == FALSE) window->peer->ShowSurface(damage);
+    }
+}
+
+}  // namespace windows

@@ -1,0 +1,56 @@
+// The toolkit's own dialogs: message box and file dialog.
+#include <QFileDialog>
+#include <QMessageBox>
+
+#include "platform/qt/qt_toolkit.h"
+#include "platform/qt/toolkit.h"
+
+int QtToolkit::RunDialog(HWND owner, QDialog* dialog) {
+    const QPointer<QDialog> guard(dialog);
+    m_modals.push_back({owner, nullptr, guard});
+    const int result = dialog->exec();
+    std::erase_if(m_modals, [&](const Modal& modal) { return modal.dialog == guard; });
+    return guard == nullptr ? static_cast<int>(QDialog::Rejected) : result;
+}
+
+namespace {
+
+QWidget* OwnerWidget(HWND owner) {
+    QWidget* widget = WidgetOf(owner);
+    return widget == nullptr || !widget->window()->isVisible() ? nullptr : widget->window();
+}
+
+}  // namespace
+
+void QtToolkit::MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) {
+    const QPointer<QMessageBox> box(
+        new QMessageBox(error ? QMessageBox::Critical : QMessageBox::NoIcon, QString::fromStdString(caption),
+                        QString::fromStdString(text), QMessageBox::Ok, OwnerWidget(owner)));
+    box->setTextFormat(Qt::PlainText);
+    RunDialog(owner, box);
+    delete box;
+}
+
+std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& title,
+                                                 const std::vector<std::string>& filters) {
+    const QPointer<QFileDialog> dialog(new QFileDialog(OwnerWidget(owner), QString::fromStdString(title)));
+    QStringList names;
+    for (std::size_t i = 0; i + 1 < filters.size(); i += 2) {
+        // The toolkit takes the pattern from the parentheses; it puts it there in either case of letters, as
+        // the original platform compares names.
+        const QString description = QString::fromStdString(filters[i]);
+        const QString pattern = QString::fromStdString(filters[i + 1]);
+        names << description.left(description.indexOf(QLatin1Char('('))) +
+                     QStringLiteral("(%1 %2)").arg(pattern, pattern.toUpper());
+    }
+    dialog->setNameFilters(names);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setAcceptMode(QFileDialog::AcceptOpen);
+    dialog->setOption(QFileDialog::ReadOnly);
+    std::optional<std::string> chosen;
+    if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr &&
+        !dialog->selectedFiles().isEmpty())
+        chosen = dialog->selectedFiles().constFirst().toStdString();
+    delete dialog;
+    return chosen;
+}

@@ -1,0 +1,64 @@
+// From the toolkit's events to the player's messages.
+#pragma once
+
+#include <QEvent>
+#include <QPointer>
+#include <QWidget>
+#include <optional>
+#include <utility>
+
+#include "platform/framework/window.h"
+
+// The message that an event of the window's widget stands for; nothing for events that the toolkit keeps.
+std::optional<MSG> MessageFromEvent(HWND window, QEvent* event);
+// What a window is told beside the event itself: its cursor when the pointer comes, and, while it has the
+// capture, that the pointer has left it.
+void TellPointerCrossing(HWND window, QEvent::Type type);
+
+// The default processing of an input message, as the window procedure reaches it.
+class DefaultInput {
+public:
+    virtual ~DefaultInput() = default;
+    // Lets the toolkit's widget have the event that is being handled. Once per event.
+    virtual void HandleCurrentEvent() = 0;
+};
+
+// Makes a toolkit widget the face of a window: input becomes messages, and only what the window procedure
+// leaves to its default reaches the widget.
+template <class Base>
+class WindowWidget : public Base, public DefaultInput {
+public:
+    template <class... Arguments>
+    explicit WindowWidget(HWND window, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), m_window(window) {
+        this->setProperty("window", QVariant::fromValue(reinterpret_cast<quintptr>(window)));
+        this->setMouseTracking(true);
+    }
+
+    void HandleCurrentEvent() override {
+        if (QEvent* event = std::exchange(m_current, nullptr)) Base::event(event);
+    }
+
+protected:
+    HWND WindowHandle() const { return m_window; }
+
+    bool event(QEvent* event) override {
+        const std::optional<MSG> message = MessageFromEvent(m_window, event);
+        if (!message.has_value()) {
+            const QPointer<QWidget> alive(this);
+            const QEvent::Type type = event->type();
+            const bool result = Base::event(event);
+            if (alive != nullptr) TellPointerCrossing(m_window, type);
+            return result;
+        }
+        const QPointer<QWidget> alive(this);
+        QEvent* outer = std::exchange(m_current, event);
+        windows::DeliverInput(*message);
+        if (alive != nullptr) m_current = outer;
+        return true;
+    }
+
+private:
+    HWND m_window;
+    QEvent* m_current = nullptr;
+};

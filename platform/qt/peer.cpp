@@ -1,0 +1,274 @@
+#include "platform/qt/peer.h"
+
+#include <QBitmap>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QScreen>
+#include <QTimer>
+
+#include "platform/qt/qt_toolkit.h"
+#include "platform/qt/toolkit.h"
+
+namespace {
+
+QtPeer* PeerOf(HWND window) {
+    const Window* record = windows::Find(window);
+    return record == nullptr ? nullptr : static_cast<QtPeer*>(record->peer.get());
+}
+
+QRect ToQRect(const RECT& rect) {
+    return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+}
+
+}  // namespace
+
+QWidget* WidgetOf(HWND window) {
+    const QtPeer* peer = PeerOf(window);
+    return peer == nullptr ? nullptr : peer->Client();
+}
+
+HWND HandleOf(const QWidget* widget) {
+    // A frame without a handle of its own stands for the client area in it.
+    for (const QWidget* w = widget; w != nullptr; w = w->parentWidget()) {
+        const QVariant handle = w->property("window");
+        if (handle.isValid()) return reinterpret_cast<HWND>(handle.value<quintptr>());
+        if (w->isWindow()) break;
+    }
+    return nullptr;
+}
+
+std::unique_ptr<NativePeer> QtToolkit::MakePeer(Window& window) {
+    return std::make_unique<QtPeer>(window);
+}
+
+QtPeer::QtPeer(Window& window) : m_window(window.handle) {
+    if (window.IsTopLevel()) {
+        QWidget* owner = WidgetOf(window.owner);
+        m_top = new TopLevelWidget(window, owner == nullptr ? nullptr : owner->window());
+        m_top->setProperty("window", QVariant::fromValue(reinterpret_cast<quintptr>(m_window)));
+        m_outer = m_top;
+        MakeControl(window, m_top->ClientParent());
+        m_client->setFont(QtToolkit::Instance().DialogFont());
+        m_client->show();
+    } else {
+        QWidget* parent = WidgetOf(window.parent->handle);
+        if (window.border > 0) {
+            const bool border = (window.style & WS_BORDER) != 0;
+            auto* edge = new EdgeWidget(parent, border, window.border - (border ? 1 : 0));
+            m_outer = edge;
+            MakeControl(window, edge);
+            m_client->show();
+        } else {
+            MakeControl(window, parent);
+            m_outer = m_client;
+            m_outer->hide();
+        }
+    }
+    if (!window.enabled) Enable(false);
+    SetText(window.text);
+    Place(window.rect);
+}
+
+void QtPeer::MakeControl(Window& window, QWidget* parent) {
+    if (window.kind == Window::Kind::kTrackbar) {
+        m_slider = new SliderWidget(m_window, parent);
+        m_client = m_slider;
+        m_input = m_slider;
+    } else if (window.kind == Window::Kind::kButton && window.ButtonType() == BS_AUTOCHECKBOX) {
+        m_checkBox = new CheckBoxWidget(m_window, parent);
+        m_client = m_checkBox;
+        m_input = m_checkBox;
+    } else if (window.kind == Window::Kind::kButton) {
+        m_button = new ButtonWidget(m_window, parent, window.ButtonType() == BS_DEFPUSHBUTTON);
+        m_client = m_button;
+        m_input = m_button;
+    } else {
+        auto* surface = new SurfaceWidget(m_window, parent);
+        m_client = surface;
+        m_input = surface;
+    }
+    const bool tabStop = window.IsTopLevel() || (window.style & WS_TABSTOP) != 0;
+    m_client->setFocusPolicy(!tabStop || window.IsTopLevel() ? Qt::NoFocus : Qt::StrongFocus);
+}
+
+QtPeer::~QtPeer() {
+    for (const auto& [id, timer] : m_timers) timer->deleteLater();
+    QtToolkit::Instance().WindowGone(m_window);
+    if (m_outer == nullptr) return;
+    m_outer->hide();
+    // An event of the widget may be what brought us here.
+    m_outer->deleteLater();
+}
+
+void QtPeer::Place(const RECT& rect) {
+    if (m_top != nullptr) {
+        const QSize size = ToQRect(rect).size();
+        m_top->SetClientSize(size);
+        m_client->setGeometry(QRect(QPoint(0, 0), size));
+        return;
+    }
+    m_outer->setGeometry(ToQRect(rect));
+    if (m_outer == m_client) return;
+    const int border = windows::Find(m_window)->border;
+    m_client->setGeometry(m_outer->rect().adjusted(border, border, -border, -border));
+}
+
+void QtPeer::CenterOnScreen() {
+    const QRect screen = m_outer->screen()->availableGeometry();
+    m_outer->move(screen.center() - m_outer->rect().center());
+}
+
+void QtPeer::Show(int cmdShow) {
+    switch (cmdShow) {
+        case SW_HIDE:
+            m_outer->hide();
+            break;
+        case SW_MINIMIZE:
+            m_outer->showMinimized();
+            break;
+        case SW_RESTORE:
+            m_outer->showNormal();
+            break;
+        default:
+            m_outer->show();
+            if (m_top != nullptr) {
+                m_outer->raise();
+                m_outer->activateWindow();
+            }
+    }
+}
+
+void QtPeer::Enable(bool enable) {
+    m_outer->setEnabled(enable);
+}
+
+void QtPeer::SetText(const std::string& text) {
+    const QString string = QString::fromStdString(text);
+    if (m_top != nullptr) m_top->setWindowTitle(string);
+    if (m_button != nullptr) m_button->setText(string);
+    if (m_checkBox != nullptr) m_checkBox->setText(string);
+    // What a static shows is also what it is called.
+    if (m_top == nullptr && m_button == nullptr && m_checkBox == nullptr) m_client->setAccessibleName(string);
+}
+
+void QtPeer::SetAccessibleName(const std::string& name) {
+    m_client->setAccessibleName(QString::fromStdString(name));
+}
+
+void QtPeer::SetFocus() {
+    m_client->setFocus(Qt::OtherFocusReason);
+}
+
+bool QtPeer::IsMinimized() const {
+    return m_outer->isMinimized();
+}
+
+void QtPeer::SetCursor(const Image* cursor) {
+    if (cursor == nullptr)
+        m_client->unsetCursor();
+    else
+        m_client->setCursor(QCursor(QPixmap::fromImage(ToQImage(*cursor)), cursor->hot_x, cursor->hot_y));
+}
+
+void QtPeer::SetIcon(const Image& icon) {
+    m_outer->setWindowIcon(QIcon(QPixmap::fromImage(ToQImage(icon))));
+}
+
+void QtPeer::AcceptDrops(bool accept) {
+    m_client->setAcceptDrops(accept);
+}
+
+void QtPeer::SetShortcut(unsigned command, const std::string& shortcuts) {
+    if (m_top != nullptr) m_top->SetShortcut(command, QString::fromStdString(shortcuts));
+}
+
+void QtPeer::ShowSurface(const RECT& area) {
+    m_client->update(ToQRect(area));
+}
+
+CPoint QtPeer::ClientOrigin() const {
+    const QPoint origin = m_client->mapToGlobal(QPoint(0, 0));
+    return CPoint(origin.x(), origin.y());
+}
+
+CRect QtPeer::ScreenRect() const {
+    const QRect rect = m_outer->isWindow() ? m_outer->frameGeometry()
+                                           : QRect(m_outer->mapToGlobal(QPoint(0, 0)), m_outer->size());
+    return CRect(rect.left(), rect.top(), rect.left() + rect.width(), rect.top() + rect.height());
+}
+
+void QtPeer::StartTimer(std::uintptr_t id, unsigned milliseconds) {
+    QTimer*& timer = m_timers[id];
+    if (timer == nullptr) {
+        timer = new QTimer;
+        QObject::connect(timer, &QTimer::timeout, [window = m_window, id] {
+            windows::DeliverInput({window, WM_TIMER, id, 0});
+        });
+    }
+    timer->start(static_cast<int>(milliseconds));
+}
+
+bool QtPeer::StopTimer(std::uintptr_t id) {
+    const auto found = m_timers.find(id);
+    if (found == m_timers.end()) return false;
+    found->second->stop();
+    found->second->deleteLater();
+    m_timers.erase(found);
+    return true;
+}
+
+LRESULT QtPeer::ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_MOUSEMOVE:
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONUP:
+        case WM_LBUTTONDBLCLK:
+        case WM_KEYDOWN:
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+            if (m_client != nullptr) m_input->HandleCurrentEvent();
+            return 0;
+        case WM_SETCURSOR:
+            SetCursor(nullptr);
+            return 0;
+        case BM_SETSTYLE:
+            if (m_button != nullptr && (wParam & BS_TYPEMASK) == BS_OWNERDRAW) m_button->SetOwnerDrawn();
+            return 0;
+        case BM_GETCHECK:
+            return m_checkBox != nullptr && m_checkBox->isChecked() ? 1 : 0;
+        case BM_SETCHECK:
+            if (m_checkBox != nullptr) m_checkBox->setChecked(wParam != 0);
+            return 0;
+        default:
+            return m_slider == nullptr ? 0 : SliderMessage(message, lParam);
+    }
+}
+
+LRESULT QtPeer::SliderMessage(UINT message, LPARAM lParam) {
+    // What the player sets is not told back to it.
+    const QSignalBlocker quiet(m_slider);
+    switch (message) {
+        case TBM_GETPOS:
+            return m_slider->value();
+        case TBM_SETPOS:
+            m_slider->setValue(static_cast<int>(lParam));
+            return 0;
+        case TBM_SETRANGEMIN:
+            m_slider->setMinimum(static_cast<int>(lParam));
+            m_slider->RangeChanged();
+            return 0;
+        case TBM_SETRANGEMAX:
+            m_slider->setMaximum(static_cast<int>(lParam));
+            m_slider->RangeChanged();
+            return 0;
+        default:
+            return 0;
+    }
+}
+
+UINT QtPeer::ItemState() const {
+    if (m_button == nullptr) return 0;
+    return (m_button->isDown() ? ODS_SELECTED : 0) | (m_button->isEnabled() ? 0 : ODS_DISABLED) |
+           (m_button->hasFocus() ? ODS_FOCUS : 0);
+}

@@ -1,0 +1,53 @@
+// The toolkit's side of one window.
+#pragma once
+
+#include <QPointer>
+#include <map>
+
+#include "platform/framework/native.h"
+#include "platform/qt/widgets.h"
+
+class QTimer;
+
+class QtPeer : public NativePeer {
+public:
+    explicit QtPeer(Window& window);
+    ~QtPeer() override;
+
+    void Place(const RECT& rect) override;
+    void CenterOnScreen() override;
+    void Show(int cmdShow) override;
+    void Enable(bool enable) override;
+    void SetText(const std::string& text) override;
+    void SetAccessibleName(const std::string& name) override;
+    void SetFocus() override;
+    bool IsMinimized() const override;
+    void SetCursor(const Image* cursor) override;
+    void SetIcon(const Image& icon) override;
+    void AcceptDrops(bool accept) override;
+    void SetShortcut(unsigned command, const std::string& shortcuts) override;
+    void ShowSurface(const RECT& area) override;
+    CPoint ClientOrigin() const override;
+    CRect ScreenRect() const override;
+    void StartTimer(std::uintptr_t id, unsigned milliseconds) override;
+    bool StopTimer(std::uintptr_t id) override;
+    LRESULT ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+    UINT ItemState() const override;
+
+    QWidget* Client() const { return m_client; }
+
+private:
+    void MakeControl(Window& window, QWidget* parent);
+    LRESULT SliderMessage(UINT message, LPARAM lParam);
+
+    HWND m_window;
+    // All three are null once the toolkit has deleted them with their parent.
+    QPointer<QWidget> m_outer;  // the whole window: top-level frame, edge, or the client itself
+    QPointer<QWidget> m_client;
+    DefaultInput* m_input = nullptr;  // the client's; valid as long as it
+    TopLevelWidget* m_top = nullptr;
+    ButtonWidget* m_button = nullptr;
+    CheckBoxWidget* m_checkBox = nullptr;
+    SliderWidget* m_slider = nullptr;
+    std::map<std::uintptr_t, QTimer*> m_timers;
+};

@@ -1,0 +1,221 @@
+#include "platform/qt/qt_toolkit.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <QEventLoop>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QToolTip>
+#include <clocale>
+#include <cstdint>
+
+#include "platform/framework/message_queue.h"
+#include "platform/framework/window.h"
+#include "platform/qt/peer.h"
+#include "platform/qt/toolkit.h"
+
+namespace {
+
+QtToolkit* g_toolkit = nullptr;
+
+// The dialogs are drawn for a face of this size; the name is what the set-up installs, with any sans face in
+// its place.
+QFont MakeDialogFont() {
+    QFont font(QStringLiteral("Liberation Sans"));
+    font.setStyleHint(QFont::SansSerif);
+    font.setPixelSize(11);
+    return font;
+}
+
+}  // namespace
+
+std::unique_ptr<NativeToolkit> MakeQtToolkit(int& argc, char** argv) {
+    return std::make_unique<QtToolkit>(argc, argv);
+}
+
+QtToolkit::QtToolkit(int& argc, char** argv)
+    : m_app(argc, argv),
+      m_wakeFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_wakeNotifier(m_wakeFd, QSocketNotifier::Read),
+      m_dialogFont(MakeDialogFont()) {
+    g_toolkit = this;
+    // Numbers in the player's texts have a point, whatever the desktop's language.
+    std::setlocale(LC_NUMERIC, "C");
+    // The program ends with its main window and by nothing else.
+    QApplication::setQuitOnLastWindowClosed(false);
+    QObject::connect(&m_wakeNotifier, &QSocketNotifier::activated, [this] { OnWake(); });
+    m_tipTimer.setSingleShot(true);
+    m_tipGone.setSingleShot(true);
+    QObject::connect(&m_tipTimer, &QTimer::timeout, [this] {
+        if (QWidget* widget = WidgetOf(m_tipWindow)) {
+            m_tipSpent = m_tipWindow;
+            QToolTip::showText(QCursor::pos(), m_tipText, widget, {}, m_tipAutoPopMs);
+            m_tipGone.start(m_tipAutoPopMs);
+        }
+    });
+}
+
+QtToolkit::~QtToolkit() {
+    // Widgets that were left to be deleted later go now, while the application still lives.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    m_wakeNotifier.setEnabled(false);
+    close(m_wakeFd);
+    g_toolkit = nullptr;
+}
+
+QtToolkit& QtToolkit::Instance() {
+    return *g_toolkit;
+}
+
+void QtToolkit::Wake() {
+    if (m_wakePending.exchange(true)) return;
+    const std::uint64_t one = 1;
+    // The counter cannot overflow, so the write cannot fail.
+    [[maybe_unused]] const ssize_t written = write(m_wakeFd, &one, sizeof one);
+}
+
+void QtToolkit::OnWake() {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t got = read(m_wakeFd, &count, sizeof count);
+    m_wakePending = false;
+    DispatchPostedMessages();
+    windows::PaintAll();
+}
+
+void QtToolkit::Run() {
+    if (!m_quit) QApplication::exec();
+}
+
+void QtToolkit::Quit() {
+    m_quit = true;
+    QCoreApplication::exit(0);
+}
+
+void QtToolkit::RunModal(HWND window) {
+    QWidget* widget = WidgetOf(window);
+    if (widget == nullptr) return;
+    QEventLoop loop;
+    m_modals.push_back({window, &loop, nullptr});
+    QWidget* top = widget->window();
+    top->setWindowModality(Qt::ApplicationModal);
+    windows::Find(window)->peer->Show(SW_SHOW);
+    loop.exec();
+    std::erase_if(m_modals, [&](const Modal& modal) { return modal.loop == &loop; });
+}
+
+void QtToolkit::EndModal(HWND window) {
+    for (const Modal& modal : m_modals)
+        if (modal.window == window && modal.loop != nullptr) modal.loop->exit();
+}
+
+void QtToolkit::WindowGone(HWND window) {
+    // Ending one may take it out of the list.
+    for (const Modal& modal : std::vector<Modal>(m_modals)) {
+        if (modal.window != window) continue;
+        if (modal.loop != nullptr) modal.loop->exit();
+        if (modal.dialog != nullptr) modal.dialog->reject();
+    }
+    if (m_tipWindow == window) HideTip();
+}
+
+COLORREF QtToolkit::SystemColor(int index) {
+    const auto color = [](QPalette::ColorGroup group, QPalette::ColorRole role) {
+        const QColor c = QApplication::palette().color(group, role);
+        return RGB(static_cast<unsigned>(c.red()), static_cast<unsigned>(c.green()),
+                   static_cast<unsigned>(c.blue()));
+    };
+    switch (index) {
+        case COLOR_BACKGROUND:
+            // Desktops here have pictures and no one colour; this stands for it.
+            return RGB(58, 110, 165);
+        case COLOR_WINDOW:
+            return color(QPalette::Active, QPalette::Base);
+        case COLOR_WINDOWTEXT:
+            return color(QPalette::Active, QPalette::Text);
+        case COLOR_BTNFACE:
+            return color(QPalette::Active, QPalette::Window);
+        case COLOR_BTNSHADOW:
+            return color(QPalette::Active, QPalette::Dark);
+        case COLOR_GRAYTEXT:
+            return color(QPalette::Disabled, QPalette::WindowText);
+        case COLOR_BTNTEXT:
+            return color(QPalette::Active, QPalette::WindowText);
+        case COLOR_BTNHIGHLIGHT:
+            return color(QPalette::Active, QPalette::Light);
+        default:
+            return 0;
+    }
+}
+
+void QtToolkit::DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,
+                         const RECT& rect, DWORD format, COLORREF color) {
+    QImage image(reinterpret_cast<uchar*>(pixels), width, height, QImage::Format_RGB32);
+    QPainter painter(&image);
+    painter.setFont(m_dialogFont);
+    painter.setPen(QColor(GetRValue(color), GetGValue(color), GetBValue(color)));
+    const QRect area(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+    painter.setClipRect(area);
+    Qt::Alignment flags = (format & SS_CENTERIMAGE) != 0 ? Qt::AlignVCenter : Qt::AlignTop;
+    switch (format & SS_TYPEMASK) {
+        case SS_CENTER:
+            flags |= Qt::AlignHCenter;
+            break;
+        case SS_RIGHT:
+            flags |= Qt::AlignRight;
+            break;
+        default:
+            flags |= Qt::AlignLeft;
+    }
+    painter.drawText(area, static_cast<int>(flags) | Qt::TextSingleLine | Qt::TextIncludeTrailingSpaces,
+                     QString::fromStdString(text));
+}
+
+SIZE QtToolkit::TextExtent(const std::string& text) {
+    const QFontMetrics metrics(m_dialogFont);
+    return {metrics.horizontalAdvance(QString::fromStdString(text)), metrics.height()};
+}
+
+HWND QtToolkit::ActiveWindow() {
+    const QWidget* active = QApplication::activeWindow();
+    return active == nullptr ? nullptr : HandleOf(active);
+}
+
+HWND QtToolkit::FocusWindow() {
+    const QWidget* focus = QApplication::focusWidget();
+    return focus == nullptr ? nullptr : HandleOf(focus);
+}
+
+HWND QtToolkit::WindowAt(POINT screen) {
+    const QWidget* widget = QApplication::widgetAt(screen.x, screen.y);
+    return widget == nullptr ? nullptr : HandleOf(widget);
+}
+
+void QtToolkit::OfferTip(HWND window, const std::string& text, TipDelays delays) {
+    if (m_tipSpent == window || (m_tipWindow == window && m_tipTimer.isActive())) return;
+    m_tipWindow = window;
+    m_tipSpent = nullptr;
+    m_tipText = QString::fromStdString(text);
+    m_tipAutoPopMs = delays.autoPopMs;
+    m_tipTimer.start(m_tipGone.isActive() ? delays.reshowMs : delays.initialMs);
+}
+
+void QtToolkit::HideTip() {
+    m_tipTimer.stop();
+    m_tipSpent = m_tipWindow;
+    QToolTip::hideText();
+}
+
+void QtToolkit::PointerLeft(HWND window) {
+    if (m_tipWindow != window) return;
+    m_tipTimer.stop();
+    m_tipWindow = nullptr;
+    m_tipSpent = nullptr;
+    QToolTip::hideText();
+}
+
+QImage ToQImage(const Image& image) {
+    return QImage(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
+                  QImage::Format_ARGB32)
+        .copy();
+}

@@ -1,0 +1,77 @@
+// Inside of the toolkit; see toolkit.h.
+#pragma once
+
+#include <QApplication>
+#include <QDialog>
+#include <QFont>
+#include <QImage>
+#include <QPointer>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <QWidget>
+#include <atomic>
+
+#include "platform/framework/native.h"
+
+class QEventLoop;
+
+class QtToolkit : public NativeToolkit {
+public:
+    QtToolkit(int& argc, char** argv);
+    ~QtToolkit() override;
+
+    std::unique_ptr<NativePeer> MakePeer(Window& window) override;
+    void Wake() override;
+    void Run() override;
+    void Quit() override;
+    void RunModal(HWND window) override;
+    void EndModal(HWND window) override;
+    void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
+    std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
+                                          const std::vector<std::string>& filters) override;
+    COLORREF SystemColor(int index) override;
+    void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text, const RECT& rect,
+                  DWORD format, COLORREF color) override;
+    SIZE TextExtent(const std::string& text) override;
+    HWND ActiveWindow() override;
+    HWND FocusWindow() override;
+    HWND WindowAt(POINT screen) override;
+    void OfferTip(HWND window, const std::string& text, TipDelays delays) override;
+    void HideTip() override;
+
+    static QtToolkit& Instance();
+    const QFont& DialogFont() const { return m_dialogFont; }
+    // A window's widget goes: what runs modally for it ends.
+    void WindowGone(HWND window);
+    // The pointer left the window: its tip may be offered anew when it comes back.
+    void PointerLeft(HWND window);
+
+private:
+    void OnWake();
+    // Runs a dialog of the toolkit's own until it is closed or its owner goes.
+    int RunDialog(HWND owner, QDialog* dialog);
+    struct Modal {
+        HWND window;  // the window that runs, or the owner of a toolkit dialog
+        QPointer<QEventLoop> loop;
+        QPointer<QDialog> dialog;
+    };
+
+    QApplication m_app;
+    int m_wakeFd;
+    QSocketNotifier m_wakeNotifier;
+    std::atomic<bool> m_wakePending{false};
+    bool m_quit = false;
+    QFont m_dialogFont;
+    std::vector<Modal> m_modals;
+
+    QTimer m_tipTimer;
+    QTimer m_tipGone;  // runs for a moment after a tip was up
+    HWND m_tipWindow = nullptr;
+    HWND m_tipSpent = nullptr;  // the window whose tip is not offered until the pointer leaves it
+    QString m_tipText;
+    int m_tipAutoPopMs = 0;
+};
+
+// Window widgets carry their handle.
+HWND HandleOf(const QWidget* widget);
+QImage ToQImage(const Image& image);

@@ -1,0 +1,57 @@
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QUrl>
+
+#include "platform/framework/drop_files.h"
+#include "platform/qt/widgets.h"
+
+SurfaceWidget::SurfaceWidget(HWND window, QWidget* parent) : WindowWidget<QWidget>(window, parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void SurfaceWidget::paintEvent(QPaintEvent* event) {
+    PaintSurface(this, WindowHandle(), event->rect());
+}
+
+void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
+    const std::shared_ptr<Surface> surface = windows::SurfaceOf(window);
+    if (surface == nullptr) return;
+    QPainter painter(widget);
+    const std::scoped_lock lock(surface->mutex());
+    const QImage image(reinterpret_cast<const uchar*>(surface->pixels()), surface->width(), surface->height(),
+                       QImage::Format_RGB32);
+    painter.drawImage(area.topLeft(), image, area);
+}
+
+void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void SurfaceWidget::dropEvent(QDropEvent* event) {
+    DroppedFiles dropped;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) dropped.paths.push_back(url.toLocalFile().toStdString());
+    event->acceptProposedAction();
+    if (!dropped.paths.empty())
+        windows::Call(WindowHandle(), WM_DROPFILES, reinterpret_cast<WPARAM>(&dropped), 0);
+}
+
+EdgeWidget::EdgeWidget(QWidget* parent, bool border, int sunken)
+    : QWidget(parent), m_border(border), m_sunken(sunken) {}
+
+void EdgeWidget::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    QRect edge = rect();
+    const auto ring = [&](const QColor& topLeft, const QColor& bottomRight) {
+        painter.fillRect(edge.left(), edge.top(), edge.width(), 1, topLeft);
+        painter.fillRect(edge.left(), edge.top(), 1, edge.height(), topLeft);
+        painter.fillRect(edge.left(), edge.bottom(), edge.width(), 1, bottomRight);
+        painter.fillRect(edge.right(), edge.top(), 1, edge.height(), bottomRight);
+        edge.adjust(1, 1, -1, -1);
+    };
+    const QColor shadow = palette().color(QPalette::Dark);
+    if (m_border) ring(shadow, shadow);
+    for (int i = 0; i < m_sunken; ++i) ring(shadow, palette().color(QPalette::Light));
+}

@@ -1,0 +1,88 @@
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeySequence>
+
+#include "platform/framework/message_queue.h"
+#include "platform/framework/resources.h"
+#include "platform/qt/widgets.h"
+
+namespace {
+
+Qt::WindowFlags FlagsFor(const Window& window) {
+    Qt::WindowFlags flags = window.owner == nullptr ? Qt::Window : Qt::Dialog;
+    flags |= Qt::CustomizeWindowHint;
+    if ((window.style & WS_CAPTION) == WS_CAPTION) flags |= Qt::WindowTitleHint;
+    if ((window.style & WS_SYSMENU) != 0) flags |= Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+    if ((window.style & WS_MINIMIZEBOX) != 0) flags |= Qt::WindowMinimizeButtonHint;
+    return flags;
+}
+
+void AddItems(QMenu* menu, const std::vector<resources::MenuItem>& items, HWND window) {
+    for (const resources::MenuItem& item : items) {
+        if (item.separator) {
+            menu->addSeparator();
+            continue;
+        }
+        if (item.popup) {
+            AddItems(menu->addMenu(QString::fromStdString(item.text)), item.children, window);
+            continue;
+        }
+        QAction* action = menu->addAction(QString::fromStdString(item.text));
+        action->setEnabled(!item.grayed);
+        action->setData(item.id);
+        QObject::connect(action, &QAction::triggered,
+                         [window, id = item.id] { windows::Call(window, WM_COMMAND, LOWORD(id), 0); });
+    }
+}
+
+QAction* FindAction(const QList<QAction*>& actions, unsigned command) {
+    for (QAction* action : actions) {
+        if (action->menu<QMenu*>() != nullptr) {
+            if (QAction* found = FindAction(action->menu<QMenu*>()->actions(), command)) return found;
+        } else if (action->data().isValid() && action->data().toUInt() == command) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+TopLevelWidget::TopLevelWidget(const Window& window, QWidget* owner)
+    : QWidget(owner, FlagsFor(window)), m_window(window.handle), m_holder(this) {
+    if (window.menu != 0) BuildMenu(window.menu);
+}
+
+void TopLevelWidget::BuildMenu(unsigned menuId) {
+    m_holder = new QWidget(this);
+    m_menuBar = new QMenuBar(this);
+    // The menu stays in the window, where its size is counted.
+    m_menuBar->setNativeMenuBar(false);
+    m_menuBar->setFont(QApplication::font());
+    for (const resources::MenuItem& item :
+         resources::LoadMenu(menuId).value_or(std::vector<resources::MenuItem>()))
+        if (item.popup)
+            AddItems(m_menuBar->addMenu(QString::fromStdString(item.text)), item.children, m_window);
+}
+
+void TopLevelWidget::SetClientSize(const QSize& size) {
+    const int menuHeight = m_menuBar == nullptr ? 0 : m_menuBar->heightForWidth(size.width());
+    if (m_menuBar != nullptr) {
+        m_menuBar->setGeometry(0, 0, size.width(), menuHeight);
+        m_holder->setGeometry(0, menuHeight, size.width(), size.height());
+    }
+    setFixedSize(size.width(), size.height() + menuHeight);
+}
+
+void TopLevelWidget::SetShortcut(unsigned command, const QString& shortcuts) {
+    QAction* action = m_menuBar == nullptr ? nullptr : FindAction(m_menuBar->actions(), command);
+    if (action != nullptr)
+        action->setShortcuts(QKeySequence::listFromString(shortcuts, QKeySequence::PortableText));
+}
+
+void TopLevelWidget::closeEvent(QCloseEvent* event) {
+    // The window closes when the player says so.
+    event->ignore();
+    windows::Call(m_window, WM_SYSCOMMAND, SC_CLOSE, 0);
+}

@@ -1,0 +1,85 @@
+// The widgets that stand for windows: a surface, the three kinds of control, and the top-level frame.
+#pragma once
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QMenuBar>
+#include <QSlider>
+
+#include "platform/qt/input.h"
+
+// Shows a window's picture.
+class SurfaceWidget : public WindowWidget<QWidget> {
+public:
+    SurfaceWidget(HWND window, QWidget* parent);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+};
+
+// Copies a part of the window's picture to the widget.
+void PaintSurface(QWidget* widget, HWND window, const QRect& area);
+
+// Draws the edges of a child window's border and holds its client widget.
+class EdgeWidget : public QWidget {
+public:
+    EdgeWidget(QWidget* parent, bool border, int sunken);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    bool m_border;
+    int m_sunken;  // width of the sunken edge inside the border
+};
+
+// A push button: of the desktop's look, or showing what the player drew (owner-drawn).
+class ButtonWidget : public WindowWidget<QAbstractButton> {
+public:
+    ButtonWidget(HWND window, QWidget* parent, bool isDefault);
+    void SetOwnerDrawn() { m_ownerDrawn = true; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void StateChanged();
+    bool m_ownerDrawn = false;
+    bool m_default;
+};
+
+class CheckBoxWidget : public WindowWidget<QCheckBox> {
+public:
+    CheckBoxWidget(HWND window, QWidget* parent);
+};
+
+class SliderWidget : public WindowWidget<QSlider> {
+public:
+    SliderWidget(HWND window, QWidget* parent);
+    // Keyboard steps follow the range.
+    void RangeChanged();
+
+private:
+    void Tell(int position);
+};
+
+// A top-level window: its menu bar, if any, and the client area below it.
+class TopLevelWidget : public QWidget {
+public:
+    TopLevelWidget(const Window& window, QWidget* owner);
+    QWidget* ClientParent() { return m_holder; }
+    void SetClientSize(const QSize& size);
+    void SetShortcut(unsigned command, const QString& shortcuts);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void BuildMenu(unsigned menuId);
+    HWND m_window;
+    QMenuBar* m_menuBar = nullptr;
+    QWidget* m_holder;
+};

@@ -1,0 +1,110 @@
+// The drawing rules on which the controls' pixels rest.
+#include <gtest/gtest.h>
+
+#include "platform/framework/afxgdi.h"
+
+namespace {
+
+constexpr COLORREF kRed = RGB(255, 0, 0);
+constexpr COLORREF kGreen = RGB(0, 255, 0);
+constexpr COLORREF kBlue = RGB(0, 0, 255);
+constexpr COLORREF kBlack = 0;
+
+// A memory context with a bitmap of its own.
+struct Canvas {
+    explicit Canvas(int width, int height) {
+        dc.CreateCompatibleDC(nullptr);
+        bitmap.CreateCompatibleBitmap(&dc, width, height);
+        first = dc.SelectObject(&bitmap);
+    }
+    CDC dc;
+    CBitmap bitmap;
+    CBitmap* first;
+};
+
+TEST(Drawing, LinesLeaveOutTheirEndPoint) {
+    Canvas c(8, 8);
+    CPen pen(PS_SOLID, 0, kRed);
+    c.dc.SelectObject(&pen);
+    c.dc.MoveTo(1, 1);
+    c.dc.LineTo(5, 1);
+    EXPECT_EQ(c.dc.GetPixel(4, 1), kRed);
+    EXPECT_EQ(c.dc.GetPixel(5, 1), kBlack);
+    c.dc.MoveTo(5, 6);
+    c.dc.LineTo(1, 2);  // up and left
+    EXPECT_EQ(c.dc.GetPixel(5, 6), kRed);
+    EXPECT_EQ(c.dc.GetPixel(3, 4), kRed);
+    EXPECT_EQ(c.dc.GetPixel(1, 2), kBlack);
+    const POINT corners[] = {{0, 3}, {0, 7}, {3, 7}};
+    c.dc.Polyline(corners, 3);
+    EXPECT_EQ(c.dc.GetPixel(0, 7), kRed) << "the second line starts where the first one stopped";
+    EXPECT_EQ(c.dc.GetPixel(3, 7), kBlack);
+}
+
+TEST(Drawing, RectanglesLeaveOutRightAndBottomAndHeedClipAndOrigin) {
+    Canvas c(8, 8);
+    const RECT clip{0, 0, 6, 6};
+    c.dc.IntersectClipRect(&clip);
+    c.dc.SetWindowOrg(10, 20);
+    c.dc.FillSolidRect(12, 22, 20, 20, kGreen);
+    c.dc.SetWindowOrg(0, 0);
+    EXPECT_EQ(c.dc.GetPixel(1, 1), kBlack);
+    EXPECT_EQ(c.dc.GetPixel(2, 2), kGreen);
+    EXPECT_EQ(c.dc.GetPixel(5, 5), kGreen);
+    EXPECT_EQ(c.dc.GetPixel(6, 5), kBlack);
+}
+
+TEST(Drawing, CopiesCombineByCopyOrOr) {
+    Canvas from(4, 4);
+    Canvas to(8, 8);
+    from.dc.FillSolidRect(0, 0, 4, 4, kRed);
+    to.dc.FillSolidRect(0, 0, 8, 8, kBlue);
+    EXPECT_TRUE(to.dc.BitBlt(2, 2, 4, 4, &from.dc, 2, 2, SRCPAINT));
+    EXPECT_EQ(to.dc.GetPixel(2, 2), kRed | kBlue);
+    EXPECT_EQ(to.dc.GetPixel(4, 4), kBlue) << "the source has no pixels there";
+    EXPECT_TRUE(to.dc.BitBlt(0, 0, 2, 2, &from.dc, 0, 0, SRCCOPY));
+    EXPECT_EQ(to.dc.GetPixel(1, 1), kRed);
+    EXPECT_FALSE(to.dc.BitBlt(0, 0, 2, 2, &from.dc, 0, 0, 0x12345678U));
+}
+
+// A picture scrolled within itself must not read what it has already written, whichever way it goes.
+TEST(Drawing, CopiesWithinOneBitmapMayOverlap) {
+    for (const int step : {-1, 1}) {
+        Canvas c(6, 6);
+        for (int i = 0; i < 6; ++i) c.dc.FillSolidRect(i, i, 1, 1, RGB(10U + static_cast<unsigned>(i), 0, 0));
+        ASSERT_TRUE(c.dc.BitBlt(step, step, 6, 6, &c.dc, 0, 0, SRCCOPY));
+        for (int i = 1; i < 5; ++i)
+            EXPECT_EQ(c.dc.GetPixel(i + step, i + step), RGB(10U + static_cast<unsigned>(i), 0, 0)) << step;
+    }
+}
+
+TEST(Drawing, SectionsAreBottomUpWithPaddedRows) {
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof header;
+    header.biWidth = 3;
+    header.biHeight = 2;
+    header.biPlanes = 1;
+    header.biBitCount = 24;
+    void* bits = nullptr;
+    CBitmap bitmap;
+    ASSERT_TRUE(bitmap.Attach(CreateDIBSection(&header, DIB_RGB_COLORS, &bits)));
+    auto* bytes = static_cast<std::uint8_t*>(bits);
+    bytes[0] = 1;  // bottom-left: blue, green, red
+    bytes[2] = 3;
+    bytes[12 + 1] = 9;  // top-left, after a row of nine bytes and three of padding
+    CDC section;
+    section.CreateCompatibleDC(nullptr);
+    section.SelectObject(&bitmap);
+    Canvas c(3, 2);
+    ASSERT_TRUE(c.dc.BitBlt(0, 0, 3, 2, &section, 0, 0, SRCCOPY));
+    EXPECT_EQ(c.dc.GetPixel(0, 1), RGB(3, 0, 1));
+    EXPECT_EQ(c.dc.GetPixel(0, 0), RGB(0, 9, 0));
+
+    for (const int height : {0, -2, 1 << 30}) {
+        header.biHeight = height;
+        EXPECT_EQ(CreateDIBSection(&header, DIB_RGB_COLORS, &bits), nullptr) << height;
+        EXPECT_EQ(bits, nullptr);
+    }
+}
+
+}  // namespace

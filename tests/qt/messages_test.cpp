@@ -1,0 +1,205 @@
+// Messages: maps, posting and sending across threads, timers, life and death of windows.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "platform/framework/afxcmn.h"
+#include "platform/framework/mmtimer.h"
+#include "res/resource.h"
+#include "tests/support/ui_session.h"
+
+namespace {
+
+constexpr UINT kAsk = WM_USER + 1;
+
+// A top-level window to hang children into.
+class Host : public CDialog {
+public:
+    Host() { Create(IDD_VOLUME); }
+    std::vector<UINT> heard;
+    std::thread::id thread;
+    bool destroyOnTimer = false;
+    std::vector<std::string>* log = nullptr;
+
+protected:
+    DECLARE_MESSAGE_MAP()
+    LRESULT OnAsk(WPARAM w, LPARAM l) {
+        heard.push_back(static_cast<UINT>(w));
+        thread = std::this_thread::get_id();
+        return static_cast<LRESULT>(w) + l;
+    }
+    void OnTimer(UINT_PTR id) {
+        heard.push_back(static_cast<UINT>(id));
+        if (destroyOnTimer) DestroyWindow();
+    }
+    void OnDestroy() {
+        if (log != nullptr) log->push_back("host destroy");
+        CDialog::OnDestroy();
+    }
+    void PostNcDestroy() override {
+        if (log != nullptr) log->push_back("host gone");
+    }
+};
+
+BEGIN_MESSAGE_MAP(Host, CDialog)
+ON_MESSAGE(kAsk, OnAsk)
+ON_WM_TIMER()
+ON_WM_DESTROY()
+END_MESSAGE_MAP()
+
+class Child : public CWnd {
+public:
+    explicit Child(CWnd* parent) {
+        CreateEx(0, AfxRegisterWndClass(0), "", WS_CHILD, CRect(0, 0, 9, 9), parent, 5);
+    }
+    std::vector<std::string>* log = nullptr;
+    void PostNcDestroy() override {
+        log->push_back("child gone");
+        delete this;
+    }
+};
+
+TEST(Messages, PostedOnesKeepTheirOrderAndSentOnesWaitForTheUiThread) {
+    Host host;
+    LRESULT answer = 0;
+    std::atomic<bool> done{false};
+    std::thread other([&] {
+        for (UINT i = 0; i < 5000; ++i) host.PostMessage(kAsk, i, 0);  // more than the ring starts with
+        answer = host.SendMessage(kAsk, 5000, 7);
+        done = true;
+    });
+    ASSERT_TRUE(ui::PumpUntil([&] { return done.load(); }));
+    other.join();
+    EXPECT_EQ(answer, 5007);
+    EXPECT_EQ(host.thread, std::this_thread::get_id());
+    ASSERT_EQ(host.heard.size(), 5001U);
+    for (UINT i = 0; i <= 5000; ++i) ASSERT_EQ(host.heard[i], i);
+}
+
+TEST(Messages, ForADestroyedWindowAreDroppedAndReleaseTheSender) {
+    Host host;
+    const HWND handle = host.m_hWnd;
+    EXPECT_TRUE(host.PostMessage(kAsk, 1, 0));
+    std::atomic<bool> asking{false};
+    std::atomic<LRESULT> answer{-1};
+    std::thread sender([&] {
+        asking = true;
+        answer = SendMessage(handle, kAsk, 1, 0);
+    });
+    while (!asking) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    host.DestroyWindow();
+    EXPECT_TRUE(ui::PumpUntil([&] { return answer.load() != -1; }));
+    sender.join();
+    EXPECT_EQ(answer, 0);
+    EXPECT_TRUE(host.heard.empty());
+    EXPECT_FALSE(PostMessage(handle, kAsk, 1, 0));
+    Host next;
+    EXPECT_NE(next.m_hWnd, handle) << "handles are never reused";
+}
+
+TEST(Messages, TimersRunUntilKilledOrTheWindowGoes) {
+    Host host;
+    host.SetTimer(3, 10);
+    EXPECT_TRUE(ui::PumpUntil([&] { return host.heard.size() >= 3; }));
+    EXPECT_TRUE(host.KillTimer(3));
+    const std::size_t after = host.heard.size();
+    ui::PumpFor(60);
+    EXPECT_EQ(host.heard.size(), after);
+    EXPECT_FALSE(host.KillTimer(3));
+}
+
+TEST(Windows, ChildrenGoFirstAndEachObjectHearsOfItOnce) {
+    std::vector<std::string> log;
+    Host host;
+    host.log = &log;
+    auto* child = new Child(&host);
+    child->log = &log;
+    host.DestroyWindow();
+    EXPECT_EQ(log, (std::vector<std::string>{"host destroy", "child gone", "host gone"}));
+}
+
+TEST(Windows, AMessageBoxEndsWithItsOwner) {
+    Host host;
+    host.ShowWindow(SW_SHOW);
+    host.destroyOnTimer = true;
+    host.SetTimer(9, 50);
+    EXPECT_EQ(host.MessageBox("text", "caption", MB_ICONERROR), IDOK);
+    EXPECT_EQ(host.m_hWnd, nullptr);
+}
+
+TEST(Events, APulseLetsThroughOnlyWhoWaits) {
+    CEvent event;
+    event.PulseEvent();
+    EXPECT_FALSE(event.Lock(10)) << "nobody waited, so the pulse is lost";
+    std::atomic<int> through{0};
+    std::thread waiter([&] {
+        if (event.Lock(5000) != FALSE) ++through;
+    });
+    // The pulse is lost until the thread waits, so it is given until it is heard.
+    while (through == 0) {
+        event.PulseEvent();
+        std::this_thread::yield();
+    }
+    waiter.join();
+    EXPECT_FALSE(event.Lock(0));
+    event.SetEvent();
+    EXPECT_TRUE(event.Lock(0));
+    EXPECT_FALSE(event.Lock(0)) << "auto-reset";
+}
+
+TEST(Threads, AreWaitedForWhenTheyWereMadeSo) {
+    static std::atomic<bool> ran;
+    ran = false;
+    CWinThread* thread = AfxBeginThread(
+        [](LPVOID) -> UINT {
+            Sleep(30);
+            ran = true;
+            return 0;
+        },
+        nullptr, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    thread->m_bAutoDelete = FALSE;
+    Sleep(5);
+    EXPECT_FALSE(ran);
+    thread->ResumeThread();
+    EXPECT_EQ(WaitForSingleObject(thread->m_hThread, 0), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(thread->m_hThread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_TRUE(ran);
+    delete thread;
+}
+
+// A callback that takes longer than a period loses the calls in between; the others stay on the beat.
+TEST(MultimediaTimer, KeepsItsBeatAndDropsWhatIsOverdue) {
+    using Clock = std::chrono::steady_clock;
+    struct Record {
+        Clock::time_point start = Clock::now();
+        std::vector<double> at;
+    } record;
+    record.at.reserve(64);
+    const MMTIMERID timer = timeSetEvent(
+        20, 1,
+        [](UINT, UINT, DWORD_PTR user, DWORD_PTR, DWORD_PTR) {
+            auto* r = reinterpret_cast<Record*>(user);
+            r->at.push_back(std::chrono::duration<double, std::milli>(Clock::now() - r->start).count());
+            if (r->at.size() == 2) Sleep(50);
+        },
+        reinterpret_cast<DWORD_PTR>(&record), TIME_PERIODIC);
+    ASSERT_NE(timer, 0U);
+    Sleep(200);
+    EXPECT_EQ(timeKillEvent(timer), 0U);
+    const std::size_t calls = record.at.size();
+    Sleep(50);
+    EXPECT_EQ(record.at.size(), calls) << "no call after the end";
+    EXPECT_NE(timeKillEvent(timer), 0U);
+    ASSERT_GE(calls, 4U);
+    // Calls 1 and 2 at 20 and 40; those of 60 and 80 are lost; the next one comes at 100.
+    EXPECT_GE(record.at[2], 100.0);
+    for (std::size_t i = 3; i < calls; ++i)
+        EXPECT_GE(record.at[i], 100.0 + 20.0 * static_cast<double>(i - 2));
+    EXPECT_EQ(timeSetEvent(0, 1, nullptr, 0, TIME_PERIODIC), 0U);
+}
+
+}  // namespace

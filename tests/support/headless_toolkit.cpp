@@ -1,0 +1,88 @@
+#include "tests/support/headless_toolkit.h"
+
+#include <chrono>
+#include <thread>
+
+#include "platform/framework/afxwin.h"
+#include "platform/framework/window.h"
+
+class HeadlessToolkit::Peer : public NativePeer {
+public:
+    Peer(HeadlessToolkit& toolkit, Window& window) : m_toolkit(toolkit), m_window(window) {}
+    ~Peer() override {
+        std::erase_if(m_toolkit.m_timers, [this](const Timer& t) { return t.window == m_window.handle; });
+    }
+
+    void Place(const RECT&) override {}
+    void CenterOnScreen() override {}
+    void Show(int) override {}
+    void Enable(bool) override {}
+    void SetText(const std::string&) override {}
+    void SetAccessibleName(const std::string&) override {}
+    void SetFocus() override {}
+    bool IsMinimized() const override { return false; }
+    void SetCursor(const Image*) override {}
+    void SetIcon(const Image&) override {}
+    void AcceptDrops(bool) override {}
+    void SetShortcut(unsigned, const std::string&) override {}
+    void ShowSurface(const RECT&) override {}
+    CPoint ClientOrigin() const override { return CPoint(0, 0); }
+    CRect ScreenRect() const override { return m_window.rect; }
+    void StartTimer(std::uintptr_t id, unsigned milliseconds) override {
+        m_toolkit.m_timers.erase({m_window.handle, id, 0});
+        m_toolkit.m_timers.insert({m_window.handle, id, milliseconds});
+    }
+    bool StopTimer(std::uintptr_t id) override {
+        return m_toolkit.m_timers.erase({m_window.handle, id, 0}) != 0;
+    }
+    LRESULT ControlMessage(UINT, WPARAM, LPARAM) override { return 0; }
+    UINT ItemState() const override { return 0; }
+
+private:
+    HeadlessToolkit& m_toolkit;
+    Window& m_window;
+};
+
+HeadlessToolkit::HeadlessToolkit() {
+    SetToolkit(this);
+}
+
+HeadlessToolkit::~HeadlessToolkit() {
+    SetToolkit(nullptr);
+}
+
+void HeadlessToolkit::Pump() {
+    DispatchPostedMessages();
+    windows::PaintAll();
+}
+
+bool HeadlessToolkit::PumpUntil(const std::function<bool()>& condition, int timeoutMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (;;) {
+        Pump();
+        if (condition()) return true;
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+void HeadlessToolkit::PumpFor(int milliseconds) {
+    PumpUntil([] { return false; }, milliseconds);
+}
+
+void HeadlessToolkit::FireTimers() {
+    const std::set<Timer> timers = m_timers;
+    for (const Timer& timer : timers) {
+        if (m_timers.contains(timer)) ::SendMessage(timer.window, WM_TIMER, timer.id, 0);
+    }
+}
+
+std::unique_ptr<NativePeer> HeadlessToolkit::MakePeer(Window& window) {
+    return std::make_unique<Peer>(*this, window);
+}
+
+void HeadlessToolkit::MessageBox(HWND owner, const std::string& text, const std::string& caption,
+                                 bool error) {
+    boxes.push_back({owner, text, caption, error});
+    if (duringBox) duringBox();
+}

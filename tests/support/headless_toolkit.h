@@ -1,0 +1,70 @@
+// A toolkit without a screen, so that windows can be tested by their messages and pictures alone: timers fire
+// when a test says so, and message boxes close at once and are remembered.
+//
+// Make one before the first window and destroy it after the last; the thread that does is the UI thread.
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/framework/native.h"
+
+class HeadlessToolkit : public NativeToolkit {
+public:
+    struct Box {
+        HWND owner;
+        std::string text;
+        std::string caption;
+        bool error;
+    };
+    struct Timer {
+        HWND window;
+        UINT_PTR id;
+        unsigned milliseconds;
+        bool operator<(const Timer& other) const {
+            return window != other.window ? window < other.window : id < other.id;
+        }
+    };
+
+    HeadlessToolkit();
+    ~HeadlessToolkit() override;
+
+    // Delivers what is posted and paints what waits, once.
+    static void Pump();
+    // Pumps until the condition holds; false after so many milliseconds.
+    static bool PumpUntil(const std::function<bool()>& condition, int timeoutMs = 10000);
+    static void PumpFor(int milliseconds);
+
+    // Delivers WM_TIMER of each timer that is set.
+    void FireTimers();
+    const std::set<Timer>& Timers() const { return m_timers; }
+
+    std::vector<Box> boxes;
+    std::function<void()> duringBox;  // run while a box is up
+
+    std::unique_ptr<NativePeer> MakePeer(Window& window) override;
+    void Wake() override {}
+    void Run() override {}
+    void Quit() override {}
+    void RunModal(HWND) override {}
+    void EndModal(HWND) override {}
+    void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
+    std::optional<std::string> ChooseFile(HWND, const std::string&,
+                                          const std::vector<std::string>&) override {
+        return std::nullopt;
+    }
+    COLORREF SystemColor(int) override { return RGB(0xC0, 0xC0, 0xC0); }
+    void DrawText(std::uint32_t*, int, int, const std::string&, const RECT&, DWORD, COLORREF) override {}
+    SIZE TextExtent(const std::string&) override { return SIZE{0, 0}; }
+    HWND ActiveWindow() override { return nullptr; }
+    HWND FocusWindow() override { return nullptr; }
+    HWND WindowAt(POINT) override { return nullptr; }
+    void OfferTip(HWND, const std::string&, TipDelays) override {}
+    void HideTip() override {}
+
+private:
+    class Peer;
+    std::set<Timer> m_timers;
+};

@@ -1,0 +1,48 @@
+// Messages for tests, built record by record.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+class MessageBuilder {
+public:
+    // Video rate 0 to 5, or anything else that a header can be given.
+    explicit MessageBuilder(int rate = 0, uint32_t frameCount = 0);
+
+    // Speech blocks of frames that decode to noise, each different from all others.
+    MessageBuilder& Speech(int blocks);
+    // A picture record; each one decodes to a different picture.
+    MessageBuilder& Picture();
+    MessageBuilder& Bytes(const std::vector<uint8_t>& bytes);
+    // Takes bytes off the end.
+    MessageBuilder& CutBy(size_t bytes);
+
+    const std::vector<uint8_t>& Data() const { return m_data; }
+    // What the speech decodes to when the message is played so many times with one decoder.
+    std::vector<int16_t> Samples(int plays = 1) const;
+    int FrameCount() const { return static_cast<int>(m_frames.size() / 33); }
+
+    void Write(const std::filesystem::path& path) const;
+
+private:
+    uint8_t Noise();
+
+    std::vector<uint8_t> m_data;
+    std::vector<uint8_t> m_frames;
+    uint32_t m_state = 1;
+};
+
+// A folder of the test's own, deleted with everything in it.
+class TestFolder {
+public:
+    TestFolder();
+    ~TestFolder();
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+
+private:
+    std::filesystem::path m_folder;
+};
