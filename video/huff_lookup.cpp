@@ -77,6 +77,7 @@ void huff_read_values(const HuffTree& tree, const HuffLookup& lookup, int32_t si
                 break;
             }
         }
+        if (count == 0) return;
 
         // Near an end: one look-up, when all its codes are wanted and lie within the payload.
         if (node == tree.root && bit_position < end) {
