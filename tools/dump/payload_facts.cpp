@@ -1,15 +1,10 @@
 #include "tools/dump/payload_facts.h"
 
-#include <algorithm>
 #include <new>
 
+#include "video/vdec_stages.h"
+
 namespace tools {
-namespace {
-
-constexpr unsigned kCoarseCountBits = 15;
-
-}  // namespace
-
 PayloadInspector::PayloadInspector() {
     for (std::size_t i = 0; i < kGroupCount; ++i) {
         if (!huff_build(vdec_groups[i].alphabet_size, vdec_groups[i].counts, trees_[i]))
@@ -18,19 +13,12 @@ PayloadInspector::PayloadInspector() {
 }
 
 PayloadFacts PayloadInspector::Inspect(std::span<const uint8_t> payload) const {
-    // What is missing of the head counts as zero bits, as it does in the decoder.
-    std::array<uint8_t, kPayloadHeadBytes> head = {};
-    std::copy_n(payload.begin(), std::min(payload.size(), head.size()), head.begin());
-
+    const VdecHead head = vdec_read_head(payload.data(), payload.size());
     PayloadFacts facts;
     facts.bytes = payload.size();
-    uint32_t word = 0;
-    for (std::size_t i = 0; i < 4; ++i) word |= static_cast<uint32_t>(head[i]) << (8 * i);
-    facts.coarse_count = word & ((1U << kCoarseCountBits) - 1);
-    facts.fine_count = word >> kCoarseCountBits;
-    for (std::size_t block = 0; block < kBlockCount; ++block) {
-        if ((head[4 + block / 8] >> (block % 8) & 1) == 0) ++facts.coded_blocks;
-    }
+    facts.coarse_count = static_cast<uint32_t>(head.coarse_count);
+    facts.fine_count = static_cast<uint32_t>(head.fine_count);
+    for (int block = 0; block < kBlockCount; ++block) facts.coded_blocks += head.IsSkipped(block) ? 0 : 1;
 
     const auto coded = static_cast<uint32_t>(facts.coded_blocks);
     facts.counts_out_of_range = facts.coarse_count > vdec_groups[kCoarseDetail].value_count ||

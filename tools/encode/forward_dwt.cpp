@@ -10,7 +10,7 @@ namespace {
 
 // The decoder's synthesis coefficients, by distance from the centre. The low-pass that analyses is the
 // high-pass that synthesises with every second sign turned, and the other way round.
-constexpr std::array<double, 5> kLowPass = {synth_taps.o0, synth_taps.e1, synth_taps.o2, -synth_taps.e3,
+constexpr std::array<double, 5> kLowPass = {synth_taps.o0, synth_taps.e1, synth_taps.o2, synth_taps.e3,
                                             synth_taps.o4};
 constexpr std::array<double, 4> kHighPass = {synth_taps.e0, -synth_taps.o1, synth_taps.e2, -synth_taps.o3};
 

@@ -33,11 +33,13 @@ constexpr std::array<DetailGroup, 5> kDetailGroups = {{
 constexpr std::array<VdecStep, 3> kCoarseGroupSteps = {kStepCoarse, kStepCoarse, kStepCoarseDiagonal};
 constexpr std::size_t kCoarsePerGroup = 4;
 
-// Steps below which a value becomes 0, tried in turn until a payload fits: half a step is plain rounding.
-constexpr std::array<double, 3> kDeadZones = {0.5, 0.75, 1.0};
+// A value of fewer steps than the dead zone becomes 0. Half a step is plain rounding; a payload that does not
+// fit with that is tried with wider ones.
+constexpr double kRoundingDeadZone = 0.5;
+constexpr double kWidestDeadZone = 1.0;
+constexpr double kDeadZoneIncrement = 1.0 / 32;
 
 constexpr std::size_t kHeadBits = kPayloadHeadBytes * 8;
-constexpr std::size_t kMaximumBits = kMaxPayloadBytes * 8;
 
 bool AllZero(std::span<const int16_t> values) {
     return std::all_of(values.begin(), values.end(), [](int16_t v) { return v == 0; });
@@ -56,8 +58,9 @@ double Square(double x) {
 
 }  // namespace
 
-PictureEncoder::PictureEncoder(int quality)
+PictureEncoder::PictureEncoder(int quality, std::size_t most_bytes)
     : quality_(quality),
+      most_bits_(most_bytes * 8),
       planes_(std::make_unique<ColourPlanes>()),
       quantised_(std::make_unique<QuantisedPicture>()) {
     codes_.reserve(kGroupCount);
@@ -78,12 +81,13 @@ std::span<const uint8_t> PictureEncoder::Encode(std::span<const uint8_t, kPictur
                           level_height[kChromaLevels - 1] / 2);
 
     std::size_t bits = 0;
-    for (const double dead_zone : kDeadZones) {
+    for (double dead_zone = kRoundingDeadZone; dead_zone <= kWidestDeadZone;
+         dead_zone += kDeadZoneIncrement) {
         QuantiseDetail(y, dead_zone);
         bits = CountBits();
-        if (bits <= kMaximumBits) break;
+        if (bits <= most_bits_) break;
     }
-    if (bits > kMaximumBits) DropLeastUsefulBlocks(bits - kMaximumBits);
+    if (bits > most_bits_) DropLeastUsefulBlocks(bits - most_bits_);
 
     WritePayload();
     return std::span(payload_).first(payload_bytes_);

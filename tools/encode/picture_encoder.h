@@ -32,11 +32,12 @@ struct QuantisedPicture {
 /// detail (first the small values, then the blocks that give least for their bits), so every picture fits.
 class PictureEncoder {
 public:
-    /// `quality` is 0 to 3, the level that the payload has to be decoded at. Throws std::bad_alloc.
-    explicit PictureEncoder(int quality);
+    /// `quality` is 0 to 3, the level that the payload has to be decoded at. `most_bytes` is what a payload
+    /// may take, at most kMaxPayloadBytes; the approximation bands alone, which are always written whole,
+    /// take up to 4167. Throws std::bad_alloc.
+    explicit PictureEncoder(int quality, std::size_t most_bytes = kMaxPayloadBytes);
 
-    /// Encodes rows of B, G, R bytes, the bottom row first. The payload, at most kMaxPayloadBytes, stays
-    /// valid until the next call.
+    /// Encodes rows of B, G, R bytes, the bottom row first. The payload stays valid until the next call.
     std::span<const uint8_t> Encode(std::span<const uint8_t, kPictureBytes> bgr);
 
     /// The values behind the last payload.
@@ -52,6 +53,7 @@ private:
     void WritePayload();
 
     int quality_;
+    std::size_t most_bits_;
     std::vector<CodeTable> codes_;  // by VdecGroup
     std::unique_ptr<ColourPlanes> planes_;
     std::unique_ptr<QuantisedPicture> quantised_;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <span>
 
 #include "playback/message_format.h"
@@ -12,6 +13,9 @@ namespace tools {
 
 /// GSM 06.10 full-rate encoder (libgsm) that gives frames as messages hold them. One state for all frames of
 /// a message, in order.
+///
+/// Frames of digital silence that follow sound are replaced by noise of one step of the coder's 13-bit input:
+/// with nothing but zeros the coder shapes its own rounding noise into bursts that are well heard.
 class SpeechEncoder {
 public:
     /// Throws std::bad_alloc when libgsm has no memory for its state.
@@ -26,6 +30,8 @@ private:
         void operator()(gsm state) const { gsm_destroy(state); }
     };
     std::unique_ptr<gsm_state, Destroy> state_;
+    std::minstd_rand noise_;  // the same for every message, so that equal input gives equal output
+    bool sound_heard_ = false;
 };
 
 }  // namespace tools

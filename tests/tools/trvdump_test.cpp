@@ -1,0 +1,395 @@
+// trvdump, run as a program on the sample messages and on broken ones.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <set>
+
+#include "tests/tools/run_tool.h"
+#include "video/vdec.h"
+
+namespace {
+
+QJsonDocument ParseJson(const std::string& text) {
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromStdString(text), &error);
+    EXPECT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString() << "\n" << text;
+    return document;
+}
+
+QJsonArray ExpectedSamples() {
+    const std::vector<uint8_t> bytes = ReadBytes(SamplePath("expected.json"));
+    return ParseJson(std::string(bytes.begin(), bytes.end())).array();
+}
+
+std::set<std::string> OddCodes(const std::string& path) {
+    const ToolRun run = RunTrvdump({"--json", path});
+    EXPECT_EQ(run.status, 0) << run.err;
+    std::set<std::string> codes;
+    for (const QJsonValue oddity : ParseJson(run.out).object()["odd"].toArray()) {
+        codes.insert(oddity.toObject()["code"].toString().toStdString());
+    }
+    return codes;
+}
+
+uint32_t LittleEndianAt(const std::vector<uint8_t>& bytes, std::size_t at, unsigned count) {
+    uint32_t value = 0;
+    for (unsigned i = 0; i < count; ++i) value |= static_cast<uint32_t>(bytes.at(at + i)) << (8 * i);
+    return value;
+}
+
+// A payload of the head alone, with the counts and first skip flags given; its codes are missing.
+std::vector<uint8_t> HeadOnly(uint32_t coarse_count, uint32_t fine_count, uint8_t first_flags) {
+    std::vector<uint8_t> payload(42, 0xFF);
+    const uint32_t word = coarse_count | fine_count << 15;
+    for (std::size_t i = 0; i < 4; ++i) payload[i] = static_cast<uint8_t>(word >> (8 * i));
+    payload[4] = first_flags;
+    return payload;
+}
+
+}  // namespace
+
+TEST(TrvdumpSamples, DecodeToTheExpectedDigests) {
+    const QJsonArray samples = ExpectedSamples();
+    ASSERT_GE(samples.size(), 2);
+    for (const QJsonValue value : samples) {
+        const QJsonObject sample = value.toObject();
+        const std::string path = SamplePath(sample["file"].toString().toStdString());
+        SCOPED_TRACE(path);
+        const TemporaryFolder folder;
+        const ToolRun run = RunTrvdump({"--pcm", folder.File("s.raw"), "--wav", folder.File("s.wav"), "--bgr",
+                                        folder.File("made/deep"), path});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, "");
+
+        const std::vector<uint8_t> pcm = ReadBytes(folder.File("s.raw"));
+        EXPECT_EQ(Sha256(pcm), sample["pcm_sha256"].toString().toStdString());
+
+        const std::vector<uint8_t> wav = ReadBytes(folder.File("s.wav"));
+        ASSERT_EQ(wav.size(), pcm.size() + 44);
+        EXPECT_TRUE(std::equal(pcm.begin(), pcm.end(), wav.begin() + 44));
+
+        const QJsonArray digests = sample["picture_sha256"].toArray();
+        for (qsizetype i = 0; i < digests.size(); ++i) {
+            char name[64];
+            std::snprintf(name, sizeof name, "made/deep/picture-%04d.bgr", static_cast<int>(i) + 1);
+            EXPECT_EQ(Sha256(ReadBytes(folder.File(name))), digests[i].toString().toStdString()) << name;
+        }
+        const auto written = std::filesystem::directory_iterator(folder.File("made/deep"));
+        EXPECT_EQ(std::distance(begin(written), end(written)), digests.size());
+    }
+}
+
+TEST(TrvdumpSamples, AreTruthfullyDescribed) {
+    for (const QJsonValue value : ExpectedSamples()) {
+        const QJsonObject sample = value.toObject();
+        const std::string path = SamplePath(sample["file"].toString().toStdString());
+        SCOPED_TRACE(path);
+        const ToolRun run = RunTrvdump({path, "--json"});
+        ASSERT_EQ(run.status, 0);
+        const QJsonObject report = ParseJson(run.out).object();
+        EXPECT_EQ(report["file"].toString().toStdString(), path);
+        EXPECT_EQ(report["file_bytes"], sample["bytes"]);
+        EXPECT_EQ(report["kind"].toString(), sample["rate"].toInt() > 0 ? "video" : "voice");
+        EXPECT_EQ(report["pictures_per_second"], sample["rate"]);
+        EXPECT_EQ(report["frame_count"], sample["frame_count"]);
+        EXPECT_DOUBLE_EQ(report["duration_seconds"].toDouble(), sample["frame_count"].toInt() * 0.02);
+        EXPECT_EQ(report["speech_frames"], sample["speech_frames_decoded"]);
+        EXPECT_EQ(report["speech_blocks"].toInt() * 10, sample["speech_frames_decoded"].toInt());
+        EXPECT_EQ(report["passed_over_bytes"].toInt(-1), 0);
+        EXPECT_EQ(report["end"].toString(), "clean");
+        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+
+        // Header, speech and video records are all there is in the file.
+        const QJsonArray pictures = report["video_records"].toArray();
+        EXPECT_EQ(pictures.size(), sample["pictures"].toInt());
+        int bytes = 13 + report["speech_blocks"].toInt() * 331;
+        for (const QJsonValue picture : pictures) bytes += 3 + picture.toObject()["bytes"].toInt();
+        EXPECT_EQ(bytes, sample["bytes"].toInt());
+    }
+}
+
+TEST(TrvdumpSamples, SummaryIsForPeople) {
+    const ToolRun run = RunTrvdump({SamplePath("greeting-video.trv"), SamplePath("greeting-voice.trv")});
+    EXPECT_EQ(run.status, 0);
+    for (const char* part :
+         {"video message, 3 pictures per second", "520 (10.40 s)", "52 blocks, 520 frames",
+          "voice-only message", "540 (10.80 s)", "video records  none", "odd            nothing"}) {
+        EXPECT_NE(run.out.find(part), std::string::npos) << part << " is missing in\n" << run.out;
+    }
+}
+
+TEST(TrvdumpSound, WavHeaderFieldsAreRight) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunTrvdump({"--wav", folder.File("s.wav"), SamplePath("greeting-voice.trv")}).status, 0);
+    const std::vector<uint8_t> wav = ReadBytes(folder.File("s.wav"));
+    const uint32_t data = 540 * 320;
+    ASSERT_EQ(wav.size(), data + 44);
+    EXPECT_EQ(std::string(wav.begin(), wav.begin() + 4), "RIFF");
+    EXPECT_EQ(LittleEndianAt(wav, 4, 4), data + 36);
+    EXPECT_EQ(std::string(wav.begin() + 8, wav.begin() + 16), "WAVEfmt ");
+    EXPECT_EQ(LittleEndianAt(wav, 16, 4), 16U);
+    EXPECT_EQ(LittleEndianAt(wav, 20, 2), 1U);      // PCM
+    EXPECT_EQ(LittleEndianAt(wav, 22, 2), 1U);      // channels
+    EXPECT_EQ(LittleEndianAt(wav, 24, 4), 8000U);   // samples per second
+    EXPECT_EQ(LittleEndianAt(wav, 28, 4), 16000U);  // bytes per second
+    EXPECT_EQ(LittleEndianAt(wav, 32, 2), 2U);      // bytes per sample
+    EXPECT_EQ(LittleEndianAt(wav, 34, 2), 16U);     // bits per sample
+    EXPECT_EQ(std::string(wav.begin() + 36, wav.begin() + 40), "data");
+    EXPECT_EQ(LittleEndianAt(wav, 40, 4), data);
+
+    // On standard output, which cannot be gone back in, it is the same.
+    const ToolRun run = RunTrvdump({"--wav", "-", SamplePath("greeting-voice.trv")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, std::string(wav.begin(), wav.end()));
+}
+
+TEST(TrvdumpPictures, PngIsUprightAndHasTheDecodersColours) {
+    const TemporaryFolder folder;
+    const std::string out = folder.File("pictures");
+    ASSERT_EQ(RunTrvdump({"--png", out, "--bgr", out, SamplePath("greeting-video.trv")}).status, 0);
+    const std::vector<uint8_t> bgr = ReadBytes(out + "/picture-0032.bgr");
+    const QImage png(QString::fromStdString(out + "/picture-0032.png"));
+    ASSERT_EQ(png.size(), QSize(kPictureWidth, kPictureHeight));
+    ASSERT_EQ(bgr.size(), kPictureBytes);
+    for (int y = 0; y < kPictureHeight; ++y) {
+        for (int x = 0; x < kPictureWidth; ++x) {
+            const std::size_t i = static_cast<std::size_t>((kPictureHeight - 1 - y) * kPictureWidth + x) * 3;
+            ASSERT_EQ(png.pixelColor(x, y), QColor(bgr[i + 2], bgr[i + 1], bgr[i])) << x << "," << y;
+        }
+    }
+}
+
+TEST(TrvdumpPictures, QualityReachesTheDecoder) {
+    const TemporaryFolder folder;
+    const std::string sample = SamplePath("greeting-video.trv");
+    std::set<std::string> digests;
+    for (const char* quality : {"0", "1", "2", "3"}) {
+        const std::string out = folder.File(quality);
+        ASSERT_EQ(RunTrvdump({"--bgr", out, "--quality", quality, sample}).status, 0);
+        digests.insert(Sha256(ReadBytes(out + "/picture-0001.bgr")));
+    }
+    EXPECT_EQ(digests.size(), 4U);
+}
+
+TEST(TrvdumpPictures, VoiceOnlyMessageGivesNoneAsInThePlayer) {
+    const TemporaryFolder folder;
+    std::vector<uint8_t> message = MessageHeader(0, 10);
+    AppendVideo(message, 42, HeadOnly(0, 0, 0xFF));
+    AppendSpeech(message, 0);
+    WriteBytes(folder.File("m.trv"), message);
+    const ToolRun run =
+        RunTrvdump({"--bgr", folder.File("b"), "--pcm", folder.File("p"), folder.File("m.trv")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.err.find("voice-only"), std::string::npos) << run.err;
+    EXPECT_TRUE(std::filesystem::is_empty(folder.File("b")));
+    EXPECT_EQ(ReadBytes(folder.File("p")).size(), 3200U);
+}
+
+TEST(TrvdumpFailures, FilesThatAreNoMessage) {
+    const TemporaryFolder folder;
+    const std::vector<uint8_t> whole = MessageHeader(0, 0);
+    std::vector<uint8_t> wrong_magic = whole;
+    wrong_magic[0] = 't';
+    std::vector<uint8_t> wrong_version = whole;
+    wrong_version[7] = '2';
+    const struct {
+        const char* name;
+        std::vector<uint8_t> bytes;
+        const char* complaint;
+    } cases[] = {
+        {"empty", {}, "TRV01.01"},
+        {"short", {whole.begin(), whole.begin() + 7}, "TRV01.01"},
+        {"lower-case", wrong_magic, "TRV01.01"},
+        {"other-version", wrong_version, "TRV01.01"},
+        {"no-rate", {whole.begin(), whole.begin() + 8}, "video rate"},
+        {"rate-6", MessageHeader(6, 0), "video rate 6"},
+        {"no-count", {whole.begin(), whole.begin() + 12}, "frame count"},
+    };
+    for (const auto& c : cases) {
+        const std::string path = folder.File(c.name);
+        WriteBytes(path, c.bytes);
+        const ToolRun run = RunTrvdump({"--pcm", folder.File("out"), path});
+        EXPECT_EQ(run.status, 1) << c.name;
+        EXPECT_EQ(run.out, "") << c.name;
+        EXPECT_NE(run.err.find(path), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find(c.complaint), std::string::npos) << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+        EXPECT_FALSE(std::filesystem::exists(folder.File("out"))) << c.name;
+    }
+    EXPECT_NE(RunTrvdump({folder.File("missing")}).err.find("No such file"), std::string::npos);
+    EXPECT_EQ(RunTrvdump({folder.File("missing")}).status, 1);
+    EXPECT_EQ(RunTrvdump({folder.path()}).status, 1);
+
+    // A good message is still described beside a bad one, and the JSON stays whole.
+    const ToolRun run = RunTrvdump({"--json", folder.File("rate-6"), SamplePath("greeting-voice.trv")});
+    EXPECT_EQ(run.status, 1);
+    const QJsonArray both = ParseJson(run.out).array();
+    ASSERT_EQ(both.size(), 2);
+    EXPECT_TRUE(both[0].toObject().contains("error"));
+    EXPECT_EQ(both[1].toObject()["speech_blocks"].toInt(), 54);
+}
+
+TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
+    const TemporaryFolder folder;
+    const std::string sample = SamplePath("greeting-voice.trv");
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"--json"},
+        {"--wav"},
+        {"--no-such-option", sample},
+        {"--quality", "4", sample},
+        {"--quality", "x", sample},
+        {"--pcm", "-", "--json", sample},
+        {"--pcm", "-", "--wav", "-", sample},
+        {"--pcm", folder.File("out"), sample, sample},
+    };
+    for (const auto& arguments : wrong) {
+        const ToolRun run = RunTrvdump(arguments);
+        EXPECT_EQ(run.status, 2) << testing::PrintToString(arguments);
+        EXPECT_NE(run.err.find("--help"), std::string::npos) << run.err;
+    }
+    EXPECT_TRUE(folder.Names().empty());
+
+    WriteBytes(folder.File("file"), {1});
+    const std::vector<std::vector<std::string>> unwritable = {
+        {"--pcm", folder.File("none/out"), sample},
+        {"--wav", "/dev/full", sample},
+        {"--png", folder.File("file"), sample},
+        {"--bgr", folder.File("file/under"), sample},
+    };
+    for (const auto& arguments : unwritable) {
+        const ToolRun run = RunTrvdump(arguments);
+        EXPECT_EQ(run.status, 1) << testing::PrintToString(arguments);
+        EXPECT_NE(run.err.find(arguments[1]), std::string::npos) << run.err;
+    }
+
+    // The message itself is no place for the result.
+    std::filesystem::copy_file(sample, folder.File("m.trv"));
+    EXPECT_EQ(RunTrvdump({"--pcm", folder.File("m.trv"), folder.File("m.trv")}).status, 1);
+    EXPECT_EQ(ReadBytes(folder.File("m.trv")), ReadBytes(sample));
+    EXPECT_EQ(RunTrvdump({"--help"}).status, 0);
+}
+
+TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
+    std::vector<uint8_t> good = MessageHeader(1, 10);
+    const std::vector<uint8_t> video = ReadBytes(SamplePath("greeting-video.trv"));
+    ASSERT_EQ(video[13], 1U);
+    const std::size_t first_length = LittleEndianAt(video, 14, 2);
+    const std::vector<uint8_t> payload(video.begin() + 16,
+                                       video.begin() + 16 + static_cast<std::ptrdiff_t>(first_length));
+    AppendVideo(good, static_cast<unsigned>(payload.size()), payload);
+    AppendSpeech(good, 0x55);
+
+    const struct {
+        const char* name;
+        std::set<std::string> codes;
+        std::vector<uint8_t> (*make)(std::vector<uint8_t> good, const std::vector<uint8_t>& payload);
+    } cases[] = {
+        {"nothing", {}, [](auto m, const auto&) { return m; }},
+        {"wrong count",
+         {"frame-count"},
+         [](auto m, const auto&) {
+             m[9] = 11;
+             return m;
+         }},
+        {"stray bytes",
+         {"passed-over"},
+         [](auto m, const auto&) {
+             m.insert(m.begin() + 13, {7, 255});
+             return m;
+         }},
+        {"cut speech",
+         {"partial-record", "frame-count"},
+         [](auto m, const auto&) {
+             m.pop_back();
+             return m;
+         }},
+        {"cut video",
+         {"partial-record"},
+         [](auto m, const auto& p) {
+             AppendVideo(m, static_cast<unsigned>(p.size()) + 1, p);
+             return m;
+         }},
+        {"cut length",
+         {"partial-record"},
+         [](auto m, const auto&) {
+             m.insert(m.end(), {1, 0});
+             return m;
+         }},
+        {"16385 bytes",
+         {"oversized-length"},
+         [](auto m, const auto&) {
+             AppendVideo(m, 16385, std::vector<uint8_t>(16385));
+             return m;
+         }},
+        {"negative length",
+         {"oversized-length", "frame-count"},
+         [](auto m, const auto& p) {
+             AppendVideo(m, 0x8000, p);
+             m[9] = 20;
+             AppendSpeech(m, 0);
+             return m;
+         }},
+        {"largest length",
+         {},
+         [](auto m, const auto& p) {
+             auto padded = p;
+             padded.resize(16384);
+             AppendVideo(m, 16384, padded);
+             return m;
+         }},
+        {"short payload",
+         {"payload-short"},
+         [](auto m, const auto& p) {
+             AppendVideo(m, static_cast<unsigned>(p.size()) - 1, {p.begin(), p.end() - 1});
+             return m;
+         }},
+        {"empty payload",
+         {"payload-short"},
+         [](auto m, const auto&) {
+             AppendVideo(m, 0, {});
+             return m;
+         }},
+        {"counts beyond the store",
+         {"counts-out-of-range", "counts-disagree", "payload-short"},
+         [](auto m, const auto&) {
+             AppendVideo(m, 42, HeadOnly(3601, 9601, 0xFF));
+             return m;
+         }},
+        {"counts beside the flags",
+         {"counts-disagree", "payload-short"},
+         [](auto m, const auto&) {
+             AppendVideo(m, 42, HeadOnly(12, 32, 0xFC));
+             return m;
+         }},
+        {"pictures in a voice message",
+         {"pictures-in-voice"},
+         [](auto m, const auto&) {
+             m[8] = 0;
+             return m;
+         }},
+        {"no pictures in a video message",
+         {"no-pictures"},
+         [](auto, const auto&) {
+             auto m = MessageHeader(5, 0);
+             return m;
+         }},
+    };
+    const TemporaryFolder folder;
+    const std::string path = folder.File("m.trv");
+    for (const auto& c : cases) {
+        WriteBytes(path, c.make(good, payload));
+        EXPECT_EQ(OddCodes(path), c.codes) << c.name;
+        // People are told as well.
+        const ToolRun run = RunTrvdump({path});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.out.find("odd            nothing") != std::string::npos, c.codes.empty()) << c.name;
+    }
+}

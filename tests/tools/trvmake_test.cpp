@@ -1,0 +1,256 @@
+// trvmake, run as a program; what it writes is read back by trvdump.
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <QColor>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cmath>
+#include <numbers>
+#include <span>
+
+#include "tests/tools/run_tool.h"
+#include "video/vdec.h"
+
+namespace {
+
+// A tone in the first channel, silence in the others.
+void WriteTone(const std::string& path, int format, int rate, int channels, double seconds) {
+    SF_INFO info{};
+    info.samplerate = rate;
+    info.channels = channels;
+    info.format = format;
+    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
+    const auto frames = static_cast<std::size_t>(std::lround(seconds * rate));
+    std::vector<float> samples(frames * static_cast<std::size_t>(channels), 0.0F);
+    for (std::size_t i = 0; i < frames; ++i) {
+        const double phase = 2 * std::numbers::pi * 440 * static_cast<double>(i) / rate;
+        samples[i * static_cast<std::size_t>(channels)] = static_cast<float>(0.5 * std::sin(phase));
+    }
+    EXPECT_EQ(sf_writef_float(file, samples.data(), static_cast<sf_count_t>(frames)), frames);
+    sf_close(file);
+}
+
+std::vector<int16_t> DecodedSamples(const std::string& message) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(RunTrvdump({"--pcm", folder.File("s"), message}).status, 0);
+    const std::vector<uint8_t> bytes = ReadBytes(folder.File("s"));
+    std::vector<int16_t> samples(bytes.size() / 2);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<int16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
+    }
+    return samples;
+}
+
+QJsonObject Describe(const std::string& message) {
+    return QJsonDocument::fromJson(QByteArray::fromStdString(RunTrvdump({"--json", message}).out)).object();
+}
+
+// Strength of the 440 Hz tone and of everything, root mean square, over a stretch of samples.
+struct Strength {
+    double tone, all;
+};
+Strength Measure(std::span<const int16_t> samples) {
+    double cosine = 0, sine = 0, squares = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double phase = 2 * std::numbers::pi * 440 * static_cast<double>(i) / 8000;
+        cosine += samples[i] * std::cos(phase);
+        sine += samples[i] * std::sin(phase);
+        squares += static_cast<double>(samples[i]) * samples[i];
+    }
+    const auto count = static_cast<double>(samples.size());
+    return {std::hypot(cosine, sine) / count * std::numbers::sqrt2, std::sqrt(squares / count)};
+}
+
+// The record types of a message in file order, 's' and 'v'.
+std::string RecordOrder(const std::string& path) {
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    std::string order;
+    for (std::size_t at = 13; at < bytes.size();) {
+        if (bytes[at] == 0) {
+            order += 's';
+            at += 331;
+        } else {
+            order += 'v';
+            at += 3U + bytes[at + 1] + 256U * bytes[at + 2];
+        }
+    }
+    return order;
+}
+
+std::string SavePicture(const std::string& path, int width, int height, const QColor& colour) {
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(colour);
+    EXPECT_TRUE(image.save(QString::fromStdString(path)));
+    return path;
+}
+
+}  // namespace
+
+TEST(TrvmakeSound, FormatsRatesAndChannelsGiveTheSameSpeech) {
+    const struct {
+        const char* name;
+        int format, rate, channels;
+    } cases[] = {
+        {"plain.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1},
+        {"fast.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 192000, 2},
+        {"disc.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 44100, 2},
+        {"slow.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, 5512, 1},
+        {"many.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_32, 48000, 4},
+        {"small.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 32000, 1},
+    };
+    const TemporaryFolder folder;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        WriteTone(folder.File(c.name), c.format, c.rate, c.channels, 1.9);
+        const ToolRun run = RunTrvmake({"--sound", folder.File(c.name), folder.File("m.trv")});
+        ASSERT_EQ(run.status, 0) << run.err;
+        const QJsonObject report = Describe(folder.File("m.trv"));
+        EXPECT_EQ(report["pictures_per_second"].toInt(-1), 0);
+        EXPECT_EQ(report["frame_count"].toInt(), 100);
+        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+
+        const std::vector<int16_t> samples = DecodedSamples(folder.File("m.trv"));
+        ASSERT_EQ(samples.size(), 16000U);
+        // One second of it: the tone, at its level among silent channels, and little else.
+        const Strength middle = Measure(std::span(samples).subspan(4000, 8000));
+        EXPECT_NEAR(middle.tone, 0.5 * 32768 / std::numbers::sqrt2 / c.channels, 800.0 / c.channels);
+        EXPECT_LT(middle.all, middle.tone * 1.05);
+        // The rest of the last block is silence.
+        EXPECT_LT(Measure(std::span(samples).last(500)).all, 150);
+    }
+}
+
+TEST(TrvmakeSound, LengthIsWholeBlocks) {
+    const TemporaryFolder folder;
+    const struct {
+        double seconds;
+        int blocks;
+    } cases[] = {{0.0001, 1}, {0.2, 1}, {0.2002, 2}, {0.4, 2}, {6.0, 30}};
+    for (const auto& c : cases) {
+        WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, c.seconds);
+        ASSERT_EQ(RunTrvmake({"--sound", folder.File("s.wav"), "-o", folder.File("m.trv")}).status, 0);
+        EXPECT_EQ(Describe(folder.File("m.trv"))["speech_blocks"].toInt(), c.blocks) << c.seconds;
+    }
+}
+
+TEST(TrvmakePictures, StandNearTheirSpeech) {
+    const TemporaryFolder folder;
+    WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 1.2);
+    const std::string picture = SavePicture(folder.File("p.png"), 32, 24, Qt::gray);
+    const struct {
+        const char* rate;
+        std::size_t pictures;
+        const char* order;
+    } cases[] = {
+        {"1", 1, "vssssss"},         // stays until the end
+        {"1", 2, "vsssssvsssss"},    // the sound is continued for the second
+        {"2", 3, "vssvsssvsss"},     //
+        {"3", 4, "vsvssvsvsss"},     // 0, 333, 666 and 999 ms
+        {"5", 7, "vsvsvsvsvsvsvs"},  //
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> arguments = {"--sound", folder.File("s.wav"), "--pictures"};
+        arguments.insert(arguments.end(), c.pictures, picture);
+        arguments.insert(arguments.end(), {"--rate", c.rate, folder.File("m.trv")});
+        const ToolRun run = RunTrvmake(arguments);
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(RecordOrder(folder.File("m.trv")), c.order) << "rate " << c.rate;
+        const QJsonObject report = Describe(folder.File("m.trv"));
+        EXPECT_EQ(report["pictures_per_second"].toInt(), std::atoi(c.rate));
+        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+    }
+}
+
+TEST(TrvmakePictures, FitTheFrameUprightOnBlack) {
+    const TemporaryFolder folder;
+    WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0.2);
+    // Red above blue, in a tall picture: 120 pixels wide in the middle of the frame.
+    QImage tall(50, 100, QImage::Format_RGB32);
+    for (int y = 0; y < 100; ++y) {
+        for (int x = 0; x < 50; ++x) tall.setPixelColor(x, y, y < 50 ? Qt::red : Qt::blue);
+    }
+    ASSERT_TRUE(tall.save(QString::fromStdString(folder.File("tall.png"))));
+    const std::string clear = SavePicture(folder.File("clear.png"), 640, 480, QColor(255, 255, 255, 0));
+    const std::string large = SavePicture(folder.File("large.jpg"), 3000, 1000, Qt::white);
+    const std::string tiny = SavePicture(folder.File("tiny.bmp"), 1, 1, Qt::green);
+    ASSERT_EQ(RunTrvmake({"--sound", folder.File("s.wav"), "--rate=5", "--pictures", folder.File("tall.png"),
+                          clear, large, tiny, folder.File("m.trv")})
+                  .status,
+              0);
+    ASSERT_EQ(RunTrvdump({"--png", folder.File("out"), folder.File("m.trv")}).status, 0);
+
+    const struct {
+        int picture, x, y;
+        QColor colour;
+    } points[] = {
+        {1, 160, 60, Qt::red},   {1, 160, 180, Qt::blue}, {1, 40, 120, Qt::black},  {1, 280, 120, Qt::black},
+        {1, 108, 60, Qt::red},   {1, 211, 60, Qt::red},   {2, 160, 120, Qt::black}, {3, 160, 120, Qt::white},
+        {3, 10, 120, Qt::white}, {3, 160, 30, Qt::black}, {3, 160, 210, Qt::black}, {4, 160, 120, Qt::green},
+        {4, 160, 5, Qt::green},  {4, 10, 120, Qt::black},
+    };
+    for (const auto& point : points) {
+        char name[32];
+        std::snprintf(name, sizeof name, "out/picture-%04d.png", point.picture);
+        const QColor found = QImage(QString::fromStdString(folder.File(name))).pixelColor(point.x, point.y);
+        // The colour bands are coarse, so edges reach some way in.
+        const int distance = std::abs(found.red() - point.colour.red()) +
+                             std::abs(found.green() - point.colour.green()) +
+                             std::abs(found.blue() - point.colour.blue());
+        EXPECT_LT(distance, 130) << name << " at " << point.x << "," << point.y << " is "
+                                 << found.name().toStdString();
+    }
+}
+
+TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
+    const TemporaryFolder folder;
+    const std::string sound = folder.File("s.wav");
+    WriteTone(sound, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0.5);
+    WriteTone(folder.File("silent.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0);
+    const std::string picture = SavePicture(folder.File("p.png"), 8, 8, Qt::gray);
+    WriteBytes(folder.File("text.png"), {'t', 'e', 'x', 't'});
+    WriteBytes(folder.File("old.trv"), {'o', 'l', 'd'});
+    const std::vector<std::string> before = folder.Names();
+
+    const struct {
+        int status;
+        std::vector<std::string> arguments;
+        std::string complaint;
+    } cases[] = {
+        {1, {"--sound", folder.File("none.wav"), "OUT"}, folder.File("none.wav")},
+        {1, {"--sound", folder.File("text.png"), "OUT"}, folder.File("text.png")},
+        {1, {"--sound", folder.File("silent.wav"), "OUT"}, "holds no sound"},
+        {1,
+         {"--sound", sound, "--pictures", picture, folder.File("text.png"), "--rate", "5", "OUT"},
+         "text.png"},
+        {1, {"--sound", sound, "--pictures", folder.File("none.png"), "--rate", "5", "OUT"}, "none.png"},
+        {1, {"--sound", sound, sound}, "made from"},
+        {1, {"--sound", sound, folder.File("none/m.trv")}, "none/m.trv"},
+        {1, {"--sound", sound, folder.path()}, "not a regular file"},
+        {2, {}, "--help"},
+        {2, {"OUT"}, "--sound"},
+        {2, {"--sound", sound}, "no message"},
+        {2, {"--sound", sound, "OUT", "OUT"}, "more than one"},
+        {2, {"--sound", sound, "--rate", "3", "OUT"}, "--pictures"},
+        {2, {"--sound", sound, "--pictures", picture, "--rate", "6", "OUT"}, "1 to 5"},
+        {2, {"--sound", sound, "--pictures", picture, "--rate", "0", "OUT"}, "1 to 5"},
+        {2, {"--sound", sound, "--quality", "4", "OUT"}, "0 to 3"},
+        {2, {"--sound", sound, "--pictures", picture}, "no message"},
+        {2, {"--sound", sound, "--loud", "OUT"}, "--loud"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> arguments = c.arguments;
+        for (std::string& argument : arguments) {
+            if (argument == "OUT") argument = folder.File("old.trv");
+        }
+        const ToolRun run = RunTrvmake(arguments);
+        EXPECT_EQ(run.status, c.status) << testing::PrintToString(arguments);
+        EXPECT_NE(run.err.find(c.complaint), std::string::npos) << run.err;
+        EXPECT_EQ(folder.Names(), before) << testing::PrintToString(arguments);
+        EXPECT_EQ(ReadBytes(folder.File("old.trv")), (std::vector<uint8_t>{'o', 'l', 'd'}));
+    }
+}
