@@ -53,6 +53,7 @@ void CPlayerDlg::DoDataExchange(CDataExchange* pDX) {
     DDX_Control(pDX, IDC_PLAY_PAUSE, m_btnPlayPause);
     DDX_Control(pDX, IDC_STOP, m_btnStop);
     DDX_Control(pDX, IDC_VOLUME, m_btnVolume);
+    DDX_Control(pDX, IDC_PANEL_FRAME, m_panelFrame);
 }
 
 BOOL CPlayerDlg::OnInitDialog() {
@@ -83,7 +84,7 @@ BOOL CPlayerDlg::OnInitDialog() {
     SetCommandShortcut(ID_PLAY_STOP, "Media Stop");
     DragAcceptFiles();
 
-    m_pPanel = new CMessagePanel(GetDlgItem(IDC_PANEL_FRAME));
+    m_pPanel = new CMessagePanel(&m_panelFrame);
     m_pPanel->ShowPanel();
     return TRUE;
 }

@@ -56,5 +56,6 @@ private:
     BOOL m_bPlaying = FALSE;
     BOOL m_bVolumeShown = FALSE;
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
-    BOOL m_bModal = FALSE;              // a modal call from here is under way
+    CStatic m_panelFrame;
+    BOOL m_bModal = FALSE;  // a modal call from here is under way
 };
