@@ -237,7 +237,7 @@ TEST_F(VideoWnd, PlayTwiceIsPlayOnce) {
 }
 
 TEST_F(VideoWnd, PicturesThatHaveNoBitmapAreDropped) {
-    // More than a bitmap may hold, in no area at all.
+    // A picture without any area cannot have one.
     CVideoWnd video(&m_host, &m_times, 0, kHeight, 100, 3);
     const BYTE nothing = 0;
     ASSERT_TRUE(video.QueueFrame(&nothing));

@@ -1,0 +1,253 @@
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "controls/waveform_wnd.h"
+#include "res/resource.h"
+#include "tests/controls/ui_test.h"
+
+namespace {
+
+using ui_test::IsScribbled;
+using ui_test::PixelOf;
+using ui_test::Scribble;
+
+constexpr COLORREF kBlack = RGB(0, 0, 0);
+constexpr COLORREF kGrid = RGB(0x1F, 0x1F, 0x1F);
+constexpr COLORREF kGreen = RGB(0, 0xFF, 0);
+constexpr COLORREF kGreenOnGrid = RGB(0x1F, 0xFF, 0x1F);
+
+// A client area of 100 x 60: the plot is 4..96 x 4..56 (92 x 52), the grid step 10, and with the range 0 to 2
+// a unit is 26 pixels.
+class Waveform : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_wave.Create(WS_CHILD | WS_VISIBLE, CRect(10, 10, 112, 72), &m_host, 0));
+        CRect client;
+        m_wave.GetClientRect(client);
+        ASSERT_EQ(client.Width(), 100);
+        ASSERT_EQ(client.Height(), 60);
+        m_wave.SetGridColor(kGrid);
+        m_wave.SetPlotColor(kGreen);
+        m_wave.SetShift(2);
+        m_wave.SetRange(0.0F, 2.0F, TRUE);
+        m_wave.UpdateWindow();
+    }
+
+    COLORREF Pixel(int x, int y) {
+        m_wave.UpdateWindow();
+        return PixelOf(m_wave, x, y);
+    }
+    bool Lit(int x, int y) { return GetGValue(Pixel(x, y)) == 0xFF; }
+    // Row of the trace where it enters, after enough equal values for a level stretch; -1 for none.
+    int LevelOf(float value) {
+        m_wave.AppendPoint(value);
+        m_wave.AppendPoint(value);
+        for (int y = 0; y < 60; ++y)
+            if (Lit(93, y) && Lit(94, y)) return y;
+        return -1;
+    }
+    // Whether a repaint was asked for since Scribble.
+    bool Repainted() {
+        m_wave.UpdateWindow();
+        return !IsScribbled(m_wave, 50, 30);
+    }
+
+    ui_test::HostDialog m_host{IDD_PLAYER_DIALOG};
+    CWaveformWnd m_wave;
+};
+
+TEST_F(Waveform, GridIsAnchoredAtTheRightEdgeInsideItsFrame) {
+    const struct {
+        int x, y;
+        COLORREF color;
+        const char* what;
+    } cases[] = {
+        {0, 0, kBlack, "margin"},
+        {3, 4, kBlack, "left of the frame"},
+        {98, 57, kBlack, "right of the frame"},
+        {50, 58, kBlack, "under the frame"},
+        {4, 4, kGrid, "top left corner"},
+        {97, 4, kGrid, "top right corner"},
+        {97, 57, kGrid, "bottom right corner"},
+        {4, 57, kGrid, "bottom left corner"},
+        {50, 14, kGrid, "first row"},
+        {50, 44, kGrid, "last row"},
+        {50, 54, kBlack, "no fifth row"},
+        {86, 30, kGrid, "first column from the right"},
+        {16, 30, kGrid, "last column"},
+        {6, 30, kBlack, "no column beyond it"},
+        {85, 30, kBlack, "between columns"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Pixel(c.x, c.y), c.color) << c.what;
+}
+
+TEST_F(Waveform, FirstSegmentRisesFromTheBottomAndScrollsOnWithoutAGap) {
+    m_wave.AppendPoint(1.0F);
+    EXPECT_TRUE(Lit(93, 56));
+    EXPECT_TRUE(Lit(94, 43));
+    EXPECT_TRUE(Lit(95, 31));
+    EXPECT_FALSE(Lit(95, 30)) << "a line leaves out its end";
+
+    m_wave.AppendPoint(1.0F);
+    EXPECT_TRUE(Lit(91, 56)) << "scrolled by the shift";
+    EXPECT_TRUE(Lit(93, 31));
+    EXPECT_TRUE(Lit(93, 30)) << "starts where the last one ended";
+    EXPECT_TRUE(Lit(94, 30));
+    EXPECT_FALSE(Lit(95, 30));
+    EXPECT_FALSE(Lit(95, 31)) << "the strip that came in is clear";
+
+    for (int i = 0; i < 60; ++i) m_wave.AppendPoint(1.0F);
+    for (int x = 5; x < 95; ++x) EXPECT_TRUE(Lit(x, 30)) << x;
+    for (int x = 0; x < 100; ++x) EXPECT_FALSE(Lit(x, 56)) << "the first segment has left, at " << x;
+}
+
+TEST_F(Waveform, ValuesAtAndBeyondTheRangeAreDrawnAtItsEdges) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const struct {
+        float value;
+        int row;
+    } cases[] = {{2.0F, 5},   {3.5F, 5},        {kInfinity, 5},      {1.9999F, 5}, {0.0F, 56},
+                 {-1.0F, 56}, {-kInfinity, 56}, {std::nanf(""), 56}, {1.0F, 30},   {0.5F, 43}};
+    for (const auto& c : cases) EXPECT_EQ(LevelOf(c.value), c.row) << c.value;
+}
+
+TEST_F(Waveform, TraceIsCombinedWithTheGridByOr) {
+    ASSERT_EQ(LevelOf(22.2F / 26.0F), 34);  // on the third row of the grid
+    EXPECT_EQ(Pixel(93, 34), kGreenOnGrid);
+    EXPECT_EQ(Pixel(93, 33), kBlack);
+}
+
+TEST_F(Waveform, ResetClearsTheTraceButGoesOnFromTheLastValue) {
+    m_wave.AppendPoint(1.0F);
+    m_wave.Reset();
+    EXPECT_FALSE(Lit(93, 56));
+    EXPECT_FALSE(Lit(95, 31));
+    EXPECT_EQ(Pixel(86, 30), kGrid);
+    m_wave.AppendPoint(1.0F);
+    EXPECT_TRUE(Lit(93, 30));
+    EXPECT_FALSE(Lit(93, 56));
+}
+
+TEST_F(Waveform, RefusedRangesChangeNothing) {
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    const struct {
+        float lower, upper;
+    } refused[] = {{1.0F, 0.5F}, {-3.0F, -1.0F}, {kNan, 1.0F}, {0.0F, kNan}};
+    for (const auto& c : refused) {
+        Scribble(m_wave);
+        m_wave.SetRange(c.lower, c.upper, TRUE);
+        EXPECT_FALSE(Repainted()) << c.lower << " to " << c.upper;
+    }
+    m_wave.Invalidate();
+    EXPECT_EQ(LevelOf(1.0F), 30);
+}
+
+TEST_F(Waveform, ANewRangeWithoutRedrawKeepsTheScale) {
+    Scribble(m_wave);
+    m_wave.SetRange(0.0F, 1.0F, FALSE);
+    EXPECT_FALSE(Repainted());
+    m_wave.Invalidate();
+    EXPECT_EQ(LevelOf(0.5F), 43) << "26 pixels a unit as before";
+    m_wave.SetRange(0.0F, 1.0F, TRUE);
+    EXPECT_EQ(LevelOf(0.5F), 30) << "52 pixels a unit";
+}
+
+TEST_F(Waveform, TheLastValueIsKeptWithinANewRange) {
+    m_wave.AppendPoint(1.75F);
+    m_wave.SetRange(0.0F, 1.0F, TRUE);
+    m_wave.AppendPoint(0.5F);
+    EXPECT_TRUE(Lit(93, 4));
+}
+
+TEST_F(Waveform, RangesThatGiveNoUsableScaleDrawWithinTheWindow) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kMax = std::numeric_limits<float>::max();
+    const struct {
+        float lower, upper;
+    } ranges[] = {{1.0F, 1.0F}, {-kInfinity, kInfinity}, {-kMax, kMax}, {0.0F, 1e-30F}, {0.0F, kInfinity}};
+    for (const auto& r : ranges) {
+        m_wave.SetRange(r.lower, r.upper, TRUE);
+        for (const float value : {0.5F, -kMax, kMax, 1.0F}) m_wave.AppendPoint(value);
+        EXPECT_EQ(Pixel(1, 1), kBlack) << r.lower << " to " << r.upper;
+        EXPECT_EQ(Pixel(86, 1), kBlack) << r.lower << " to " << r.upper;
+    }
+}
+
+TEST_F(Waveform, OnlyWhatNeedsPaintingIsPaintedAndFromItsOwnPlace) {
+    ASSERT_EQ(LevelOf(22.2F / 26.0F), 34);
+    Scribble(m_wave);
+    m_wave.InvalidateRect(CRect(80, 30, 96, 40));
+    m_wave.UpdateWindow();
+    EXPECT_EQ(PixelOf(m_wave, 86, 31), kGrid);
+    EXPECT_EQ(PixelOf(m_wave, 93, 34), kGreenOnGrid);
+    EXPECT_EQ(PixelOf(m_wave, 85, 31), kBlack);
+    for (const auto& [x, y] : {std::pair(79, 34), {96, 34}, {86, 29}, {86, 40}, {0, 0}}) {
+        EXPECT_TRUE(IsScribbled(m_wave, x, y)) << x << ", " << y;
+    }
+}
+
+TEST_F(Waveform, SettingWhatIsInForceDoesNotRepaint) {
+    Scribble(m_wave);
+    m_wave.SetBackgroundColor(m_wave.GetBackgroundColor());
+    m_wave.SetGridColor(kGrid);
+    m_wave.SetPlotColor(kGreen);
+    m_wave.ShowNextValue();
+    EXPECT_FALSE(Repainted());
+    m_wave.SetPlotColor(RGB(0xFF, 0, 0));
+    EXPECT_TRUE(Repainted());
+    m_wave.AppendPoint(1.0F);
+    EXPECT_EQ(Pixel(93, 56), RGB(0xFF, 0, 0));
+}
+
+TEST_F(Waveform, BackgroundsAllFillTheSame) {
+    for (const COLORREF color : {RGB(0xFF, 0xFF, 0xFF), RGB(0x20, 0x10, 0x40), kBlack}) {
+        m_wave.SetBackgroundColor(color);
+        EXPECT_EQ(Pixel(50, 30), color);
+        EXPECT_EQ(Pixel(5, 5), color);
+    }
+}
+
+TEST_F(Waveform, QueuedValuesAreShownOldestFirstAndCanBeDropped) {
+    m_wave.QueueValue(1.0F);
+    m_wave.QueueValue(0.5F);
+    m_wave.ShowNextValue();
+    EXPECT_TRUE(Lit(95, 31));
+    m_wave.ShowNextValue();
+    EXPECT_TRUE(Lit(93, 30));
+    EXPECT_TRUE(Lit(95, 42));
+
+    m_wave.QueueValue(1.5F);
+    m_wave.Reset();
+    m_wave.ShowNextValue();
+    EXPECT_TRUE(Lit(93, 43)) << "Reset keeps what waits";
+
+    m_wave.QueueValue(1.5F);
+    m_wave.ClearQueue();
+    Scribble(m_wave);
+    m_wave.ShowNextValue();
+    EXPECT_FALSE(Repainted());
+}
+
+// A window too small for a plot or a grid, or without any client area, is painted without harm.
+TEST_F(Waveform, TinyWindows) {
+    for (const int size : {0, 1, 2, 3, 9, 11, 12, 16}) {
+        CWaveformWnd tiny;
+        ASSERT_TRUE(tiny.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, size, size), &m_host, 0)) << size;
+        tiny.SetRange(0.0F, 2.0F, TRUE);
+        tiny.AppendPoint(1.0F);
+        tiny.UpdateWindow();
+    }
+}
+
+TEST(WaveformWithoutWindow, DoesNothing) {
+    CWaveformWnd wave;
+    EXPECT_FALSE(wave.Create(WS_CHILD, CRect(0, 0, 50, 50), nullptr, 0));
+    wave.SetRange(0.0F, 2.0F, TRUE);
+    wave.SetGridColor(kGreen);
+    wave.QueueValue(1.0F);
+    wave.ShowNextValue();
+    wave.Reset();
+}
+
+}  // namespace
