@@ -142,7 +142,8 @@ TEST_F(PulseWave, PositionsFollowASinkThatRewinds) {
     StartServer(PrivateServer::Sink::kRewinds);
     UseSystemSound();
     OpenPaused();
-    // Such a null sink has made two seconds of silence before it meets its first stream, and plays that first.
+    // Such a null sink has made two seconds of silence before it meets its first stream, and plays that
+    // first.
     waveOutRestart(m_handle);
     Write(0, 1);
     ASSERT_TRUE(WaitForPosted(1, 4s));
