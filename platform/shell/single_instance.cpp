@@ -129,7 +129,9 @@ NamedGuard::Result NamedGuard::Acquire() {
     m_nFolder = OpenRuntimeFolder();
     if (m_nFolder < 0 || !OpenLockFile()) return Result::Unguarded;
     Result result = Lock() ? AskOlderToClose() : Result::Superseded;
-    if ((result == Result::First || result == Result::Replaced) && !Listen()) result = Result::Unguarded;
+    if ((result == Result::First || result == Result::Replaced) && !Listen()) {
+        result = IsSuperseded() ? Result::Superseded : Result::Unguarded;
+    }
     if (m_bLocked) flock(m_nLock, LOCK_UN);
     m_bLocked = false;
     return result;
@@ -198,7 +200,7 @@ NamedGuard::Result NamedGuard::AskOlderToClose() {
 
 // The socket listens before it gets its name, so a newcomer never meets a name that nobody answers to yet.
 bool NamedGuard::Listen() {
-    const std::string unnamed = m_strSocket + "." + std::to_string(getpid());
+    const std::string unnamed = m_strSocket + ".new";
     sockaddr_un address{};
     if (!FillAddress(address, m_nFolder, unnamed)) return false;
     unlinkat(m_nFolder, unnamed.c_str(), 0);
