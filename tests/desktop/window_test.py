@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""The player's window as a person meets it, with a window manager, real keys, a real pointer and real sound.
+
+    window_test.py TRVPLAYER TRVDUMP SAMPLES      in a private session with a display and a sound server
+"""
+
+import json
+import subprocess
+import unittest
+
+import desktop
+from desktop import TITLE, run, wait_for, windows
+
+
+class Window(desktop.DesktopTest):
+    def test_a_named_message_plays_in_picture_and_sound(self):
+        with open(self.sample("expected.json"), encoding="utf-8") as file:
+            expected = next(m for m in json.load(file) if m["file"] == "greeting-video.trv")
+        ear = desktop.Ear()
+        self.addCleanup(ear.close)
+        player = self.start(self.sample("greeting-video.trv"))
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - greeting-video.trv")
+        digests = expected["picture_sha256"]
+
+        def shown():
+            index = self.grab(window).has_picture(digests)
+            return index is not None and [index]
+
+        first = wait_for(shown, what="a decoded picture on the screen")[0]
+        wait_for(lambda: shown() and shown()[0] > first, what="a later picture")
+        samples = self.decoded("greeting-video.trv")
+        # A stretch of one second, three seconds into the message: the very samples, since nothing on the way
+        # resamples or scales.
+        wait_for(lambda: ear.hears(samples[3 * 16000:4 * 16000]), what="the speech at the monitor")
+
+    def test_the_menu_opens_a_message_and_ends_the_player_by_keyboard(self):
+        player = self.start()
+        window = player.main_window()
+        self.assertEqual(TITLE, desktop.title(window))
+        self.keys("alt+f")
+        self.keys("o")
+        dialog = self.dialog(player, "^Open Trivelle Message")
+        self.type(self.sample("greeting-voice.trv"))
+        self.keys("Return")
+        self.assert_gone(player, "^Open Trivelle Message")
+        self.assertNotEqual(window, dialog)
+        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        self.keys("ctrl+w")
+        self.wait_for_title(window, TITLE)
+        self.keys("alt+f", "x")
+        self.assertEqual(0, player.ended())
+
+    def test_enter_and_escape_do_nothing(self):
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        self.keys("Return", "KP_Enter", "Escape")
+        self.assert_stays(lambda: desktop.title(window) == f"{TITLE} - greeting-voice.trv")
+        self.keys("alt+h", "a")
+        self.dialog(player, "^About Message Player$")
+        self.keys("Return", "Escape")
+        self.assert_stays(lambda: windows(player.pid, "^About Message Player$"))
+        self.keys("space")
+        self.assert_gone(player, "^About Message Player$")
+
+    def test_the_buttons_have_tips_and_space_presses_the_focused_one(self):
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        before = len(popups())
+        self.point(window, desktop.BUTTONS["play"])
+        wait_for(lambda: len(popups()) > before, what="the tool tip")
+        wait_for(lambda: len(popups()) == before, seconds=4, what="the end of the tool tip")
+        # The focus is on Play/Pause: held, the window stands still; pressed again, it moves.
+        self.keys("space")
+        wait_for(lambda: self.grab(window).data == self.grab(window).data, what="stillness")
+        self.assert_stays(lambda held=self.grab(window).data: self.grab(window).data == held, 0.3)
+        still = self.grab(window).data
+        self.keys("space")
+        wait_for(lambda: self.grab(window).data != still, what="movement")
+
+    def test_a_file_that_is_no_message_is_reported_and_closes_what_played(self):
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        self.keys("ctrl+o")
+        self.dialog(player, "^Open Trivelle Message")
+        self.type(self.sample("expected.json"))
+        self.keys("Return")
+        wait_for(lambda: len(windows(player.pid, f"^{TITLE}")) == 2, what="the message box")
+        self.keys("Return")
+        self.wait_for_title(window, TITLE)
+        self.assertEqual(1, len(windows(player.pid, f"^{TITLE}")))
+
+    def test_minimised_and_restored_it_goes_on(self):
+        player = self.start(self.sample("greeting-video.trv"))
+        window = player.main_window()
+        subprocess.run(["xdotool", "windowminimize", window], check=True)
+        wait_for(lambda: "Iconic" in run("xprop", "-id", window, "WM_STATE"), what="the icon")
+        subprocess.run(["xdotool", "windowmap", window, "windowactivate", window], check=True)
+        wait_for(lambda: "Normal" in run("xprop", "-id", window, "WM_STATE"), what="the window")
+        before = self.grab(window).data
+        wait_for(lambda: self.grab(window).data != before, what="movement")
+
+    def test_it_cannot_be_maximised_or_resized(self):
+        player = self.start()
+        window = player.main_window()
+        allowed = run("xprop", "-id", window, "_NET_WM_ALLOWED_ACTIONS")
+        self.assertIn("MINIMIZE", allowed)
+        self.assertNotIn("MAXIMIZE", allowed)
+        self.assertNotIn("RESIZE", allowed)
+
+    def test_alt_f4_closes_what_has_the_keyboard(self):
+        cases = {"the window": (), "About": ("alt+h", "a"), "Open": ("ctrl+o",)}
+        for name, keys in cases.items():
+            with self.subTest(name):
+                player = self.start(self.sample("greeting-voice.trv"))
+                window = player.main_window()
+                self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+                if keys:
+                    self.keys(*keys)
+                    wait_for(lambda: len(windows(player.pid)) > 1, what="the dialog")
+                    wait_for(lambda: run("xdotool", "getactivewindow").strip() != window, what="its focus")
+                    self.keys("alt+F4")
+                    wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the focus back")
+                self.keys("alt+F4")
+                self.assertEqual(0, player.ended())
+
+    def decoded(self, name):
+        """The message's speech as trvdump gives it."""
+        return subprocess.run([self.dump, "--pcm", "/dev/stdout", self.sample(name)], check=True,
+                              capture_output=True).stdout
+
+
+def popups():
+    """Windows that the window manager does not manage, as tool tips are."""
+    tree = run("xwininfo", "-root", "-children")
+    shown = []
+    for line in tree.splitlines():
+        words = line.split()
+        if words and words[0].startswith("0x"):
+            about = run("xwininfo", "-id", words[0])
+            if "IsViewable" in about and "Override Redirect State: yes" in about:
+                shown.append(words[0])
+    return shown
+
+
+if __name__ == "__main__":
+    desktop.main()
