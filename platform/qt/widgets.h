@@ -62,6 +62,9 @@ public:
     // Keyboard steps follow the range.
     void RangeChanged();
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void Tell(int position);
 };
