@@ -118,6 +118,7 @@ inline constexpr UINT TTDT_AUTOPOP = 2;
 inline constexpr UINT TTDT_INITIAL = 3;
 
 inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOWNOACTIVATE = 4;
 inline constexpr int SW_SHOW = 5;
 inline constexpr int SW_MINIMIZE = 6;
 inline constexpr int SW_RESTORE = 9;

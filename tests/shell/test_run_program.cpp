@@ -65,6 +65,16 @@ TEST_F(RunProgram, AProgramOnPathRunsWithItsWordsAndLeavesNoZombie) {
     EXPECT_EQ(ECHILD, errno);
 }
 
+TEST_F(RunProgram, OnlyAProgramThatIsToStayInTheBackgroundIsToldSo) {
+    Script("who", "#!/bin/sh\necho \"$DESKTOP_STARTUP_ID $MARK\" > part\nmv part \"$1\"\n");
+    m_folders.Set("DESKTOP_STARTUP_ID", "launcher_TIME99");
+    m_folders.Set("MARK", "kept");
+    EXPECT_LT(31U, WinExec("who front", SW_SHOW));
+    EXPECT_EQ("launcher_TIME99 kept\n", WaitForFile("front"));
+    EXPECT_LT(31U, WinExec("who back", SW_SHOWNOACTIVATE));
+    EXPECT_EQ("trvplayer_TIME1 kept\n", WaitForFile("back"));
+}
+
 TEST_F(RunProgram, ItDoesNotWaitForTheProgram) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_LT(31U, WinExec("sleep 3", SW_SHOW));
