@@ -3,7 +3,6 @@
 #include <array>
 #include <vector>
 
-#include "playback/message_panel.h"
 #include "playback/player_messages.h"
 #include "playback/speech_frame.h"
 #include "video/vdec.h"

@@ -12,8 +12,6 @@
 #include "playback/reader_gate.h"
 #include "video/video_wnd.h"
 
-class CMessagePanel;
-
 // Slots of the renderer's queue; it holds one picture fewer.
 inline constexpr int kPictureSlots = 20;
 
@@ -26,7 +24,7 @@ constexpr BOOL HasRoomForRecord(int nPicturesQueued, int nBlocksQueued) {
 // What the panel hands to the thread; it outlives the thread. The thread uses everything but pGate and the
 // queues' counts only while the gate lets it.
 struct ReaderParams {
-    CMessagePanel* pPanel = nullptr;    // gets WM_READER_ENDED
+    CWnd* pPanel = nullptr;             // gets WM_READER_ENDED
     CWaveformWnd* pWaveform = nullptr;  // null: no level values are wanted
     CWaveDevice* pWaveDevice = nullptr;
     gsm hSpeech = nullptr;  // decoder state of this message
