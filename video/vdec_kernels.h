@@ -28,6 +28,7 @@ struct VdecKernels {
     void (*synth_rows)(const double* low, const double* high, int half_width, double* line);
 
     // The same without a high-pass half, into 16-bit samples: truncated toward 0, low 16 bits kept.
+    // `half_width` is a multiple of 8.
     void (*synth_samples)(const double* low, int half_width, int16_t* samples);
 
     // Y, U, V samples to the bytes B, G, R. `width` is a multiple of 16.

@@ -100,9 +100,17 @@ template <class V>
 void vdec_synth_samples(const double* low, int half_width, int16_t* samples) {
     using Reg = typename V::Reg;
     const SynthFilter<V> filter;
-    for (int k = 0; k < half_width; k += V::kLanes) {
-        const double* at = low + k;
-        const Reg s[] = {V::Load(at - 1), V::Load(at), V::Load(at + 1), V::Load(at + 2)};
-        V::StoreSamples(samples + 2 * k, filter.EvenLow(s), filter.OddLow(s));
+    using SampleRegs = typename V::SampleRegs;
+    constexpr int kRegs = static_cast<int>(sizeof(SampleRegs) / sizeof(Reg));
+    for (int k = 0; k < half_width; k += kRegs * V::kLanes) {
+        SampleRegs even;
+        SampleRegs odd;
+        for (int i = 0; i < kRegs; ++i) {
+            const double* at = low + k + i * V::kLanes;
+            const Reg s[] = {V::Load(at - 1), V::Load(at), V::Load(at + 1), V::Load(at + 2)};
+            even[i] = filter.EvenLow(s);
+            odd[i] = filter.OddLow(s);
+        }
+        V::StoreSamples(samples + 2 * k, even, odd);
     }
 }

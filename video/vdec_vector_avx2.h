@@ -8,6 +8,7 @@
 struct Avx2Vector {
     using Reg = __m256d;
     static constexpr int kLanes = 4;
+    using SampleRegs = Reg[2];
 
     static Reg Set(double value) { return _mm256_set1_pd(value); }
     static Reg Load(const double* from) { return _mm256_loadu_pd(from); }
@@ -24,11 +25,13 @@ struct Avx2Vector {
         _mm256_storeu_pd(to + 4, _mm256_permute2f128_pd(first, second, 0x31));
     }
 
-    // The low 16 bits of both, side by side: a saturating pack would not wrap.
-    static void StoreSamples(int16_t* to, Reg even, Reg odd) {
-        const __m128i evens = _mm_cvttps_epi32(_mm256_cvtpd_ps(even));
-        const __m128i odds = _mm_cvttps_epi32(_mm256_cvtpd_ps(odd));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
-                         _mm_blend_epi16(evens, _mm_slli_epi32(odds, 16), 0xAA));
+    static __m256i Truncate(const SampleRegs& values) {
+        return _mm256_cvttps_epi32(_mm256_set_m128(_mm256_cvtpd_ps(values[1]), _mm256_cvtpd_ps(values[0])));
+    }
+
+    // The low 16 bits of both side by side: a saturating pack would not wrap.
+    static void StoreSamples(int16_t* to, const SampleRegs& even, const SampleRegs& odd) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to),
+                            _mm256_blend_epi16(Truncate(even), _mm256_slli_epi32(Truncate(odd), 16), 0xAA));
     }
 };

@@ -6,6 +6,7 @@
 struct ScalarVector {
     using Reg = double;
     static constexpr int kLanes = 1;
+    using SampleRegs = Reg[1];  // taken by StoreSamples at a time
 
     static Reg Set(double value) { return value; }
     static Reg Load(const double* from) { return *from; }
@@ -21,8 +22,8 @@ struct ScalarVector {
     }
 
     // Coefficients are 16 bits and a level amplifies less than five times, so 32 bits hold every sample.
-    static void StoreSamples(int16_t* to, Reg even, Reg odd) {
-        to[0] = static_cast<int16_t>(static_cast<int32_t>(static_cast<float>(even)));
-        to[1] = static_cast<int16_t>(static_cast<int32_t>(static_cast<float>(odd)));
+    static void StoreSamples(int16_t* to, const SampleRegs& even, const SampleRegs& odd) {
+        to[0] = static_cast<int16_t>(static_cast<int32_t>(static_cast<float>(even[0])));
+        to[1] = static_cast<int16_t>(static_cast<int32_t>(static_cast<float>(odd[0])));
     }
 };

@@ -8,6 +8,7 @@
 struct Sse2Vector {
     using Reg = __m128d;
     static constexpr int kLanes = 2;
+    using SampleRegs = Reg[2];
 
     static Reg Set(double value) { return _mm_set1_pd(value); }
     static Reg Load(const double* from) { return _mm_loadu_pd(from); }
@@ -22,12 +23,14 @@ struct Sse2Vector {
         _mm_storeu_pd(to + 2, _mm_unpackhi_pd(even, odd));
     }
 
-    // The low 16 bits of both, side by side: a saturating pack would not wrap.
-    static void StoreSamples(int16_t* to, Reg even, Reg odd) {
-        const __m128i evens = _mm_cvttps_epi32(_mm_cvtpd_ps(even));
-        const __m128i odds = _mm_cvttps_epi32(_mm_cvtpd_ps(odd));
-        const __m128i pairs =
-            _mm_or_si128(_mm_and_si128(evens, _mm_set1_epi32(0xFFFF)), _mm_slli_epi32(odds, 16));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), pairs);
+    static __m128i Truncate(const SampleRegs& values) {
+        return _mm_cvttps_epi32(_mm_movelh_ps(_mm_cvtpd_ps(values[0]), _mm_cvtpd_ps(values[1])));
+    }
+
+    // The low 16 bits of both side by side: a saturating pack would not wrap.
+    static void StoreSamples(int16_t* to, const SampleRegs& even, const SampleRegs& odd) {
+        const __m128i low_halves = _mm_and_si128(Truncate(even), _mm_set1_epi32(0xFFFF));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
+                         _mm_or_si128(low_halves, _mm_slli_epi32(Truncate(odd), 16)));
     }
 };

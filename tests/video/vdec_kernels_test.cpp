@@ -123,12 +123,12 @@ TEST_P(Kernels, RoundToFloatAndWrapToSamples) {
     for (int round = 0; round < 100; ++round) {
         const double scale = std::ldexp(1.0, round % 24);
         std::vector<double> low;
-        for (int i = 0; i < 24; ++i) low.push_back(double{RandomValue(0)} / 1000 * scale);
-        std::vector<double> results(40);
-        m_kernels->synth_rows(low.data() + 2, nullptr, 20, results.data());
-        std::vector<int16_t> samples(40);
-        m_kernels->synth_samples(low.data() + 2, 20, samples.data());
-        for (size_t i = 0; i < 40; ++i) {
+        for (int i = 0; i < 28; ++i) low.push_back(double{RandomValue(0)} / 1000 * scale);
+        std::vector<double> results(48);
+        m_kernels->synth_rows(low.data() + 2, nullptr, 24, results.data());
+        std::vector<int16_t> samples(48);
+        m_kernels->synth_samples(low.data() + 2, 24, samples.data());
+        for (size_t i = 0; i < 48; ++i) {
             ASSERT_EQ(samples[i], static_cast<int16_t>(static_cast<int32_t>(results[i]))) << results[i];
         }
     }
