@@ -125,6 +125,26 @@ TEST(TrvdumpSamples, SummaryIsForPeople) {
     }
 }
 
+// The messages that tools/sample/make_samples.sh makes.
+TEST(TrvdumpSamples, OwnMessagesAreWhole) {
+    const struct {
+        const char* path;
+        int rate, least_frames, most_frames, least_pictures, most_bytes;
+    } cases[] = {
+        {TEST_DATA "/../../res/sample/welcome.trv", 3, 500, 750, 36, 150000},
+        {TEST_DATA "/short.trv", 0, 20, 20, 0, 700},
+    };
+    for (const auto& c : cases) {
+        const QJsonObject report = ParseJson(RunTrvdump({"--json", c.path}).out).object();
+        EXPECT_TRUE(report["odd"].toArray().isEmpty()) << c.path;
+        EXPECT_EQ(report["pictures_per_second"].toInt(-1), c.rate) << c.path;
+        EXPECT_GE(report["speech_frames"].toInt(), c.least_frames) << c.path;
+        EXPECT_LE(report["speech_frames"].toInt(), c.most_frames) << c.path;
+        EXPECT_GE(report["video_records"].toArray().size(), c.least_pictures) << c.path;
+        EXPECT_LE(report["file_bytes"].toInt(), c.most_bytes) << c.path;
+    }
+}
+
 TEST(TrvdumpSound, WavHeaderFieldsAreRight) {
     const TemporaryFolder folder;
     ASSERT_EQ(RunTrvdump({"--wav", folder.File("s.wav"), SamplePath("greeting-voice.trv")}).status, 0);

@@ -82,7 +82,7 @@ SoundSource::SoundSource(const std::string& path) : impl_(std::make_unique<Impl>
 
     s.ratio = static_cast<double>(kSpeechSampleRate) / s.info.samplerate;
     int error = 0;
-    s.converter.reset(src_callback_new(&Impl::Supply, SRC_SINC_BEST_QUALITY, 1, &error, &s));
+    s.converter.reset(src_callback_new(&Impl::Supply, SRC_SINC_MEDIUM_QUALITY, 1, &error, &s));
     if (!s.converter) s.Fail(std::string("cannot be converted: ") + src_strerror(error));
 }
 
