@@ -25,9 +25,6 @@ protected:
     afx_msg LRESULT OnReflectedDrawItem(WPARAM, LPARAM lParam);
 };
 
-// The bar that a scroll message names; a trackbar, here.
-class CScrollBar : public CWnd {};
-
 class CSliderCtrl : public CWnd {
 public:
     void SetRange(int minimum, int maximum, BOOL redraw = FALSE);

@@ -9,7 +9,9 @@
 #include "platform/framework/winuser.h"
 
 class CWnd;
-class CScrollBar;
+// The bar that a scroll message names. Difference from the original: any window, as the message may come from
+// a trackbar.
+using CScrollBar = CWnd;
 // Files dropped on a window; valid while WM_DROPFILES is handled.
 using HDROP = const struct DroppedFiles*;
 
@@ -35,7 +37,6 @@ namespace afx {
 
 // The window behind a handle carried by a message, null for none (CWnd::FromHandle without its header).
 CWnd* WindowFromMessage(LPARAM handle);
-CScrollBar* ScrollBarFromMessage(LPARAM handle);
 
 template <class C>
 struct ClassOf;
@@ -71,7 +72,7 @@ LRESULT CallTimer(CWnd* w, WPARAM wp, LPARAM) {
 }
 template <auto H>
 LRESULT CallScroll(CWnd* w, WPARAM wp, LPARAM lp) {
-    (Target<H>(w)->*H)(LOWORD(wp), HIWORD(wp), ScrollBarFromMessage(lp));
+    (Target<H>(w)->*H)(LOWORD(wp), HIWORD(wp), WindowFromMessage(lp));
     return 0;
 }
 template <auto H>

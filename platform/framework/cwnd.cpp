@@ -122,10 +122,4 @@ CWnd* WindowFromMessage(LPARAM handle) {
     return CWnd::FromHandle(reinterpret_cast<HWND>(handle));
 }
 
-CScrollBar* ScrollBarFromMessage(LPARAM handle) {
-    // The message names a trackbar; its object is whatever the dialog bound to it. Handlers only compare the
-    // address.
-    return static_cast<CScrollBar*>(WindowFromMessage(handle));
-}
-
 }  // namespace afx
