@@ -16,8 +16,8 @@ BOOL CMixer::Open(UINT nDevice) {
     Close();
 
     const HWND hNotify = m_pNotifyWnd == nullptr ? nullptr : m_pNotifyWnd->GetSafeHwnd();
-    if (mixerOpen(&m_hMixer, nDevice, reinterpret_cast<DWORD_PTR>(hNotify), 0, CALLBACK_WINDOW) !=
-        MMSYSERR_NOERROR) {
+    if (mixerOpen(&m_hMixer, nDevice, reinterpret_cast<DWORD_PTR>(hNotify), 0,
+                  hNotify == nullptr ? CALLBACK_NULL : CALLBACK_WINDOW) != MMSYSERR_NOERROR) {
         m_hMixer = nullptr;
         return FALSE;
     }
