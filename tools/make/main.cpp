@@ -1,6 +1,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <new>
@@ -19,6 +20,18 @@
 
 namespace tools {
 namespace {
+
+// The signal that asked for an early end, 0 while there is none. Looked at between blocks, so that the
+// half-made file is removed on the way out.
+volatile std::sig_atomic_t g_ending_signal = 0;
+
+void CatchEndingSignals() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(number, [](int received) { g_ending_signal = received; });
+    }
+}
+
+struct Interrupted {};
 
 // Encodes the pictures of a message one after the other, each when its turn comes.
 class PictureTrack {
@@ -82,6 +95,7 @@ void MakeMessage(const MakeOptions& options) {
     std::array<int16_t, kSamplesPerBlock> samples;
     std::array<uint8_t, kSpeechBlockBytes> block;
     while (true) {
+        if (g_ending_signal != 0) throw Interrupted();
         const std::size_t got = sound.Read(samples);
         if (got == 0 && writer.speech_blocks() == 0) throw ToolError(options.sound + ": holds no sound");
         if (got == 0 && writer.speech_blocks() >= picture_blocks) break;
@@ -110,8 +124,12 @@ int Run(int argc, char** argv) {
         std::puts("trvmake " TRV_VERSION);
         return 0;
     }
+    CatchEndingSignals();
     try {
         MakeMessage(options);
+    } catch (const Interrupted&) {
+        std::signal(g_ending_signal, SIG_DFL);
+        std::raise(g_ending_signal);
     } catch (const ToolError& error) {
         std::fprintf(stderr, "trvmake: %s\n", error.what());
         return 1;
