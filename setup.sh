@@ -13,7 +13,7 @@ build=(
     qt6-base-dev libgl1-mesa-dev
     libpulse-dev
     libgsm1-dev
-    libsndfile1-dev libsamplerate0-dev
+    libsndfile1-dev libsamplerate0-dev libpng-dev
     binutils-mingw-w64-i686 # windres, for res/player.rc
     libgtest-dev            # the tests belong to every configuration
 )
