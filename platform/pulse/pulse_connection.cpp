@@ -69,11 +69,7 @@ void PulseConnection::OnState() {
         m_state = State::kReady;
         for (ConnectionWatcher* watcher : m_watchers) watcher->OnConnected();
     } else if (!PA_CONTEXT_IS_GOOD(state)) {
-        const bool wasReady = m_state == State::kReady;
-        Release();
-        m_state = State::kNone;
-        if (wasReady)
-            for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();
+        SetLost();
     }
     m_loop.Signal();
 }
@@ -82,11 +78,15 @@ void PulseConnection::Drop() {
     if (m_context == nullptr) return;
     pa_context_set_state_callback(m_context, nullptr, nullptr);
     pa_context_disconnect(m_context);
-    const bool wasReady = std::exchange(m_state, State::kNone) == State::kReady;
-    Release();
-    if (wasReady)
-        for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();
+    SetLost();
     m_loop.Signal();
+}
+
+void PulseConnection::SetLost() {
+    // The watchers let go of what they have of the context while it is still there.
+    if (std::exchange(m_state, State::kNone) == State::kReady)
+        for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();
+    Release();
 }
 
 void PulseConnection::Release() {

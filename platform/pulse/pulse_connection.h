@@ -51,6 +51,7 @@ private:
     // takes time, and a client configuration that starts a server of its own waits for it.
     bool MakeContext();
     void OnState();
+    void SetLost();
     void Release();
 
     PulseLoop m_loop;

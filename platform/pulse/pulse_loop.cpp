@@ -26,7 +26,7 @@ void PulseLoop::Timer::Set(Clock::time_point due) {
     if (due >= m_due) return;
     m_due = due;
     // The loop's own thread looks at the timers before it sleeps.
-    if (std::this_thread::get_id() != m_loop.m_thread.get_id()) m_loop.Wake();
+    if (!m_loop.OnOwnThread()) m_loop.Wake();
 }
 
 void PulseLoop::Timer::Cancel() {
@@ -51,9 +51,10 @@ void PulseLoop::Start() {
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
+    const auto lock = Lock();
     m_thread = std::thread([this] {
         pthread_setname_np(pthread_self(), "sound");
-        const std::scoped_lock lock(m_lock);
+        const auto held = Lock();
         pa_mainloop_run(m_loop, nullptr);
     });
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -71,6 +72,7 @@ void PulseLoop::Stop() {
 void PulseLoop::Notify(std::shared_ptr<void> target, void (*call)(void*, std::uint64_t),
                        std::uint64_t value) {
     m_notices.push_back({std::move(target), call, value});
+    if (!OnOwnThread()) Wake();
 }
 
 int PulseLoop::Poll(pollfd* fds, unsigned long count, int timeout, void* self) {

@@ -69,7 +69,7 @@ public:
     }
 
     // Has `call` called with the target and the value, in the order of these calls, once the lock has been
-    // released. Lock held, on the loop's thread.
+    // released. Lock held.
     void Notify(std::shared_ptr<void> target, void (*call)(void* target, std::uint64_t value),
                 std::uint64_t value);
 
@@ -80,6 +80,7 @@ private:
         std::uint64_t value;
     };
 
+    bool OnOwnThread() const { return std::this_thread::get_id() == m_thread.get_id(); }
     static int Poll(pollfd* fds, unsigned long count, int timeout, void* self);
     void Deliver();
     int Remaining(int timeout) const;

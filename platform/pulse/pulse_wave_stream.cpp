@@ -1,6 +1,5 @@
 #include "platform/pulse/pulse_wave_stream.h"
 
-#include <pulse/operation.h>
 #include <pulse/proplist.h>
 
 #include <algorithm>
@@ -19,11 +18,6 @@ std::uint64_t NowUs() {
     return static_cast<std::uint64_t>(
         std::chrono::duration_cast<std::chrono::microseconds>(PulseLoop::Clock::now().time_since_epoch())
             .count());
-}
-
-// For requests whose outcome shows in the stream's state or nowhere.
-void Forget(pa_operation* operation) {
-    if (operation != nullptr) pa_operation_unref(operation);
 }
 
 std::uint64_t NotNegative(std::int64_t value) {
@@ -119,7 +113,7 @@ void PulseWaveStream::Reset() {
     if (m_stream != nullptr) {
         SetCork(true);
         Forget(pa_stream_flush(m_stream, nullptr, nullptr));
-        m_questionStale = m_question != nullptr;
+        m_position.MakeStale();
     }
     m_heard = m_written;
     m_inSink = 0;
@@ -145,19 +139,19 @@ void PulseWaveStream::Tick() {
 }
 
 void PulseWaveStream::AskPosition() {
-    if (m_question != nullptr) return;
-    m_questionStale = false;
-    m_question = pa_stream_update_timing_info(
-        m_stream, [](pa_stream*, int, void* self) { static_cast<PulseWaveStream*>(self)->OnPosition(); },
-        this);
-    if (m_question == nullptr) TickSoon(kTick);
+    if (m_position.UnderWay()) return;
+    m_position.Ask([this] {
+        return pa_stream_update_timing_info(
+            m_stream, [](pa_stream*, int, void* self) { static_cast<PulseWaveStream*>(self)->OnPosition(); },
+            this);
+    });
+    if (!m_position.UnderWay()) TickSoon(kTick);
 }
 
 void PulseWaveStream::OnPosition() {
-    pa_operation_unref(std::exchange(m_question, nullptr));
+    const bool current = m_position.IsCurrent();
     const pa_timing_info* info = pa_stream_get_timing_info(m_stream);
-    if (m_questionStale || info == nullptr || info->write_index_corrupt != 0 ||
-        info->read_index_corrupt != 0) {
+    if (!current || info == nullptr || info->write_index_corrupt != 0 || info->read_index_corrupt != 0) {
         if (m_heard != m_written) TickSoon(0ms);
         return;
     }
@@ -198,10 +192,7 @@ void PulseWaveStream::LoseServer() {
 }
 
 void PulseWaveStream::ReleaseStream() {
-    if (m_question != nullptr) {
-        pa_operation_cancel(m_question);
-        pa_operation_unref(std::exchange(m_question, nullptr));
-    }
+    m_position.Cancel();
     if (m_stream == nullptr) return;
     pa_stream_set_state_callback(m_stream, nullptr, nullptr);
     pa_stream_disconnect(m_stream);

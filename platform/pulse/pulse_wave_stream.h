@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/pulse/pulse_connection.h"
+#include "platform/pulse/pulse_question.h"
 #include "platform/sound/wave_clock.h"
 #include "platform/sound/wave_driver.h"
 
@@ -45,13 +46,12 @@ private:
     const DWORD m_rate;
     std::optional<PulseLoop::Timer> m_timer;
 
-    pa_stream* m_stream = nullptr;       // null once the server is lost
-    pa_operation* m_question = nullptr;  // the position asked for and not answered yet
-    bool m_questionStale = false;        // a reset came in between
-    bool m_corked = true;                // as told to the server
-    bool m_running = true;               // as told by the client; the cork follows at the first block
-    std::uint64_t m_written = 0;         // bytes, since the stream was opened
-    std::uint64_t m_heard = 0;           // never decreases
-    std::uint64_t m_inSink = 0;          // bytes that have left the stream and are not heard yet
-    WaveClock m_clock;                   // used once the server is lost
+    pa_stream* m_stream = nullptr;  // null once the server is lost
+    PulseQuestion m_position;
+    bool m_corked = true;         // as told to the server
+    bool m_running = true;        // as told by the client; the cork follows at the first block
+    std::uint64_t m_written = 0;  // bytes, since the stream was opened
+    std::uint64_t m_heard = 0;    // never decreases
+    std::uint64_t m_inSink = 0;   // bytes that have left the stream and are not heard yet
+    WaveClock m_clock;            // used once the server is lost
 };

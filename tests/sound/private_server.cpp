@@ -103,6 +103,11 @@ void PrivateServer::UsePrivateFolders() {
     PrivateFolder::Path();
 }
 
+void PrivateServer::ForgetVolumes() {
+    for (const fs::directory_entry& entry : fs::directory_iterator(PrivateFolder::Path() / "config/pulse"))
+        if (entry.path().extension() != ".conf") fs::remove_all(entry.path());
+}
+
 PrivateServer::PrivateServer(Sink sink) {
     const fs::path& folder = PrivateFolder::Path();
     const fs::path script = folder / "server.pa";

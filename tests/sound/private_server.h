@@ -24,6 +24,9 @@ public:
     // The process's private folders alone, without a server.
     static void UsePrivateFolders();
 
+    // Drops what servers of this process have remembered (volumes of streams). Not while one runs.
+    static void ForgetVolumes();
+
     // Starts a server with a sink "test" of 8000 samples a second, mono, 16 bits, and waits until it answers.
     // Throws std::runtime_error when it does not.
     explicit PrivateServer(Sink sink = Sink::kNoRewinds);

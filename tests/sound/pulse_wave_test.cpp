@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/sound/mixer_driver.h"
 #include "platform/sound/mmsystem.h"
 #include "platform/sound/system_sound.h"
 #include "platform/sound/wave_driver.h"
@@ -45,6 +46,7 @@ protected:
             waveOutClose(m_handle);
         }
         SetWaveDriver(nullptr);
+        SetMixerDriver(nullptr);
     }
 
     void StartServer(PrivateServer::Sink sink = PrivateServer::Sink::kNoRewinds) {
@@ -209,10 +211,15 @@ TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
     TakePosted();
 
     double worst = 0;
-    const auto timed = [&worst](auto call) {
+    int calls = 0;
+    int slow = 0;
+    const auto timed = [&](auto call) {
         const Clock::time_point before = Clock::now();
         call();
-        worst = std::max(worst, Ms(Clock::now() - before));
+        const double took = Ms(Clock::now() - before);
+        worst = std::max(worst, took);
+        ++calls;
+        if (took > 20) ++slow;
     };
     for (int round = 0; round < 100; ++round) {
         timed([this] { waveOutReset(m_handle); });
@@ -222,8 +229,12 @@ TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
     }
     timed([this] { waveOutReset(m_handle); });
     timed([this] { waveOutClose(m_handle); });
-    std::printf("worst call on a stopped server: %.2f ms\n", worst);
-    EXPECT_LT(worst, 20);
+    std::printf("worst of %d calls on a stopped server: %.2f ms, %d of them over 20 ms\n", calls, worst,
+                slow);
+    // A loaded machine may take the processor away now and then; a call that waits for the server would show
+    // every time.
+    EXPECT_LE(slow, calls / 1000);
+    EXPECT_LT(worst, 200);
     m_handle = nullptr;
 
     const Clock::time_point before = Clock::now();

@@ -1,0 +1,394 @@
+// The mixer on a sound server of the test's own, with pactl as the other program.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/sound/mixer_driver.h"
+#include "platform/sound/system_sound.h"
+#include "platform/sound/wave_driver.h"
+#include "tests/sound/mixer_calls.h"
+#include "tests/sound/private_server.h"
+#include "tests/sound/wave_blocks.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+double Ms(Clock::duration d) {
+    return std::chrono::duration<double, std::milli>(d).count();
+}
+
+bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds within = 2s) {
+    const Clock::time_point deadline = Clock::now() + within;
+    while (!holds()) {
+        if (Clock::now() > deadline) return false;
+        std::this_thread::sleep_for(2ms);
+    }
+    return true;
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// A tone's blocks, played over and over.
+class Tone {
+public:
+    Tone(HWAVEOUT handle, double amplitude) : m_handle(handle), m_samples(kBlockSamples * 50), m_headers(50) {
+        for (std::size_t i = 0; i < m_samples.size(); ++i)
+            m_samples[i] = static_cast<std::int16_t>(
+                std::lround(amplitude * std::sin(static_cast<double>(i) * 0.25 * 3.14159265358979)));
+        for (std::size_t i = 0; i < m_headers.size(); ++i) {
+            m_headers[i].lpData = reinterpret_cast<char*>(&m_samples[i * kBlockSamples]);
+            m_headers[i].dwBufferLength = kBlockSamples * sizeof(std::int16_t);
+            waveOutPrepareHeader(m_handle, &m_headers[i], sizeof(WAVEHDR));
+        }
+    }
+
+    ~Tone() { waveOutReset(m_handle); }
+    Tone(const Tone&) = delete;
+    Tone& operator=(const Tone&) = delete;
+
+    // A second of it.
+    void Play() {
+        for (WAVEHDR& header : m_headers) waveOutWrite(m_handle, &header, sizeof header);
+    }
+
+private:
+    HWAVEOUT m_handle;
+    std::vector<std::int16_t> m_samples;
+    std::vector<WAVEHDR> m_headers;
+};
+
+class PulseMixer : public testing::Test {
+protected:
+    PulseMixer() {
+        PrivateServer::UsePrivateFolders();
+        PrivateServer::ForgetVolumes();
+        TakePosted();
+    }
+
+    ~PulseMixer() override { End(); }
+
+    void Start() {
+        m_server = std::make_unique<PrivateServer>();
+        Connect();
+    }
+
+    // As at the start of the program.
+    void Connect() {
+        UseSystemSound();
+        ASSERT_EQ(mixerGetNumDevs(), 1U);
+        ASSERT_EQ(OpenMixer0(m_mixer), MMSYSERR_NOERROR);
+        Find(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, MIXERCONTROL_CONTROLTYPE_VOLUME, m_masterVolume);
+        Find(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, MIXERCONTROL_CONTROLTYPE_MUTE, m_masterMute);
+        Find(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, MIXERCONTROL_CONTROLTYPE_VOLUME, m_waveVolume);
+        Find(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, MIXERCONTROL_CONTROLTYPE_MUTE, m_waveMute);
+        Find(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, MIXERCONTROL_CONTROLTYPE_PEAKMETER, m_peak);
+    }
+
+    // As at its end.
+    void End() {
+        CloseWave();
+        if (m_mixer != nullptr) mixerClose(m_mixer);
+        m_mixer = nullptr;
+        SetWaveDriver(nullptr);
+        SetMixerDriver(nullptr);
+    }
+
+    void OpenWave() { ASSERT_EQ(OpenVoice(m_wave), MMSYSERR_NOERROR); }
+
+    void CloseWave() {
+        if (m_wave == nullptr) return;
+        waveOutReset(m_wave);
+        waveOutClose(m_wave);
+        m_wave = nullptr;
+    }
+
+    DWORD Value(DWORD id) {
+        DWORD value = 0xFFFFFFFF;
+        GetValue(m_mixer, id, value);
+        return value;
+    }
+
+    // Whether a change of the control is announced in time; everything announced is taken.
+    bool Announced(DWORD id, std::chrono::milliseconds within = 2s) {
+        return Eventually(
+            [id] {
+                for (const PostedMessage& posted : TakePosted())
+                    if (posted.msg.message == MM_MIXM_CONTROL_CHANGE &&
+                        posted.msg.lParam == static_cast<LPARAM>(id))
+                        return true;
+                return false;
+            },
+            within);
+    }
+
+    std::unique_ptr<PrivateServer> m_server;
+    HMIXER m_mixer = nullptr;
+    HWAVEOUT m_wave = nullptr;
+    DWORD m_masterVolume = 0;
+    DWORD m_masterMute = 0;
+    DWORD m_waveVolume = 0;
+    DWORD m_waveMute = 0;
+    DWORD m_peak = 0;
+
+private:
+    void Find(DWORD line, DWORD type, DWORD& id) {
+        MIXERLINE found;
+        MIXERCONTROL control;
+        ASSERT_EQ(FindLine(m_mixer, line, found), MMSYSERR_NOERROR);
+        ASSERT_EQ(FindControl(m_mixer, found.dwLineID, type, control), MMSYSERR_NOERROR);
+        id = control.dwControlID;
+    }
+};
+
+TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
+    Start();
+    MIXERCAPS caps;
+    ASSERT_EQ(mixerGetDevCaps(reinterpret_cast<UINT_PTR>(m_mixer), &caps, sizeof caps), MMSYSERR_NOERROR);
+    EXPECT_STREQ(caps.szPname, "Null Output");
+
+    double slowest = 0;
+    for (int percent = 10; percent <= 100; percent += 10) {
+        const Clock::time_point before = Clock::now();
+        RunProgram({"pactl", "set-sink-volume", "test", std::to_string(percent) + "%"});
+        if (percent == 100 && Value(m_masterVolume) == 65535) break;
+        ASSERT_TRUE(Announced(m_masterVolume)) << percent;
+        slowest = std::max(slowest, Ms(Clock::now() - before));
+        EXPECT_NEAR(Value(m_masterVolume), 655.35 * percent, 1);
+    }
+    std::printf("another program's change announced within %.1f ms of that program's start\n", slowest);
+    EXPECT_LT(slowest, 100);
+    RunProgram({"pactl", "set-sink-mute", "test", "1"});
+    ASSERT_TRUE(Announced(m_masterMute));
+    EXPECT_EQ(Value(m_masterMute), 1U);
+
+    EXPECT_EQ(SetValue(m_mixer, m_masterMute, 0), MMSYSERR_NOERROR);
+    EXPECT_TRUE(Announced(m_masterMute)) << "one's own change";
+    EXPECT_TRUE(Eventually([] { return Contains(RunProgram({"pactl", "get-sink-mute", "test"}), "no"); }));
+    EXPECT_EQ(SetValue(m_mixer, m_masterVolume, 32768), MMSYSERR_NOERROR);
+    EXPECT_TRUE(Eventually([] {
+        return Contains(RunProgram({"pactl", "get-sink-volume", "test"}), " 50% ");
+    }));
+
+    for (const DWORD value : {0U, 1U, 32767U, 32768U, 40001U, 65534U, 65535U}) {
+        SetValue(m_mixer, m_masterVolume, value);
+        const std::string there = std::to_string(std::lround(value * (65536.0 / 65535.0))) + " / ";
+        ASSERT_TRUE(Eventually([&] {
+            return Contains(RunProgram({"pactl", "get-sink-volume", "test"}), there);
+        })) << there;
+        End();
+        Connect();
+        EXPECT_EQ(Value(m_masterVolume), value) << "after coming back";
+    }
+}
+
+TEST_F(PulseMixer, TheBalanceStaysWhenTheVolumeMoves) {
+    Start();
+    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=two", "channels=2"});
+    RunProgram({"pactl", "set-sink-volume", "two", "80%", "40%"});
+    RunProgram({"pactl", "set-default-sink", "two"});
+    ASSERT_TRUE(Eventually([this] { return Value(m_masterVolume) / 10 == 5242; })) << "the loudest channel's";
+    SetValue(m_mixer, m_masterVolume, 26214);
+    std::string volumes;
+    EXPECT_TRUE(Eventually([&] {
+        volumes = RunProgram({"pactl", "get-sink-volume", "two"});
+        return Contains(volumes, " 40% ") && Contains(volumes, " 20% ");
+    })) << volumes;
+}
+
+TEST_F(PulseMixer, ASliderBeingDraggedIsNeverThrownBack) {
+    Start();
+    OpenWave();
+    ASSERT_TRUE(Eventually([] {
+        return Contains(RunProgram({"pactl", "list", "sink-inputs"}), "Sink Input");
+    }));
+    for (DWORD value = 65000; value > 20000; value -= 450) {
+        SetValue(m_mixer, m_masterVolume, value);
+        SetValue(m_mixer, m_waveVolume, value);
+        for (int look = 0; look < 4; ++look) {
+            std::this_thread::sleep_for(1ms);
+            ASSERT_EQ(Value(m_masterVolume), value);
+            ASSERT_EQ(Value(m_waveVolume), value);
+        }
+    }
+}
+
+TEST_F(PulseMixer, TheWaveOutputKeepsItsVolumeWithoutAStreamAndBetweenRuns) {
+    Start();
+    EXPECT_EQ(Value(m_waveVolume), 65535U);
+    SetValue(m_mixer, m_waveVolume, 26214);
+    SetValue(m_mixer, m_waveMute, 1);
+    EXPECT_TRUE(Announced(m_waveMute));
+    OpenWave();
+    std::string streams;
+    EXPECT_TRUE(Eventually([&] {
+        streams = RunProgram({"pactl", "list", "sink-inputs"});
+        return Contains(streams, " 40% ") && Contains(streams, "Mute: yes");
+    })) << streams;
+    EXPECT_TRUE(Contains(streams, "application.name = \"Trivelle Message Player\"")) << streams;
+
+    const std::string index =
+        streams.substr(streams.find('#') + 1, streams.find('\n') - streams.find('#') - 1);
+    TakePosted();
+    RunProgram({"pactl", "set-sink-input-volume", index, "70%"});
+    EXPECT_TRUE(Announced(m_waveVolume));
+    RunProgram({"pactl", "set-sink-input-mute", index, "0"});
+    EXPECT_TRUE(Announced(m_waveMute));
+    EXPECT_NEAR(Value(m_waveVolume), 45875, 1);
+    EXPECT_EQ(Value(m_waveMute), 0U);
+    CloseWave();
+    std::this_thread::sleep_for(50ms);
+    EXPECT_NEAR(Value(m_waveVolume), 45875, 1) << "without the stream";
+    SetValue(m_mixer, m_waveVolume, 30000);
+    std::this_thread::sleep_for(100ms);
+
+    End();
+    Connect();
+    EXPECT_EQ(Value(m_waveVolume), 30000U) << "the next run";
+    OpenWave();
+    EXPECT_TRUE(Eventually([] { return Contains(RunProgram({"pactl", "list", "sink-inputs"}), " 46% "); }));
+    EXPECT_EQ(Value(m_waveVolume), 30000U);
+}
+
+TEST_F(PulseMixer, WithoutStreamRestoreTheValuesReachTheNextStream) {
+    Start();
+    RunProgram({"pactl", "unload-module", "module-stream-restore"});
+    End();
+    Connect();
+    SetValue(m_mixer, m_waveVolume, 13107);
+    SetValue(m_mixer, m_waveMute, 1);
+    OpenWave();
+    std::string streams;
+    EXPECT_TRUE(Eventually([&] {
+        streams = RunProgram({"pactl", "list", "sink-inputs"});
+        return Contains(streams, " 20% ") && Contains(streams, "Mute: yes");
+    })) << streams;
+    EXPECT_EQ(Value(m_waveVolume), 13107U);
+}
+
+TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
+    Start();
+    EXPECT_EQ(Value(m_peak), 0U) << "no stream";
+    OpenWave();
+    std::this_thread::sleep_for(50ms);
+    const auto meters = [] { return RunProgram({"pactl", "list", "short", "source-outputs"}); };
+    EXPECT_EQ(meters(), "");
+    // Looks at the meter as often as the dialog does.
+    const auto settle = [this] {
+        DWORD level = 0;
+        for (int i = 0; i < 12; ++i) {
+            level = Value(m_peak);
+            std::this_thread::sleep_for(50ms);
+        }
+        return static_cast<double>(level);
+    };
+    {
+        Tone tone(m_wave, 16000);
+        tone.Play();
+        EXPECT_NEAR(settle(), 16000, 200);
+        EXPECT_NE(meters(), "");
+    }
+    SetValue(m_mixer, m_waveVolume, 32768);
+    std::this_thread::sleep_for(100ms);
+    {
+        Tone tone(m_wave, 16000);
+        tone.Play();
+        EXPECT_NEAR(settle(), 16000 / 8.0, 100) << "half of the way is an eighth of the amplitude";
+    }
+    EXPECT_EQ(settle(), 0) << "silence";
+    CloseWave();
+    EXPECT_EQ(Value(m_peak), 0U);
+    OpenWave();
+    EXPECT_TRUE(Eventually([this] {
+        Value(m_peak);
+        std::this_thread::sleep_for(20ms);
+        return Contains(RunProgram({"pactl", "list", "short", "source-outputs"}), "float");
+    })) << "a meter on the new stream";
+    EXPECT_TRUE(Eventually([&] { return meters().empty(); }, 3s)) << "closed when nobody reads";
+
+    timespec before;
+    timespec after;
+    Tone tone(m_wave, 16000);
+    tone.Play();
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &before);
+    for (int i = 0; i < 16; ++i) {
+        Value(m_peak);
+        std::this_thread::sleep_for(50ms);
+    }
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &after);
+    const double used = static_cast<double>(after.tv_sec - before.tv_sec) * 1e3 +
+                        static_cast<double>(after.tv_nsec - before.tv_nsec) / 1e6;
+    std::printf("processor, playing with the meter read: %.2f %% of a core\n", used / 800 * 100);
+}
+
+TEST_F(PulseMixer, FollowsTheDefaultSink) {
+    Start();
+    SetValue(m_mixer, m_masterVolume, 10000);
+    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=other",
+                "sink_properties=device.description=Elsewhere"});
+    TakePosted();
+    RunProgram({"pactl", "set-default-sink", "other"});
+    ASSERT_TRUE(Announced(m_masterVolume));
+    MIXERCAPS caps;
+    ASSERT_EQ(mixerGetDevCaps(reinterpret_cast<UINT_PTR>(m_mixer), &caps, sizeof caps), MMSYSERR_NOERROR);
+    EXPECT_STREQ(caps.szPname, "Elsewhere");
+    EXPECT_EQ(Value(m_masterVolume), 65535U);
+
+    // The default goes away, then the last sink does.
+    RunProgram({"pactl", "unload-module", "module-null-sink"});
+    DWORD value = 77;
+    EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NODRIVER; }));
+    EXPECT_EQ(SetValue(m_mixer, m_masterVolume, 1), MMSYSERR_NODRIVER);
+    EXPECT_EQ(mixerGetNumDevs(), 0U);
+    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=third"});
+    TakePosted();
+    EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NOERROR; }));
+}
+
+TEST_F(PulseMixer, AServerThatEndsStopsAnsweringOrReturns) {
+    Start();
+    DWORD value = 0;
+    m_server->Freeze();
+    double worst = 0;
+    for (int i = 0; i < 200; ++i) {
+        const Clock::time_point before = Clock::now();
+        SetValue(m_mixer, m_masterVolume, static_cast<DWORD>(i));
+        SetValue(m_mixer, m_waveMute, static_cast<DWORD>(i % 2));
+        GetValue(m_mixer, m_masterVolume, value);
+        GetValue(m_mixer, m_peak, value);
+        worst = std::max(worst, Ms(Clock::now() - before));
+    }
+    std::printf("worst four mixer calls on a stopped server: %.2f ms\n", worst);
+    EXPECT_LT(worst, 20);
+
+    m_server->Kill();
+    EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NODRIVER; }));
+    EXPECT_EQ(GetValue(m_mixer, m_peak, value), MMSYSERR_NODRIVER);
+    EXPECT_EQ(mixerGetNumDevs(), 0U);
+    m_server = std::make_unique<PrivateServer>();
+    TakePosted();
+    // Reading the meter, as the open dialog does, finds the server again.
+    EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_peak, value) == MMSYSERR_NOERROR; }, 4s));
+    EXPECT_TRUE(Announced(m_masterVolume));
+    EXPECT_EQ(Value(m_masterVolume), 65535U);
+
+    End();
+    m_server->Freeze();
+    UseSystemSound();
+    const Clock::time_point before = Clock::now();
+    EXPECT_EQ(mixerGetNumDevs(), 0U);
+    EXPECT_LT(Ms(Clock::now() - before), 1200);
+}
+
+}  // namespace
