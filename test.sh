@@ -47,7 +47,7 @@ for suite in "${suites[@]}"; do
             ;;
     esac
     echo "== $suite"
-    cmake --preset "$suite" --log-level=WARNING
+    cmake --preset "$suite" --log-level=WARNING >/dev/null
     "${prefix[@]}" cmake --build --preset "$suite" -- -j"$jobs" --quiet
     "${prefix[@]}" ctest --preset "$suite" -j"$jobs" --no-tests=error "${select[@]}" || failed+=("$suite")
 done

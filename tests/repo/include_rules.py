@@ -29,7 +29,7 @@ PLAYER = ("app", "playback", "audio", "video", "controls", "volume")
 RULES = {
     "decoders": (("playback", "video"), ("gsm",)),
     "player": (PLAYER + ("res", "platform/framework", "platform/sound", "platform/shell"), ("gsm",)),
-    "res": (("res",), ()),
+    "res": (("res", "platform/framework"), ()),
     "platform/framework": (("platform",), ("system",)),
     "platform/qt": (("platform",), ("system", "qt")),
     "platform/sound": (("platform",), ("system",)),

@@ -1,0 +1,79 @@
+#!/bin/bash
+# Sets up, builds the player and plays a message, or the sample where none is named.
+#
+#   ./play.sh [--for SECONDS] [--player PROGRAM] [MESSAGE]
+#
+# On a machine without a display the player gets a virtual one, and without a sound card a sound server of its
+# own; the script then says how to look and listen, nothing of the person's own is touched, and everything ends
+# with the player. Ctrl+C ends it too. With --for the player's window is closed after that time; with --player
+# a player that has been built already is used as it is.
+set -euo pipefail
+
+usage() {
+    echo "usage: play.sh [--for SECONDS] [--player PROGRAM] [MESSAGE]" >&2
+    exit 2
+}
+
+seconds=
+program=
+while [ $# -gt 0 ]; do
+    case $1 in
+        --for) [ $# -ge 2 ] && seconds=$2 && shift || usage ;;
+        --player) [ $# -ge 2 ] && program=$2 && shift || usage ;;
+        --) shift && break ;;
+        -*) usage ;;
+        *) break ;;
+    esac
+    shift
+done
+[ $# -le 1 ] || usage
+root=$(dirname "$(readlink -f "$0")")
+message=$(realpath -s -- "${1:-$root/res/sample/welcome.trv}")
+if [ ! -r "$message" ]; then
+    echo "play.sh: cannot read $message" >&2
+    exit 1
+fi
+cd "$root"
+
+if [ -z "$program" ]; then
+    ./setup.sh
+    cmake --preset release --log-level=WARNING >/dev/null
+    cmake --build --preset release --target trvplayer -- --quiet
+    program=build/release/app/trvplayer
+fi
+player=("$(realpath -- "$program")" "$message")
+if [ -n "$seconds" ]; then
+    player=("$root/scripts/close-after" "$seconds" "${player[@]}")
+fi
+
+# An X display that answers, or a Wayland one that the installed Qt can use.
+has_display() {
+    if [ -n "${DISPLAY:-}" ] && timeout 5 xdpyinfo >/dev/null 2>&1; then
+        return 0
+    fi
+    local socket=${WAYLAND_DISPLAY:-}
+    [ -n "$socket" ] || return 1
+    [ "${socket:0:1}" = / ] || socket=${XDG_RUNTIME_DIR:-}/$socket
+    [ -S "$socket" ] && compgen -G "/usr/lib/*/qt6/plugins/platforms/libqwayland*.so" >/dev/null
+}
+
+# A sound server with more than the sink that a server without a card makes up, or a card to start one for.
+has_sound() {
+    local no_start sink
+    no_start=$(mktemp)
+    echo "autospawn = no" >"$no_start"
+    sink=$(PULSE_CLIENTCONFIG=$no_start timeout 5 pactl get-default-sink 2>/dev/null) || sink=
+    rm -f "$no_start"
+    case $sink in
+        auto_null | @DEFAULT_SINK@) return 1 ;;
+        "") [ "$(id -u)" -ne 0 ] && grep -q '^ *[0-9]' /proc/asound/cards 2>/dev/null ;;
+    esac
+}
+
+if ! has_display; then
+    exec scripts/private-session --say "${player[@]}"
+elif ! has_sound; then
+    exec scripts/private-session --say --only-sound "${player[@]}"
+else
+    exec "${player[@]}"
+fi
