@@ -41,7 +41,7 @@ fuzz=(
 bench=(
     libbenchmark-dev
     mpv ffmpeg sox
-    libopenjp2-tools libturbojpeg0-dev
+    libturbojpeg0-dev libopenjp2-7-dev libsox-fmt-all python3-xlib python3-matplotlib
     espeak-ng
 )
 

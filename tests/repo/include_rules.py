@@ -36,7 +36,7 @@ RULES = {
     "platform/pulse": (("platform",), ("system", "pulse")),
     "platform/shell": (("platform",), ("system",)),
     "tools": (("tools", "playback", "video"), ("gsm", "system", "qt", "sndfile")),
-    "bench": (PLAYER + ("bench", "tests", "tools", "platform"), ("gsm", "system", "qt", "sndfile", "benchmark")),
+    "bench": (PLAYER + ("bench", "tests", "tools", "platform"), ("gsm", "system", "qt", "sndfile", "benchmark", "pictures")),
     "tests": (PLAYER + ("tests", "tools", "res", "platform"), ("gsm", "system", "qt", "sndfile", "gtest")),
 }
 
@@ -61,6 +61,8 @@ def library(name):
         return "gtest"
     if inside(name, "benchmark"):
         return "benchmark"
+    if name == "turbojpeg.h" or name.startswith("openjpeg-"):
+        return "pictures"
     if os.path.exists(os.path.join("/usr/include", name)) and not inside(name, "X11"):
         return "system"
     # The C library's kernel headers, which Debian keeps in a folder of the machine's kind.
