@@ -36,7 +36,8 @@ RULES = {
     "platform/pulse": (("platform",), ("system", "pulse")),
     "platform/shell": (("platform",), ("system",)),
     "tools": (("tools", "playback", "video"), ("gsm", "system", "qt", "sndfile")),
-    "bench": (PLAYER + ("bench", "tests", "tools", "platform"), ("gsm", "system", "qt", "sndfile", "benchmark", "pictures")),
+    "bench": (PLAYER + ("bench", "tests", "tools", "platform"),
+              ("gsm", "system", "qt", "sndfile", "benchmark", "pictures")),
     "tests": (PLAYER + ("tests", "tools", "res", "platform"), ("gsm", "system", "qt", "sndfile", "gtest")),
 }
 
