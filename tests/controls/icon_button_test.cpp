@@ -210,6 +210,7 @@ TEST_F(IconButton, DoubleClickIsTwoPresses) {
     Press();
     Release(Inside());
     Press(QEvent::MouseButtonDblClick);
+    EXPECT_EQ(CWnd::GetCapture(), &m_row.m_play) << "the second press holds the mouse like the first";
     Release(Inside());
     EXPECT_EQ(m_row.m_clicks, 2);
 }

@@ -87,12 +87,16 @@ TEST_F(PositionBar, NewRangeAndLeadShowAtTheNextPaint) {
 
 TEST_F(PositionBar, AStepThatMovesNoPixelIsNotPainted) {
     m_bar.SetRange(1000);
-    Step(10);
+    m_bar.SetLead(200);
+    Step(250);
     Scribble(m_bar);
-    Step(9);
-    EXPECT_TRUE(IsScribbled(m_bar, 50, 5));
+    Step(8);
+    EXPECT_TRUE(IsScribbled(m_bar, 50, 5)) << "head 258, tail 59";
     m_bar.StepIt();
-    ExpectBand(0, 2, "head at 20 of 1000");
+    ExpectBand(6, 25, "the tail alone moved");
+    Scribble(m_bar);
+    m_bar.StepIt();
+    ExpectBand(6, 26, "the head alone moved");
 }
 
 }  // namespace

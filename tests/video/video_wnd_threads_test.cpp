@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 #include <new>
 #include <random>
@@ -100,6 +101,10 @@ private:
     std::thread m_thread;
 };
 
+std::ptrdiff_t ThreadCount() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
 TEST(VideoWndThreads, RandomPlayPauseStopNeverTearsReordersOrDrawsAfterwards) {
     ui_test::HostDialog host(IDD_PLAYER_DIALOG);
     Checker checker;
@@ -147,6 +152,27 @@ TEST(VideoWndThreads, RandomPlayPauseStopNeverTearsReordersOrDrawsAfterwards) {
     const auto longestMs = std::chrono::duration<double, std::milli>(longest).count();
     RecordProperty("longest_stop_ms", std::to_string(longestMs));
     EXPECT_LT(longestMs, 20.0);
+}
+
+// Pause finds the pacing thread at each stage of its start.
+TEST(VideoWndThreads, PlayAndPauseBackToBackLeaveNoThread) {
+    ui_test::HostDialog host(IDD_PLAYER_DIALOG);
+    CVideoWnd video(&host, nullptr, kWidth, kHeight, 5, kSlots);
+    video.Play();
+    video.Pause();
+    const auto before = ThreadCount();
+    for (int i = 0; i < 2000; ++i) {
+        video.Play();
+        const auto until = Clock::now() + std::chrono::microseconds(i % 120);
+        while (Clock::now() < until) {
+        }
+        video.Pause();
+    }
+    // The system may list a thread a little longer than it runs.
+    const auto end = Clock::now() + 2s;
+    while (ThreadCount() != before && Clock::now() < end) std::this_thread::sleep_for(1ms);
+    EXPECT_EQ(ThreadCount(), before);
+    EXPECT_EQ(timeGetPeriodRequests(), 0);
 }
 
 // The UI thread sits in a long operation; pictures go on to the window's picture all the same.
