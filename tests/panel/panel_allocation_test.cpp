@@ -13,7 +13,10 @@ thread_local bool t_windowThread = false;
 
 void* Allocate(std::size_t size) {
     if (g_counting && !t_windowThread) ++g_allocations;
-    void* memory = std::malloc(size == 0 ? 1 : size);
+    return std::malloc(size == 0 ? 1 : size);
+}
+void* AllocateOrThrow(std::size_t size) {
+    void* memory = Allocate(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
@@ -21,9 +24,15 @@ void* Allocate(std::size_t size) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    return Allocate(size);
+    return AllocateOrThrow(size);
 }
 void* operator new[](std::size_t size) {
+    return AllocateOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);
 }
 void operator delete(void* memory) noexcept {

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/framework/window.h"
+#include "platform/sound/simulated_mixer_driver.h"
 #include "res/player_resources.h"
 #include "res/resource.h"
 
@@ -31,6 +32,7 @@ void PlayerTest::SetUpTestSuite() {
 
 void PlayerTest::SetUp() {
     m_before = SetWaveDriver(m_sound);
+    SetMixerDriver(std::make_shared<SimulatedMixerDriver>());
     m_app = std::make_unique<CWinApp>();
     m_main = std::make_unique<TestMainWindow>();
     m_app->m_pMainWnd = m_main.get();
@@ -41,6 +43,7 @@ void PlayerTest::TearDown() {
     m_main->DestroyWindow();
     m_main.reset();
     m_app.reset();
+    SetMixerDriver(nullptr);
     SetWaveDriver(m_before);
 }
 
@@ -67,14 +70,19 @@ COLORREF PlayerTest::Pixel(HWND window, int x, int y) const {
 }
 
 bool PlayerTest::Hear(int blocks) {
+    using Clock = std::chrono::steady_clock;
     const int end = BlocksHeard() + blocks;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    auto progress = Clock::now();
     while (BlocksHeard() < end) {
-        if (std::chrono::steady_clock::now() >= deadline) return false;
         const int before = BlocksHeard();
         m_sound->Advance(20);
         HeadlessToolkit::Pump();
-        if (BlocksHeard() == before) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (BlocksHeard() != before) {
+            progress = Clock::now();
+        } else {
+            if (Clock::now() - progress > std::chrono::seconds(20)) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     }
     return true;
 }

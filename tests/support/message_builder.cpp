@@ -23,6 +23,23 @@ MessageBuilder& MessageBuilder::Speech(int blocks) {
     return *this;
 }
 
+MessageBuilder& MessageBuilder::Silence(int blocks) {
+    int16_t samples[kSpeechFrameSamples] = {};
+    gsm_frame coded;
+    gsm encoder = gsm_create();
+    for (int i = 0; i < blocks; ++i) {
+        m_data.push_back(kSpeechRecord);
+        for (int k = 0; k < kFramesPerSpeechBlock; ++k) {
+            uint8_t frame[kSpeechFrameBytes];
+            gsm_encode(encoder, samples, coded);
+            RepackSpeechFrameFromGsm(coded, frame);
+            m_data.insert(m_data.end(), std::begin(frame), std::end(frame));
+        }
+    }
+    gsm_destroy(encoder);
+    return *this;
+}
+
 MessageBuilder& MessageBuilder::Picture() {
     constexpr size_t kLength = 600;
     Bytes({kVideoRecord, kLength & 0xFF, kLength >> 8});

@@ -13,6 +13,8 @@ public:
 
     // Speech blocks of frames that decode to noise, each different from all others.
     MessageBuilder& Speech(int blocks);
+    // Speech blocks of silence; Samples leaves them out.
+    MessageBuilder& Silence(int blocks);
     // A picture record; each one decodes to a different picture.
     MessageBuilder& Picture();
     MessageBuilder& Bytes(const std::vector<uint8_t>& bytes);
