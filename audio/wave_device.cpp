@@ -4,6 +4,7 @@
 
 #include "platform/framework/afxwin.h"
 #include "playback/player_messages.h"
+#include "volume/volume_dlg.h"
 
 BEGIN_MESSAGE_MAP(CWaveDevice, CStatic)
 ON_MESSAGE(MM_WOM_DONE, OnWaveOutDone)
@@ -29,9 +30,13 @@ CWaveDevice::CWaveDevice(CWnd* pParent, CWaveClient* pClient, int nDirection, in
     CRect rect;
     m_pParent->GetClientRect(rect);
     CreateEx(0, AfxRegisterWndClass(0), "", WS_CHILD, rect, m_pParent, 0);
+
+    m_pVolumeDlg = new CVolumeDlg(this);
+    m_pVolumeDlg->Create();
 }
 
 CWaveDevice::~CWaveDevice() {
+    delete m_pVolumeDlg;
     DestroyWindow();
 }
 
@@ -173,4 +178,10 @@ LRESULT CWaveDevice::OnVolumeClosed(WPARAM, LPARAM) {
     return 0;
 }
 
-void CWaveDevice::ShowVolumeControls(BOOL /*bShow*/) {}
+void CWaveDevice::ShowVolumeControls(BOOL bShow) {
+    if (bShow) {
+        m_pVolumeDlg->Show();
+    } else {
+        m_pVolumeDlg->Hide();
+    }
+}

@@ -93,5 +93,5 @@ private:
     // the order of writing, so that many of the next ones count for nothing.
     int m_nStale = 0;
 
-    CVolumeDlg* m_pVolumeDlg = nullptr;
+    CVolumeDlg* m_pVolumeDlg = nullptr;  // owned
 };

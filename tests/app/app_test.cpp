@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "platform/sound/simulated_mixer_driver.h"
 #include "res/player_resources.h"
 
 namespace app_test {
@@ -53,6 +54,7 @@ void PlayerTest::SetUp() {
     QApplication::exec();
 
     SetWaveDriver(m_sound);
+    SetMixerDriver(std::make_shared<SimulatedMixerDriver>());
     m_pDlg = new CPlayerDlg;
     m_hWnd = m_pDlg->GetSafeHwnd();
     ASSERT_TRUE(IsWindow(m_hWnd));
@@ -64,6 +66,7 @@ void PlayerTest::SetUp() {
 void PlayerTest::TearDown() {
     if (IsWindow(m_hWnd)) m_pDlg->DestroyWindow();
     Pump();
+    SetMixerDriver(nullptr);
     SetWaveDriver(nullptr);
 }
 

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/framework/afxwin.h"
+#include "platform/sound/simulated_mixer_driver.h"
 #include "platform/sound/simulated_wave_driver.h"
 #include "playback/player_messages.h"
 #include "res/player_resources.h"
@@ -33,6 +34,7 @@ protected:
 
     void SetUp() override {
         m_before = SetWaveDriver(m_sound);
+        SetMixerDriver(std::make_shared<SimulatedMixerDriver>());
         ASSERT_TRUE(m_host.Create(IDD_ABOUTBOX));
         m_device = std::make_unique<CWaveDevice>(&m_host, &m_client, CWaveDevice::kPlay, kSamples, kThreshold,
                                                  2, 8000);
@@ -41,6 +43,7 @@ protected:
         if (m_device) m_device->Close();
         m_device.reset();
         m_host.DestroyWindow();
+        SetMixerDriver(nullptr);
         SetWaveDriver(m_before);
     }
 
