@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Each header outside tests/ compiles alone, twice in a row, with the flags of its own folder.
+"""Each header outside tests/ compiles alone, twice in a row, as the build compiles the code that uses it.
 
     headers_alone.py ROOT BUILD
 
-The flags are those of a source file of the same folder in BUILD/compile_commands.json.
+The flags are those that BUILD/compile_commands.json has for a source file that includes the header, else for
+one of the same folder.
 """
 
 import concurrent.futures
@@ -16,13 +17,13 @@ import sys
 import tree
 
 
-def flags_by_folder(root, build):
+def flags_by_header_and_folder(root, build):
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
         entries = json.load(file)
     flags = {}
     for entry in entries:
-        folder = os.path.relpath(os.path.dirname(os.path.realpath(entry["file"])), root)
-        if not entry["file"].endswith(".cpp"):
+        source = os.path.relpath(os.path.realpath(entry["file"]), root)
+        if not source.endswith(".cpp") or source.startswith((os.pardir, "build", "tests", "bench")):
             continue
         words = shlex.split(entry["command"])
         kept = [words[0]]
@@ -34,13 +35,16 @@ def flags_by_folder(root, build):
                 skip = True
             elif not word.startswith(("-fsanitize", "-O", "-g")):
                 kept.append(word)
-        flags.setdefault(folder, (kept, entry["directory"]))
+        kept = (kept, entry["directory"])
+        flags.setdefault(os.path.dirname(source), kept)
+        for _, name, quoted in tree.includes(tree.read(root, source)):
+            if quoted:
+                flags.setdefault(name, kept)
     return flags
 
 
 def check(header, flags, any_flags):
-    folder = os.path.dirname(header)
-    command, directory = flags.get(folder, any_flags)
+    command, directory = flags.get(header) or flags.get(os.path.dirname(header), any_flags)
     text = f'#include "{header}"\n' * 2
     result = subprocess.run(command + ["-fsyntax-only", "-x", "c++", "-"], input=text, text=True,
                             cwd=directory, capture_output=True)
@@ -49,7 +53,7 @@ def check(header, flags, any_flags):
 
 def main():
     root, build = (os.path.realpath(a) for a in sys.argv[1:3])
-    flags = flags_by_folder(root, build)
+    flags = flags_by_header_and_folder(root, build)
     headers = [n for n in tree.files(root)
                if n.endswith(".h") and n.split("/")[0] not in ("tests", "bench")]
     if not headers or not flags:

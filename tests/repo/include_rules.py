@@ -27,7 +27,7 @@ PLAYER = ("app", "playback", "audio", "video", "controls", "volume")
 
 # What each part may include besides the C++ library: folders of this repository, and libraries.
 RULES = {
-    "decoders": (("playback", "video"), ("gsm",)),
+    "decoders": (("playback", "video"), ("gsm", "intrinsics")),
     "player": (PLAYER + ("res", "platform/framework", "platform/sound", "platform/shell"), ("gsm",)),
     "res": (("res", "platform/framework"), ()),
     "platform/framework": (("platform",), ("system",)),
@@ -36,7 +36,7 @@ RULES = {
     "platform/pulse": (("platform",), ("system", "pulse")),
     "platform/shell": (("platform",), ("system",)),
     "tools": (("tools", "playback", "video"), ("gsm", "system", "qt", "sndfile")),
-    "bench": (PLAYER + ("bench", "tests", "tools", "platform"),
+    "bench": (PLAYER + ("bench", "tests", "tools", "res", "platform"),
               ("gsm", "system", "qt", "sndfile", "benchmark", "pictures")),
     "tests": (PLAYER + ("tests", "tools", "res", "platform"), ("gsm", "system", "qt", "sndfile", "gtest")),
 }
@@ -48,7 +48,8 @@ def inside(name, folder):
 
 def library(name):
     """Which library an include in angle brackets belongs to."""
-    if name in CXX:
+    # The compiler's own intrinsics come with the language.
+    if name in CXX or name.endswith("intrin.h"):
         return "std"
     if name in ("gsm.h", "gsm/gsm.h"):
         return "gsm"
@@ -66,8 +67,10 @@ def library(name):
         return "pictures"
     if os.path.exists(os.path.join("/usr/include", name)) and not inside(name, "X11"):
         return "system"
+    if name.endswith("intrin.h"):
+        return "intrinsics"
     # The C library's kernel headers, which Debian keeps in a folder of the machine's kind.
-    return "system" if inside(name, "sys") or name.endswith("intrin.h") else "unknown"
+    return "system" if inside(name, "sys") else "unknown"
 
 
 def part_of(name, decoders):
@@ -138,6 +141,7 @@ class IncludeRules(unittest.TestCase):
             ("video/vdec.cpp", "<vector>", True),
             ("video/vdec.cpp", '"playback/message_file.h"', True),
             ("video/vdec.cpp", "<gsm.h>", True),
+            ("video/vdec.cpp", "<immintrin.h>", True),
             ("video/vdec.cpp", "<unistd.h>", False),
             ("video/vdec.cpp", '"platform/framework/afxwin.h"', False),
             ("video/vdec.cpp", '"app/app.h"', False),
