@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
-// Four doubles at a time. For files compiled with AVX2 but without FMA.
+#ifdef __AVX2__
+
+// Four doubles at a time. For files compiled with AVX2 but without FMA; for others it is not there.
 struct Avx2Vector {
     using Reg = __m256d;
     static constexpr int kLanes = 4;
@@ -35,3 +37,5 @@ struct Avx2Vector {
                             _mm256_blend_epi16(Truncate(even), _mm256_slli_epi32(Truncate(odd), 16), 0xAA));
     }
 };
+
+#endif

@@ -21,7 +21,11 @@ void CheckGroup(const VdecCodes& codes, size_t group, const std::vector<uint8_t>
         if (i < count) {
             const int32_t symbol =
                 huff_decode_symbol(codes.trees[group], payload.data(), payload.size(), bit_position);
-            if (symbol != kHuffEndOfPayload) value = vdec_symbol_value(symbol, info.sign_point);
+            if (symbol != kHuffEndOfPayload) {
+                value = vdec_symbol_value(symbol, info.sign_point);
+            } else if (i >= info.value_count) {
+                return;
+            }
         }
         if (i < info.value_count) Require(symbols.values[info.first_value + i] == value);
     }
