@@ -42,7 +42,7 @@ bench=(
     libbenchmark-dev
     mpv ffmpeg sox
     libturbojpeg0-dev libopenjp2-7-dev libsox-fmt-all python3-xlib python3-matplotlib
-    espeak-ng
+    espeak-ng # tools/sample makes the sample messages with it
 )
 
 wanted=("${build[@]}" "${run[@]}" "${test[@]}")
