@@ -250,17 +250,15 @@ LRESULT QtPeer::SliderMessage(UINT message, LPARAM lParam) {
     const QSignalBlocker quiet(m_slider);
     switch (message) {
         case TBM_GETPOS:
-            return m_slider->value();
+            return m_slider->Position();
         case TBM_SETPOS:
-            m_slider->setValue(static_cast<int>(lParam));
+            m_slider->SetPosition(static_cast<int>(lParam));
             return 0;
         case TBM_SETRANGEMIN:
-            m_slider->setMinimum(static_cast<int>(lParam));
-            m_slider->RangeChanged();
+            m_slider->SetPositionRange(static_cast<int>(lParam), m_slider->maximum());
             return 0;
         case TBM_SETRANGEMAX:
-            m_slider->setMaximum(static_cast<int>(lParam));
-            m_slider->RangeChanged();
+            m_slider->SetPositionRange(m_slider->minimum(), static_cast<int>(lParam));
             return 0;
         default:
             return 0;

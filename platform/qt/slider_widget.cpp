@@ -4,11 +4,23 @@
 
 SliderWidget::SliderWidget(HWND window, QWidget* parent)
     : WindowWidget<QSlider>(window, Qt::Vertical, parent) {
-    // The minimum is at the top, and "up" goes towards it.
-    setInvertedAppearance(true);
-    setInvertedControls(true);
     setTickPosition(QSlider::TicksBothSides);
-    connect(this, &QSlider::valueChanged, [this](int position) { Tell(position); });
+    connect(this, &QSlider::valueChanged, [this] { Tell(Position()); });
+}
+
+int SliderWidget::Position() const {
+    return minimum() + maximum() - value();
+}
+
+void SliderWidget::SetPosition(int position) {
+    setValue(minimum() + maximum() - position);
+}
+
+void SliderWidget::SetPositionRange(int lowest, int highest) {
+    const int position = Position();
+    setRange(lowest, std::max(lowest, highest));
+    SetPosition(position);
+    RangeChanged();
 }
 
 void SliderWidget::RangeChanged() {
@@ -19,13 +31,23 @@ void SliderWidget::RangeChanged() {
 }
 
 void SliderWidget::keyPressEvent(QKeyEvent* event) {
-    // A trackbar takes left for up and right for down.
-    if (event->key() == Qt::Key_Left)
-        triggerAction(SliderSingleStepSub);
-    else if (event->key() == Qt::Key_Right)
-        triggerAction(SliderSingleStepAdd);
-    else
-        WindowWidget<QSlider>::keyPressEvent(event);
+    // A trackbar takes left for up and right for down, and its beginning is the top.
+    switch (event->key()) {
+        case Qt::Key_Left:
+            triggerAction(SliderSingleStepAdd);
+            break;
+        case Qt::Key_Right:
+            triggerAction(SliderSingleStepSub);
+            break;
+        case Qt::Key_Home:
+            triggerAction(SliderToMaximum);
+            break;
+        case Qt::Key_End:
+            triggerAction(SliderToMinimum);
+            break;
+        default:
+            WindowWidget<QSlider>::keyPressEvent(event);
+    }
 }
 
 void SliderWidget::Tell(int position) {

@@ -56,16 +56,21 @@ public:
     CheckBoxWidget(HWND window, QWidget* parent);
 };
 
+// A vertical trackbar, whose positions count down from the top. The toolkit's value counts up from the
+// bottom, as the toolkit draws it and as assistive programs tell it.
 class SliderWidget : public WindowWidget<QSlider> {
 public:
     SliderWidget(HWND window, QWidget* parent);
-    // Keyboard steps follow the range.
-    void RangeChanged();
+    int Position() const;
+    void SetPosition(int position);
+    // Keeps the position where the range allows it; keyboard steps follow the range.
+    void SetPositionRange(int lowest, int highest);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void RangeChanged();
     void Tell(int position);
 };
 

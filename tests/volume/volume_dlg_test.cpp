@@ -98,11 +98,11 @@ protected:
         m_dlg->GetDlgItem(id)->GetWindowText(text);
         return text.Str();
     }
-    // The toolkit's slider that stands at a position, in the dialog that is shown.
-    QSlider* SliderAt(int position) {
+    // The toolkit's slider that stands for a volume, in the dialog that is shown.
+    QSlider* SliderAt(int volume) {
         for (QWidget* widget : QApplication::allWidgets()) {
             auto* slider = qobject_cast<QSlider*>(widget);
-            if (slider != nullptr && slider->isVisible() && slider->value() == position) return slider;
+            if (slider != nullptr && slider->isVisible() && slider->value() == volume) return slider;
         }
         return nullptr;
     }
@@ -210,8 +210,8 @@ TEST_F(VolumeDlg, AReadThatFailsLeavesWhatIsShown) {
 TEST_F(VolumeDlg, TheTopOfASliderIsLoudestAndTheKeysGoThatWay) {
     Make();
     m_dlg->Show();
-    QSlider* master = SliderAt(65535 - 40000);
-    QSlider* wave = SliderAt(65535 - 50000);
+    QSlider* master = SliderAt(40000);
+    QSlider* wave = SliderAt(50000);
     ASSERT_TRUE(master != nullptr && wave != nullptr);
     const struct {
         Qt::Key key;
@@ -232,7 +232,7 @@ TEST_F(VolumeDlg, TheTopOfASliderIsLoudestAndTheKeysGoThatWay) {
     }
     // Dragged, it writes as it goes.
     master->setSliderDown(true);
-    master->setSliderPosition(65535 - 111);
+    master->setSliderPosition(111);
     EXPECT_EQ(m_driver->Value(Driver::kMasterVolume), 111U);
     master->setSliderDown(false);
     EXPECT_EQ(m_driver->Value(Driver::kWaveVolume), 0U) << "the other slider stays";
