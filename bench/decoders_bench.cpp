@@ -45,7 +45,7 @@ const SampleMessage& Sample() {
     return sample;
 }
 
-// All 300 block positions coded, with values that fill about 12 kB.
+// Nearly all block positions coded, payloads of about 6 kB.
 const std::vector<Payload>& Busy() {
     static const std::vector<Payload> busy = [] {
         std::vector<Payload> payloads;
