@@ -127,7 +127,9 @@ bool WriteFile(const std::string& path, std::string_view content, mode_t mode, E
     std::string unnamed = path + ".XXXXXX";
     const int file = mkostemp(unnamed.data(), O_CLOEXEC);
     if (file < 0) return false;
-    bool done = WriteAll(file, content) && fchmod(file, mode) == 0 && fsync(file) == 0;
+    bool done = WriteAll(file, content) && fchmod(file, mode) == 0;
+    // What replaces a file of the user's must survive a power cut; that costs a start-up's worth of time.
+    if (existing == Existing::Replace) done = done && fsync(file) == 0;
     done = close(file) == 0 && done;
     if (existing == Existing::Keep) {
         done = done && link(unnamed.c_str(), path.c_str()) == 0;
