@@ -1,14 +1,33 @@
 // The toolkit's own dialogs: message box and file dialog.
+#include <QApplication>
+#include <QDeadlineTimer>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QWindow>
 
 #include "platform/qt/qt_toolkit.h"
 #include "platform/qt/toolkit.h"
 
+namespace {
+
+// A window that was shown just now has no place on the screen yet, where a dialog could go into its middle.
+void AwaitPlace(const QPointer<QDialog>& dialog) {
+    const QDeadlineTimer patience(500);
+    while (dialog != nullptr && dialog->parentWidget() != nullptr && !patience.hasExpired()) {
+        const QWindow* window = dialog->parentWidget()->windowHandle();
+        if (window == nullptr || window->isExposed() || dialog->parentWidget()->isMinimized()) return;
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents, 20);
+    }
+}
+
+}  // namespace
+
 int QtToolkit::RunDialog(HWND owner, QDialog* dialog) {
     const QPointer<QDialog> guard(dialog);
     m_modals.push_back({owner, nullptr, guard});
-    const int result = dialog->exec();
+    AwaitPlace(guard);
+    // The owner may have gone meanwhile.
+    const int result = guard == nullptr || WidgetOf(owner) == nullptr ? 0 : dialog->exec();
     std::erase_if(m_modals, [&](const Modal& modal) { return modal.dialog == guard; });
     return guard == nullptr ? static_cast<int>(QDialog::Rejected) : result;
 }
