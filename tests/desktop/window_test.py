@@ -5,7 +5,9 @@
 """
 
 import json
+import os
 import subprocess
+import time
 import unittest
 
 import desktop
@@ -74,11 +76,9 @@ class Window(desktop.DesktopTest):
         wait_for(lambda: len(popups()) == before, seconds=4, what="the end of the tool tip")
         # The focus is on Play/Pause: held, the window stands still; pressed again, it moves.
         self.keys("space")
-        wait_for(lambda: self.grab(window).data == self.grab(window).data, what="stillness")
-        self.assert_stays(lambda held=self.grab(window).data: self.grab(window).data == held, 0.3)
-        still = self.grab(window).data
+        self.wait_for_stillness(window)
         self.keys("space")
-        wait_for(lambda: self.grab(window).data != still, what="movement")
+        self.wait_for_movement(window)
 
     def test_a_file_that_is_no_message_is_reported_and_closes_what_played(self):
         player = self.start(self.sample("greeting-voice.trv"))
@@ -100,8 +100,7 @@ class Window(desktop.DesktopTest):
         wait_for(lambda: "Iconic" in run("xprop", "-id", window, "WM_STATE"), what="the icon")
         subprocess.run(["xdotool", "windowmap", window, "windowactivate", window], check=True)
         wait_for(lambda: "Normal" in run("xprop", "-id", window, "WM_STATE"), what="the window")
-        before = self.grab(window).data
-        wait_for(lambda: self.grab(window).data != before, what="movement")
+        self.wait_for_movement(window)
 
     def test_it_cannot_be_maximised_or_resized(self):
         player = self.start()
@@ -126,6 +125,49 @@ class Window(desktop.DesktopTest):
                     wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the focus back")
                 self.keys("alt+F4")
                 self.assertEqual(0, player.ended())
+
+    def test_the_volume_dialog_opens_mutes_nothing_and_goes_with_the_player(self):
+        subprocess.run(["pactl", "set-sink-mute", os.environ["TRV_SINK"], "1"], check=True)
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        wait_for(lambda: "no" in run("pactl", "get-sink-mute", os.environ["TRV_SINK"]), what="the sound back")
+        self.click(window, desktop.BUTTONS["volume"])
+        dialog = self.dialog(player, "^Audio Volume Controls$")
+        wait_for(lambda: run("xdotool", "getactivewindow").strip() == dialog, what="its focus")
+        for key, volume in (("End", " 0%"), ("Home", " 100%")):
+            self.keys(key)
+            wait_for(lambda: volume in run("pactl", "get-sink-volume", os.environ["TRV_SINK"]), what=volume)
+        self.keys("Escape", "Return")
+        self.assert_stays(lambda: windows(player.pid, "^Audio Volume Controls$"), 0.3)
+        self.keys("alt+F4")
+        self.assert_gone(player, "^Audio Volume Controls$")
+        wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the focus back")
+        self.click(window, desktop.BUTTONS["volume"])
+        self.dialog(player, "^Audio Volume Controls$")
+        subprocess.run(["xdotool", "windowactivate", "--sync", window], check=True)
+        self.keys("alt+F4")
+        self.assertEqual(0, player.ended())
+
+    def test_the_keyboards_media_keys_play_and_stop(self):
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        for key in ("XF86AudioPlay", "XF86AudioStop"):
+            self.wait_for_movement(window)
+            self.keys(key)
+            self.wait_for_stillness(window)
+            self.keys("XF86AudioPlay")
+
+    def wait_for_movement(self, window):
+        still = self.grab(window).data
+        wait_for(lambda: self.grab(window).data != still, what="movement")
+
+    def wait_for_stillness(self, window):
+        def still():
+            data = self.grab(window).data
+            time.sleep(0.3)
+            return self.grab(window).data == data
+        wait_for(still, what="stillness")
 
     def decoded(self, name):
         """The message's speech as trvdump gives it."""
