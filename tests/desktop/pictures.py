@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+"""Takes the pictures of the player that the documents show.
+
+    scripts/private-session --screen 640x560 tests/desktop/pictures.py TRVPLAYER TRVDUMP SAMPLES FOLDER
+"""
+
+import os
+import subprocess
+import sys
+import time
+
+import desktop
+from desktop import TITLE, run, wait_for, windows
+
+FOLDER = os.path.abspath(sys.argv.pop())
+
+
+class Pictures(desktop.DesktopTest):
+    def take(self, name, *shown):
+        """The windows with their frames, in few colours."""
+        time.sleep(0.4)
+        boxes = []
+        for window in shown:
+            x, y, width, height = desktop.geometry(window)
+            extents = run("xprop", "-id", window, "_NET_FRAME_EXTENTS").split("=")[1]
+            left, right, top, bottom = (int(v) for v in extents.split(","))
+            boxes.append((x - left, y - top, x + width + right, y + height + bottom))
+        x, y, right, bottom = (f(box[i] for box in boxes) for i, f in enumerate((min, min, max, max)))
+        area = f"{right - x}x{bottom - y}+{x}+{y}"
+        subprocess.run(["import", "-window", "root", "-crop", area, "+repage", "-strip", "+dither", "-colors", "200",
+                        f"PNG8:{FOLDER}/player-{name}.png"], check=True)
+
+    def test_all(self):
+        player = self.start()
+        window = player.main_window()
+        self.take("empty", window)
+        self.keys("alt+h", "a")
+        self.take("about", window, self.dialog(player, "^About Message Player$"))
+        self.keys("space")
+        self.assert_gone(player, "^About Message Player$")
+        player.kill()
+
+        player = self.start("/home/ida/Messages/birthday.trv")
+        wait_for(lambda: len(windows(player.pid, f"^{TITLE}")) == 2, what="the message box")
+        self.take("failure", *windows(player.pid, f"^{TITLE}"))
+        player.kill()
+
+        player = self.start(self.sample("greeting-video.trv"))
+        window = player.main_window()
+        time.sleep(2.2)
+        self.take("playing", window)
+        self.keys("space")
+        self.take("held", window)
+        player.kill()
+
+        player = self.start(self.sample("greeting-voice.trv"))
+        window = player.main_window()
+        time.sleep(2.5)
+        self.take("voice", window)
+        self.click(window, desktop.BUTTONS["volume"])
+        dialog = self.dialog(player, "^Audio Volume Controls$")
+        subprocess.run(["pactl", "set-sink-volume", os.environ["TRV_SINK"], "70%"], check=True)
+        time.sleep(1.5)
+        self.take("volume", dialog)
+
+
+if __name__ == "__main__":
+    desktop.main()
