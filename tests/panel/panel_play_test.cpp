@@ -153,6 +153,7 @@ TEST_F(PanelPlay, StopThenPlayStartsOver) {
     m_sound->Advance(100);
     m_main->panel->Stop();
     m_main->panel->Play();
+    ASSERT_TRUE(WaitForSound());
     HeadlessToolkit::Pump();
     EXPECT_EQ(Text(IDC_CURRENT), "");
     m_sound->ForgetHeard();
@@ -176,6 +177,7 @@ TEST_F(PanelPlay, AnotherMessageWhileOnePlays) {
         EXPECT_EQ(Text(IDC_TOTAL), "00 mins, 0.6 secs ");
         m_sound->ForgetHeard();
         m_main->panel->Play();
+        ASSERT_TRUE(WaitForSound());
         HeadlessToolkit::PumpFor(20);
         EXPECT_EQ(m_main->ended, 0);
         EXPECT_EQ(Text(IDC_CURRENT), "");

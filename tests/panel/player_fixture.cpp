@@ -108,6 +108,14 @@ void PlayerTest::WaitForReader() {
     } while (m_sound->BlocksWritten() != written);
 }
 
+bool PlayerTest::WaitForSound() {
+    for (int waitedMs = 0; m_sound->BytesQueued() == 0; ++waitedMs) {
+        if (waitedMs == 10000) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 int PlayerTest::Threads() const {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
     return static_cast<int>(std::distance(begin(tasks), end(tasks)));

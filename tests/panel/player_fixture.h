@@ -46,6 +46,8 @@ protected:
     bool HearToTheEnd();
     // Waits until the reader has filled the queue or read everything: nothing more is written.
     void WaitForReader();
+    // Waits until the reader has queued sound, without letting any message through.
+    bool WaitForSound();
     int Threads() const;
 
     HeadlessToolkit m_toolkit;

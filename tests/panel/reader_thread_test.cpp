@@ -134,7 +134,7 @@ TEST_F(ReaderThread, IsOutOfItsRecordWhenHaltReturns) {
 // Two queues with room for one thing each, emptied on two threads at once: whichever is later wakes the
 // reader, or it would sleep for ever.
 TEST(ReaderGate, RoomFreedOnTwoThreadsAtOnceWakesTheReader) {
-    constexpr int kRecords = 20000;
+    constexpr int kRecords = 5000;
     CReaderGate gate;
     std::atomic<int> first = 0;
     std::atomic<int> second = 0;
@@ -151,6 +151,7 @@ TEST(ReaderGate, RoomFreedOnTwoThreadsAtOnceWakesTheReader) {
     const auto consume = [&](std::atomic<int>& queue) {
         while (records < kRecords) {
             if (queue.exchange(0) != 0) gate.OnShorterQueue(hasRoom);
+            std::this_thread::yield();
         }
     };
     std::thread consumer([&] { consume(first); });
