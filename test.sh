@@ -27,9 +27,12 @@ jobs=$(nproc)
 work=$(mktemp -d "${TMPDIR:-/tmp}/trv-test.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 export TRV_TEST_HOME=$work
+# Building runs the test programs too, to list their tests.
+mkdir -m 700 "$work/run"
+export HOME=$work XDG_RUNTIME_DIR=$work/run QT_QPA_PLATFORM=offscreen
+unset DISPLAY WAYLAND_DISPLAY PULSE_SERVER
 
 # The sanitizers' shadow memory has fixed addresses that a fully randomised address space can collide with.
-# The build runs the test programs too, to list their tests.
 fixed_addresses=()
 if setarch -R true 2>/dev/null; then
     fixed_addresses=(setarch -R)

@@ -10,7 +10,9 @@ SOURCE_SUFFIXES = (".h", ".cpp")
 def files(root):
     """Paths relative to root: what is under version control, or in a bare copy every file outside build/."""
     if os.path.exists(os.path.join(root, ".git")):
-        listed = subprocess.run(["git", "-C", root, "ls-files", "-z"], check=True, capture_output=True)
+        # Whoever owns the checkout: only its names are read.
+        listed = subprocess.run(["git", "-c", "safe.directory=*", "-C", root, "ls-files", "-z"], check=True,
+                                capture_output=True)
         names = listed.stdout.decode().split("\0")
         return sorted(n for n in names if n and os.path.isfile(os.path.join(root, n)))
     found = []
