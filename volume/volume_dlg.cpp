@@ -30,6 +30,16 @@ constexpr LPCTSTR kVolumePrograms[] = {
     "mate-volume-control",
 };
 
+// What assistive programs call the controls; the headings on the dialog belong to no control.
+constexpr struct {
+    int nID;
+    LPCTSTR pszName;
+} kAccessibleNames[] = {
+    {IDC_MASTER_VOLUME, "Master Volume"}, {IDC_MASTER_MUTE, "Master Volume, Mute"},
+    {IDC_WAVE_VOLUME, "Speakers Volume"}, {IDC_WAVE_MUTE, "Speakers Volume, Mute"},
+    {IDC_LEVEL_METER, "Speakers Level"},
+};
+
 // Starts the first volume program that there is.
 BOOL StartVolumeProgram(int nCmdShow) {
     CString strCommand;
@@ -81,6 +91,7 @@ void CVolumeDlg::DoDataExchange(CDataExchange* pDX) {
 
 BOOL CVolumeDlg::OnInitDialog() {
     CDialog::OnInitDialog();
+    for (const auto& name : kAccessibleNames) GetDlgItem(name.nID)->SetAccessibleName(name.pszName);
 
     m_pMixer = new CMixer(this);
     if (!m_pMixer->Open(0)) {

@@ -3,11 +3,14 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/framework/drop_files.h"
+#include "platform/sound/simulated_mixer_driver.h"
 #include "playback/player_messages.h"
 #include "res/resource.h"
 #include "tests/app/app_test.h"
@@ -163,6 +166,35 @@ TEST_F(PlayerDlg, WithoutASoundCardItPlaysAllTheSame) {
               "captured by Trivelle.");
     EXPECT_EQ(Title(), kVideoTitle);
     EXPECT_EQ(Face(), "Pause");
+}
+
+TEST_F(PlayerDlg, WithoutAMixerTheNamedMessagePlaysBeforeTheBoxComes) {
+    // This one made its volume dialog already; its end is not the application's.
+    AfxGetApp()->m_pMainWnd = nullptr;
+    m_pDlg->DestroyWindow();
+    const auto mixer = std::make_shared<SimulatedMixerDriver>();
+    mixer->SetCount(0);
+    SetMixerDriver(mixer);
+    const std::string path = std::getenv("PATH");
+    setenv("PATH", "/no/volume/program", 1);
+    m_pDlg = new CPlayerDlg;
+    m_hWnd = m_pDlg->GetSafeHwnd();
+    AfxGetApp()->m_pMainWnd = m_pDlg;
+    m_pDlg->ShowWindow(SW_SHOW);
+    m_pDlg->OpenMessage(CString(Sample("greeting-voice.trv")));
+    const Modal box = WithModal([] { Pump(); },
+                                [&](const Modal& up) {
+                                    EXPECT_EQ(Title(), kVoiceTitle);
+                                    EXPECT_EQ(Face(), "Pause");
+                                    for (int i = 0; i < 100 && m_sound->HeardCount() == 0; ++i) {
+                                        Sleep(5);
+                                        m_sound->Advance(20);
+                                    }
+                                    EXPECT_GT(m_sound->HeardCount(), 0U);
+                                    up.close();
+                                });
+    EXPECT_EQ(box.text, "Windows Audio Volume Controls were not found.");
+    setenv("PATH", path.c_str(), 1);
 }
 
 TEST_F(PlayerDlg, TheOpenDialogChoosesAMessageOrNothing) {

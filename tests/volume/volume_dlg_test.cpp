@@ -136,6 +136,9 @@ TEST_F(VolumeDlg, ShowsWhatTheMixerHasAndSwitchesItsMutesOff) {
     EXPECT_EQ(m_driver->Value(Driver::kWaveMute), 0U);
     EXPECT_EQ(Box(IDC_MASTER_MUTE).GetCheck(), 0);
     EXPECT_EQ(Box(IDC_WAVE_MUTE).GetCheck(), 0);
+    for (const char* name : {"Master Volume", "Master Volume, Mute", "Speakers Volume",
+                             "Speakers Volume, Mute", "Speakers Level"})
+        EXPECT_TRUE(app_test::HasControlNamed(name)) << name;
 }
 
 TEST_F(VolumeDlg, WhatIsMissingIsDisabledAndStaysUntouched) {
