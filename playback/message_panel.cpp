@@ -154,8 +154,7 @@ BOOL CMessagePanel::StartReader(BOOL bSound) {
         AfxBeginThread(ReaderThreadProc, &m_readerParams, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
     if (m_pReaderThread == nullptr) return FALSE;
     m_pReaderThread->m_bAutoDelete = FALSE;
-    m_pReaderThread->ResumeThread();
-    return TRUE;
+    return m_pReaderThread->ResumeThread() != kThreadNotStarted;
 }
 
 void CMessagePanel::Play() {

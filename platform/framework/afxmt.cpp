@@ -28,20 +28,25 @@ CWinThread::~CWinThread() {
 DWORD CWinThread::ResumeThread() {
     // Decided now: whoever waits for the end must have said so before the thread runs.
     const bool deletesItself = m_bAutoDelete != FALSE;
-    std::thread thread([this, deletesItself] {
-        m_state->proc(m_state->param);
-        if (deletesItself) {
-            delete this;
-            return;
-        }
-        const std::scoped_lock lock(m_state->mutex);
-        m_state->ended = true;
-        m_state->condition.notify_all();
-    });
-    if (deletesItself)
-        thread.detach();
-    else
-        m_state->thread = std::move(thread);
+    try {
+        std::thread thread([this, deletesItself] {
+            m_state->proc(m_state->param);
+            if (deletesItself) {
+                delete this;
+                return;
+            }
+            const std::scoped_lock lock(m_state->mutex);
+            m_state->ended = true;
+            m_state->condition.notify_all();
+        });
+        if (deletesItself)
+            thread.detach();
+        else
+            m_state->thread = std::move(thread);
+    } catch (const std::system_error&) {
+        m_state->ended = true;  // nobody is to wait for it
+        return kThreadNotStarted;
+    }
     return 1;
 }
 
@@ -50,13 +55,9 @@ CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID param, int, UINT, DWORD c
     thread->m_state->proc = proc;
     thread->m_state->param = param;
     if ((createFlags & CREATE_SUSPENDED) != 0) return thread;
-    try {
-        thread->ResumeThread();
-    } catch (const std::system_error&) {
-        delete thread;
-        return nullptr;
-    }
-    return thread;
+    if (thread->ResumeThread() != kThreadNotStarted) return thread;
+    delete thread;
+    return nullptr;
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {

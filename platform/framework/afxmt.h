@@ -16,6 +16,7 @@ using HANDLE = CWinThread*;
 
 inline constexpr int THREAD_PRIORITY_NORMAL = 0;
 inline constexpr DWORD CREATE_SUSPENDED = 0x00000004U;
+inline constexpr DWORD kThreadNotStarted = 0xFFFFFFFFU;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 
@@ -28,7 +29,8 @@ public:
     CWinThread(const CWinThread&) = delete;
     CWinThread& operator=(const CWinThread&) = delete;
 
-    // Starts a thread that was created suspended. Once.
+    // Starts a thread that was created suspended, once; kThreadNotStarted when the system has no thread left,
+    // and it then counts as ended.
     DWORD ResumeThread();
 
     HANDLE m_hThread = this;

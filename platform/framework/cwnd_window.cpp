@@ -53,7 +53,7 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style
     window->id = id;
     window->parent = parentWindow;
     window->rect = rect;
-    window->text = title;
+    window->text = title == nullptr ? "" : title;
     window->background = found->second.background;
     window->redrawOnResize = found->second.redrawOnResize;
     windows::Create(std::move(window), this);
