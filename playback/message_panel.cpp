@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "playback/message_file.h"
+#include "platform/shell/regular_file.h"
 #include "res/resource.h"
 #include "video/vdec.h"
 
@@ -87,7 +87,7 @@ void CMessagePanel::SetViewMode(int nMode) {
 
 BOOL CMessagePanel::Open(const CString& strPath) {
     if (m_pFile != nullptr) Close();
-    m_pFile = OpenMessageFile(strPath);
+    m_pFile = OpenRegularFile(strPath);
     if (m_pFile == nullptr) return FALSE;
     if (!ReadHeader()) {
         Close();

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "platform/framework/window.h"
-#include "playback/message_file.h"
+#include "platform/shell/regular_file.h"
 #include "playback/player_messages.h"
 #include "res/resource.h"
 #include "tests/panel/player_fixture.h"
@@ -52,7 +52,7 @@ protected:
 
     void Start(const MessageBuilder& message) {
         message.Write(m_folder.Path("m.trv"));
-        m_file = OpenMessageFile(m_folder.Path("m.trv").c_str());
+        m_file = OpenRegularFile(m_folder.Path("m.trv").c_str());
         ASSERT_NE(m_file, nullptr);
         m_reader.Rewind(m_file);
         ASSERT_TRUE(m_device->Open());

@@ -1,10 +1,10 @@
-#include "playback/message_file.h"
+#include "platform/shell/regular_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-std::FILE* OpenMessageFile(const char* path) {
+std::FILE* OpenRegularFile(const char* path) {
     // Opening a device can itself have an effect, so it is asked first what the path names; and again
     // afterwards, when it can no longer change. Opening a pipe without O_NONBLOCK would wait for a writer.
     struct stat info = {};
