@@ -13,7 +13,7 @@
 #include "platform/sound/wave_driver.h"
 
 // Everything written goes to the server at once, where it waits behind the cork or behind what sounds; the
-// server is asked for its position every 20 ms while there is something to be heard, and not otherwise.
+// server is asked for its position every 40 ms while there is something to be heard, and not otherwise.
 class PulseWaveStream : public WaveStream {
 public:
     PulseWaveStream(std::shared_ptr<PulseConnection> connection, std::shared_ptr<WaveListener> listener,
@@ -36,6 +36,8 @@ private:
     void AskPosition();
     void OnPosition();
     void Reach(std::uint64_t position);
+    // From a position to the end of a block whose report is due.
+    PulseLoop::Clock::duration UntilReport(std::uint64_t position) const;
     void TickSoon(PulseLoop::Clock::duration delay);
     // The server or the stream is gone: from here on the clock says what would have been heard.
     void LoseServer();
