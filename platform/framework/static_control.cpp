@@ -19,7 +19,6 @@ void DrawEtchedLine(CDC& dc, const CRect& client, bool horizontal) {
 // Several lines are set one under the other; a text of one line is left to its style.
 void DrawLines(CDC& dc, const Window& window, const CRect& client) {
     const COLORREF color = GetSysColor(window.enabled ? COLOR_BTNTEXT : COLOR_GRAYTEXT);
-    const int lineHeight = Toolkit()->TextExtent("X").cy;
     CRect line = client;
     std::size_t start = 0;
     for (;;) {
@@ -28,7 +27,7 @@ void DrawLines(CDC& dc, const Window& window, const CRect& client) {
         dc.DrawText(part, line, window.style, color);
         if (end == std::string::npos) return;
         start = end + 1;
-        line.top += lineHeight;
+        line.top += Toolkit()->TextExtent("X").cy;
     }
 }
 
