@@ -1,4 +1,6 @@
 // What the panel's windows show, and their end.
+#include <chrono>
+
 #include "platform/framework/surface.h"
 #include "platform/framework/window.h"
 #include "res/resource.h"
@@ -85,6 +87,20 @@ TEST_F(PanelWindow, ShowsPicturesAndStopTakesThemAway) {
     m_main->panel->Stop();
     HeadlessToolkit::PumpFor(450);
     EXPECT_EQ(Pixel(renderer, 160, 120), 0U);
+}
+
+TEST_F(PanelWindow, FirstPictureComesOnePeriodOfTheMessagesRateAfterPlay) {
+    for (const int rate : {5, 2, 3}) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(Open(MessageBuilder(rate, 100).Picture().Speech(10)));
+        const auto from = std::chrono::steady_clock::now();
+        m_main->panel->Play();
+        const HWND renderer = ChildOfFrame(2);
+        ASSERT_TRUE(HeadlessToolkit::PumpUntil([&] { return Pixel(renderer, 160, 120) != 0; }));
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - from;
+        EXPECT_GE(took.count(), 1000 / rate);
+        EXPECT_LT(took.count(), 1000 / rate + 120);
+    }
 }
 
 TEST_F(PanelWindow, ClosingTheWindowEndsWhateverPlays) {
