@@ -59,6 +59,7 @@ public:
     DWORD GetStyle() const;
     CWnd* GetParent() const;
     CWnd* GetOwner() const;
+    // Null for a control that no object wraps; there are no temporary objects.
     CWnd* GetDlgItem(int id) const;
     int GetDlgCtrlID() const;
     CWnd* SetFocus();
