@@ -3,6 +3,7 @@
 #include <pulse/proplist.h>
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "platform/pulse/identity.h"
@@ -88,13 +89,30 @@ void PulseWaveStream::Write(const void* data, std::size_t bytes) {
     m_written += bytes;
     if (m_stream == nullptr) {
         m_clock.Write(NowUs(), bytes);
-    } else if (pa_stream_write(m_stream, data, bytes, nullptr, 0, PA_SEEK_RELATIVE) < 0) {
-        LoseServer();
-    } else if (m_running) {
-        SetCork(false);
+    } else {
+        if (m_gathered + bytes > m_gather.size()) Send();
+        if (bytes <= m_gather.size()) {
+            std::memcpy(m_gather.data() + m_gathered, data, bytes);
+            m_gathered += bytes;
+        } else {
+            SendBytes(data, bytes);
+        }
+        // With much still to be heard the rest of a burst can be waited for: a tick comes soon enough.
+        const bool ample = !m_running || m_written - m_gathered - m_heard >= m_gather.size();
+        if (m_gathered == m_gather.size() || !ample) Send();
+        if (m_running && m_stream != nullptr) SetCork(false);
     }
     // Ticks follow each other while there is something to be heard.
     if (m_running && first) TickSoon(kTick);
+}
+
+void PulseWaveStream::Send() {
+    if (m_gathered != 0) SendBytes(m_gather.data(), std::exchange(m_gathered, 0));
+}
+
+void PulseWaveStream::SendBytes(const void* data, std::size_t bytes) {
+    if (m_stream != nullptr && pa_stream_write(m_stream, data, bytes, nullptr, 0, PA_SEEK_RELATIVE) < 0)
+        LoseServer();
 }
 
 void PulseWaveStream::Pause() {
@@ -109,6 +127,7 @@ void PulseWaveStream::Restart() {
     if (std::exchange(m_running, true)) return;
     m_clock.Restart(NowUs());
     if (m_heard == m_written) return;
+    Send();
     SetCork(false);
     TickSoon(kTick);
 }
@@ -118,6 +137,7 @@ void PulseWaveStream::Reset() {
     m_clock.Reset(NowUs());
     if (m_stream != nullptr) {
         SetCork(true);
+        m_gathered = 0;
         Forget(pa_stream_flush(m_stream, nullptr, nullptr));
         m_position.MakeStale();
     }
@@ -138,6 +158,7 @@ void PulseWaveStream::SetCork(bool corked) {
 }
 
 void PulseWaveStream::Tick() {
+    Send();
     if (m_stream != nullptr)
         AskPosition();
     else
@@ -168,7 +189,8 @@ void PulseWaveStream::OnPosition() {
     const std::uint64_t latency = (info->sink_usec * m_rate + 999999) / 1000000 * kBytesPerSample;
     const std::uint64_t silence = info->playing != 0 ? 0 : NotNegative(info->since_underrun);
     m_inSink = latency - std::min(latency, silence);
-    Reach(m_written - std::min(m_written, inStream + m_inSink));
+    const std::uint64_t sent = m_written - m_gathered;
+    Reach(sent - std::min(sent, inStream + m_inSink));
 }
 
 void PulseWaveStream::Reach(std::uint64_t position) {
@@ -196,6 +218,7 @@ void PulseWaveStream::TickSoon(PulseLoop::Clock::duration delay) {
 void PulseWaveStream::LoseServer() {
     if (m_stream == nullptr) return;
     ReleaseStream();
+    m_gathered = 0;
     m_inSink = 0;
     m_clock = WaveClock(std::uint64_t{m_rate} * kBytesPerSample, m_written, m_heard);
     if (!m_running) return;

@@ -3,6 +3,7 @@
 
 #include <pulse/stream.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -12,8 +13,9 @@
 #include "platform/sound/wave_clock.h"
 #include "platform/sound/wave_driver.h"
 
-// Everything written goes to the server at once, where it waits behind the cork or behind what sounds; the
-// server is asked for its position every 40 ms while there is something to be heard, and not otherwise.
+// What is written is gathered into pieces, because the server gives each piece back and that wakes this
+// process. At the server it waits behind the cork or behind what sounds; the server is asked for its position
+// every 40 ms while there is something to be heard, and not otherwise.
 class PulseWaveStream : public WaveStream {
 public:
     PulseWaveStream(std::shared_ptr<PulseConnection> connection, std::shared_ptr<WaveListener> listener,
@@ -33,6 +35,9 @@ private:
     void OnState();
     void SetCork(bool corked);
     void Tick();
+    // What has been gathered, or something else.
+    void Send();
+    void SendBytes(const void* data, std::size_t bytes);
     void AskPosition();
     void OnPosition();
     void Reach(std::uint64_t position);
@@ -48,7 +53,9 @@ private:
     const DWORD m_rate;
     std::optional<PulseLoop::Timer> m_timer;
 
-    pa_stream* m_stream = nullptr;  // null once the server is lost
+    pa_stream* m_stream = nullptr;    // null once the server is lost
+    std::array<char, 3200> m_gather;  // a speech record's samples; the first m_gathered bytes wait
+    std::size_t m_gathered = 0;
     PulseQuestion m_position;
     bool m_corked = true;         // as told to the server
     bool m_running = true;        // as told by the client; the cork follows at the first block
