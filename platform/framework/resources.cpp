@@ -7,7 +7,13 @@
 namespace resources {
 namespace {
 
-std::span<const std::uint8_t> g_block;
+// Where each resource is. Texts and icons are asked for again and again while a message plays.
+struct Entry {
+    unsigned type;
+    unsigned id;
+    std::span<const std::uint8_t> data;
+};
+std::vector<Entry> g_entries;
 
 // Flags of a menu entry.
 constexpr unsigned kMenuGrayed = 0x0001;
@@ -39,27 +45,30 @@ bool ReadMenuLevel(Reader& reader, int depth, std::vector<MenuItem>& items) {
 
 }  // namespace
 
+// What follows an entry that makes no sense is not looked at.
 void Use(const void* data, std::size_t size) {
-    g_block = {static_cast<const std::uint8_t*>(data), size};
-}
-
-std::optional<std::span<const std::uint8_t>> Find(unsigned type, unsigned id) {
-    Reader reader(g_block);
+    g_entries.clear();
+    const std::span<const std::uint8_t> block(static_cast<const std::uint8_t*>(data), size);
+    Reader reader(block);
     while (reader.Left() > 0) {
         const std::size_t start = reader.Position();
         const std::size_t data_size = reader.U32();
         const std::size_t header_size = reader.U32();
-        if (!reader.Ok() || header_size < 8 || header_size > g_block.size() - start) return std::nullopt;
-        Reader header(g_block.subspan(start + 8, header_size - 8));
-        const Name entry_type = header.NameOrNumber();
-        const Name entry_id = header.NameOrNumber();
+        if (!reader.Ok() || header_size < 8 || header_size > block.size() - start) return;
+        Reader header(block.subspan(start + 8, header_size - 8));
+        const Name type = header.NameOrNumber();
+        const Name id = header.NameOrNumber();
         reader.Skip(header_size - 8);
-        const auto data = reader.Bytes(data_size);
-        if (!reader.Ok() || !header.Ok()) return std::nullopt;
-        if (entry_type.number == type && entry_id.number == id && !entry_type.IsText() && !entry_id.IsText())
-            return data;
+        const auto bytes = reader.Bytes(data_size);
+        if (!reader.Ok() || !header.Ok()) return;
+        if (!type.IsText() && !id.IsText()) g_entries.push_back({type.number, id.number, bytes});
         reader.Align4();
     }
+}
+
+std::optional<std::span<const std::uint8_t>> Find(unsigned type, unsigned id) {
+    for (const Entry& entry : g_entries)
+        if (entry.type == type && entry.id == id) return entry.data;
     return std::nullopt;
 }
 
