@@ -25,7 +25,9 @@ CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nH
       m_nCapacity(nCapacity),
       m_params{&m_bRunning, this} {
     m_slots.resize(static_cast<std::size_t>(nCapacity));
-    for (auto& slot : m_slots) slot = std::make_unique<BYTE[]>(static_cast<std::size_t>(m_nPictureBytes));
+    // Not set to zero: a message of speech alone never touches these four megabytes.
+    for (auto& slot : m_slots)
+        slot = std::make_unique_for_overwrite<BYTE[]>(static_cast<std::size_t>(m_nPictureBytes));
 
     // The black ground is what Clear leaves, and what shows before the first picture.
     const CBrush black(RGB(0, 0, 0));
