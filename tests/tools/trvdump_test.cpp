@@ -269,6 +269,7 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
         {"--pcm", "-", "--json", sample},
         {"--pcm", "-", "--wav", "-", sample},
         {"--pcm", folder.File("out"), sample, sample},
+        {"--pcm", folder.File("out"), "--wav", folder.File("out"), sample},
     };
     for (const auto& arguments : wrong) {
         const ToolRun run = RunTrvdump(arguments);
@@ -278,11 +279,14 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
     EXPECT_TRUE(folder.Names().empty());
 
     WriteBytes(folder.File("file"), {1});
+    std::filesystem::create_symlink("loop", folder.File("loop"));
     const std::vector<std::vector<std::string>> unwritable = {
         {"--pcm", folder.File("none/out"), sample},
         {"--wav", "/dev/full", sample},
         {"--png", folder.File("file"), sample},
         {"--bgr", folder.File("file/under"), sample},
+        {"--png", folder.File(std::string(5000, 'n')), sample},
+        {"--bgr", folder.File("loop/under"), sample},
     };
     for (const auto& arguments : unwritable) {
         const ToolRun run = RunTrvdump(arguments);

@@ -18,6 +18,13 @@ constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 constexpr int kWrongUsage = 2;
 
+// Whether all of standard output has been written; else says why not.
+bool IsPrinted() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    std::fprintf(stderr, "trvdump: standard output: cannot be written: %s\n", std::strerror(errno));
+    return false;
+}
+
 class Program {
 public:
     explicit Program(const DumpOptions& options) : options_(options) {}
@@ -31,11 +38,7 @@ public:
         }
         if (array) Print("\n]");
         if (options_.json) Print("\n");
-        if (std::fflush(stdout) != 0) {
-            std::fprintf(stderr, "trvdump: standard output: cannot be written: %s\n", std::strerror(errno));
-            status_ = kFailure;
-        }
-        return status_;
+        return IsPrinted() ? status_ : kFailure;
     }
 
 private:
@@ -76,7 +79,7 @@ int main(int argc, char** argv) {
         const tools::DumpOptions options = tools::ParseDumpOptions(argc, argv);
         if (options.help || options.version) {
             std::fputs(options.help ? tools::kDumpHelp : "trvdump " TRV_VERSION "\n", stdout);
-            return tools::kSuccess;
+            return tools::IsPrinted() ? tools::kSuccess : tools::kFailure;
         }
         return tools::Program(options).Run();
     } catch (const tools::UsageError& error) {

@@ -49,6 +49,11 @@ void MessageFile::Rewind() {
     if (!reader_.Rewind(stream_.get())) Fail("cannot be read twice, as it is no regular file");
 }
 
+double MessageFile::ReadShare() const {
+    if (file_bytes_ == 0) return 0;
+    return static_cast<double>(std::ftell(stream_.get())) / static_cast<double>(file_bytes_);
+}
+
 void MessageFile::Fail(const std::string& what) const {
     throw ToolError(path_ + ": " + what);
 }

@@ -20,6 +20,9 @@ public:
     /// Back to the first record. Throws ToolError for a stream that cannot go back.
     void Rewind();
 
+    /// How much of the file has been read, 0 to 1; 0 when its size is not known.
+    double ReadShare() const;
+
     const std::string& path() const { return path_; }
     uint64_t file_bytes() const { return file_bytes_; }
     int rate() const { return rate_; }

@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "tools/progress.h"
+
 namespace tools {
 namespace {
 
@@ -109,8 +111,10 @@ MessageReport ReportOn(MessageFile& message) {
     report.rate = message.rate();
     report.frame_count = message.frame_count();
     const PayloadInspector inspector;
+    Progress progress("trvdump: " + message.path());
     while (true) {
         const MessageRecord record = message.Read();
+        progress.Show(message.ReadShare());
         if (record.kind == MessageRecordKind::Speech) {
             ++report.speech_blocks;
         } else if (record.kind == MessageRecordKind::Video) {

@@ -65,6 +65,7 @@ void Check(const DumpOptions& options) {
         (options.wav == "-" ? 1 : 0) + (options.pcm == "-" ? 1 : 0) + (options.json ? 1 : 0);
     const bool sound_goes_there = options.wav == "-" || options.pcm == "-";
     if (sound_goes_there && to_standard_output > 1) throw UsageError("standard output takes one thing only");
+    if (options.wav && options.wav == options.pcm) throw UsageError("--wav and --pcm name the same file");
 }
 
 }  // namespace

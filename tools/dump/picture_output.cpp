@@ -31,7 +31,8 @@ PictureOutput::PictureOutput(const std::filesystem::path& folder, Format format)
     : folder_(folder), format_(format) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    if (!std::filesystem::is_directory(folder)) {
+    std::error_code unreachable;
+    if (!std::filesystem::is_directory(folder, unreachable)) {
         throw ToolError(folder.string() + ": cannot be made a folder" +
                         (error ? ": " + error.message() : ""));
     }
