@@ -104,8 +104,10 @@ void PulseSinkLevel::OnSink(const pa_sink_info* info, bool end) {
         AskSink();
         return;
     }
-    const bool newVolume = m_answered && (!m_known || FromServer(pa_cvolume_max(&m_newVolume)) != Volume());
-    const bool newMuted = m_answered && (!m_known || m_newMuted != m_muted);
+    // Another sink is announced even where its values are the same: its name is not.
+    const bool other = !m_known || m_newIndex != m_index;
+    const bool newVolume = m_answered && (other || FromServer(pa_cvolume_max(&m_newVolume)) != Volume());
+    const bool newMuted = m_answered && (other || m_newMuted != m_muted);
     m_known = m_answered;
     m_index = m_newIndex;
     m_volume = m_newVolume;

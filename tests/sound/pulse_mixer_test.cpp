@@ -334,9 +334,10 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
 
 TEST_F(PulseMixer, FollowsTheDefaultSink) {
     Start();
-    SetValue(m_mixer, m_masterVolume, 10000);
+    // The other sink is as loud: its name alone is news.
     RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=other",
                 "sink_properties=device.description=Elsewhere"});
+    ASSERT_EQ(Value(m_masterVolume), 65535U);
     TakePosted();
     RunProgram({"pactl", "set-default-sink", "other"});
     ASSERT_TRUE(Announced(m_masterVolume));
