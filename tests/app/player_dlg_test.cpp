@@ -1,128 +1,130 @@
 // The main window's states, titles and buttons, with the real panel and a simulated sound card.
-#include <unistd.h>
-
 #include <QApplication>
 #include <QFileDialog>
+#include <QTimer>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "app/player_app.h"
+#include "app/player_dlg.h"
 #include "platform/framework/drop_files.h"
-#include "platform/sound/simulated_mixer_driver.h"
 #include "playback/player_messages.h"
 #include "res/resource.h"
-#include "tests/app/app_test.h"
+#include "tests/support/simulated_sound.h"
+#include "tests/support/test_files.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 
-using app_test::HasControlNamed;
-using app_test::Modal;
-using app_test::Pump;
-using app_test::Sample;
-using app_test::WithModal;
+using ui_test::HasControlNamed;
+using ui_test::Modal;
+using ui_test::Pump;
+using ui_test::WithModal;
 
 constexpr const char* kTitle = "Trivelle Message Player";
 constexpr const char* kVoiceTitle = "Trivelle Message Player - greeting-voice.trv";
 constexpr const char* kVideoTitle = "Trivelle Message Player - greeting-video.trv";
 
-class PlayerDlg : public app_test::PlayerTest {};
+class PlayerDlg : public testing::Test, protected SimulatedSound {
+protected:
+    void SetUp() override {
+        // The main window of the test before has ended the message loop: only a loop that was run is over
+        // that.
+        QTimer::singleShot(0, [] { QCoreApplication::exit(); });
+        QApplication::exec();
+        Show();
+        Pump();
+    }
+    void TearDown() override {
+        if (IsWindow(m_hWnd)) m_pDlg->DestroyWindow();
+        Pump();
+    }
 
-enum class Step { OpenVoice, OpenVideo, OpenMissing, PlayPause, ButtonPlay, Stop, ButtonStop, Close, Ended };
+    void Show() {
+        m_pDlg = new CPlayerDlg;
+        m_hWnd = m_pDlg->GetSafeHwnd();
+        ASSERT_TRUE(IsWindow(m_hWnd));
+        m_app.m_pMainWnd = m_pDlg;
+        m_pDlg->ShowWindow(SW_SHOW);
+    }
+    void Open(const std::string& path) { m_pDlg->OpenMessage(CString(path)); }
+    void Command(UINT id) { SendMessage(m_hWnd, WM_COMMAND, id, 0); }
+    // Lets the sound run on, a block at a time; the reader refills the queue whenever one is counted back.
+    void Play(int milliseconds) {
+        for (; milliseconds > 0; milliseconds -= 20) {
+            Pump();
+            Sleep(0);
+            m_sound->Advance(20);
+            Pump();
+        }
+    }
+    // Whether sound is heard. The reader fills the queue up to where the card starts; from then on it is.
+    bool Sounds(int attempts) {
+        const std::size_t before = m_sound->HeardCount();
+        for (int i = 0; i < attempts && m_sound->HeardCount() == before; ++i) {
+            Play(20);
+            Sleep(5);
+        }
+        return m_sound->HeardCount() > before;
+    }
+    std::string Title() const { return ui_test::TextOf(*m_pDlg); }
+    // What button 1000 offers.
+    static std::string Face() {
+        const bool play = HasControlNamed("Play");
+        return play == HasControlNamed("Pause") ? "neither or both" : play ? "Play" : "Pause";
+    }
 
-struct StateCase {
-    const char* name;
-    std::vector<Step> steps;
-    const char* title;
-    const char* face;
-    bool sounds;  // blocks go to the sound card
-};
-
-const StateCase kStates[] = {
-    {"empty", {}, kTitle, "Play", false},
-    {"empty: nothing to play, stop or close",
-     {Step::PlayPause, Step::Stop, Step::Close},
-     kTitle,
-     "Play",
-     false},
-    {"opened", {Step::OpenVoice}, kVoiceTitle, "Pause", true},
-    {"paused", {Step::OpenVideo, Step::PlayPause}, kVideoTitle, "Play", false},
-    {"resumed by the button",
-     {Step::OpenVoice, Step::PlayPause, Step::ButtonPlay},
-     kVoiceTitle,
-     "Pause",
-     true},
-    {"stopped", {Step::OpenVoice, Step::ButtonStop}, kVoiceTitle, "Play", false},
-    {"played again", {Step::OpenVoice, Step::Stop, Step::PlayPause}, kVoiceTitle, "Pause", true},
-    {"ended", {Step::OpenVoice, Step::Ended}, kVoiceTitle, "Play", false},
-    {"another message", {Step::OpenVoice, Step::OpenVideo}, kVideoTitle, "Pause", true},
-    {"another message while paused",
-     {Step::OpenVideo, Step::PlayPause, Step::OpenVoice},
-     kVoiceTitle,
-     "Pause",
-     true},
-    {"closed", {Step::OpenVoice, Step::Close}, kTitle, "Play", false},
-    {"closed: Play/Pause is dead", {Step::OpenVoice, Step::Close, Step::PlayPause}, kTitle, "Play", false},
-    {"a missing one while one plays", {Step::OpenVoice, Step::OpenMissing}, kTitle, "Play", false},
-    {"a missing one: Play/Pause is dead",
-     {Step::OpenVoice, Step::OpenMissing, Step::PlayPause},
-     kTitle,
-     "Play",
-     false},
-    {"opened after a missing one", {Step::OpenMissing, Step::OpenVoice}, kVoiceTitle, "Pause", true},
+    CPlayerApp m_app;
+    CPlayerDlg* m_pDlg = nullptr;
+    HWND m_hWnd = nullptr;
 };
 
 TEST_F(PlayerDlg, EachWayToEachState) {
-    for (const StateCase& test : kStates) {
+    const std::map<char, std::function<void()>> steps = {
+        {'v', [&] { Open(Sample("greeting-voice.trv")); }},
+        {'w', [&] { Open(Sample("greeting-video.trv")); }},
+        {'x', [&] { WithModal([&] { Open("/gone.trv"); }); }},
+        {'p', [&] { Command(ID_PLAY_PLAYPAUSE); }},
+        {'P', [&] { Command(IDC_PLAY_PAUSE); }},
+        {'s', [&] { Command(ID_PLAY_STOP); }},
+        {'S', [&] { Command(IDC_STOP); }},
+        {'c', [&] { Command(ID_FILE_CLOSE); }},
+        {'e', [&] { SendMessage(m_hWnd, WM_PLAYBACK_ENDED, 0, 0); }},
+    };
+    const struct {
+        const char* name;
+        const char* steps;
+        const char* title;
+        bool plays;
+    } cases[] = {
+        {"empty: nothing to play, stop or close", "psc", kTitle, false},
+        {"opened", "v", kVoiceTitle, true},
+        {"paused", "wp", kVideoTitle, false},
+        {"resumed by the button", "vpP", kVoiceTitle, true},
+        {"stopped", "vS", kVoiceTitle, false},
+        {"played again", "vsp", kVoiceTitle, true},
+        {"ended", "ve", kVoiceTitle, false},
+        {"another message", "vw", kVideoTitle, true},
+        {"another message while paused", "wpv", kVoiceTitle, true},
+        {"closed: Play/Pause is dead", "vcp", kTitle, false},
+        {"a missing one while one plays: Play/Pause is dead", "vxp", kTitle, false},
+        {"opened after a missing one", "xv", kVoiceTitle, true},
+    };
+    for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
-        for (const Step step : test.steps) {
-            switch (step) {
-                case Step::OpenVoice:
-                    m_pDlg->OpenMessage(CString(Sample("greeting-voice.trv")));
-                    break;
-                case Step::OpenVideo:
-                    m_pDlg->OpenMessage(CString(Sample("greeting-video.trv")));
-                    break;
-                case Step::OpenMissing:
-                    WithModal([&] { m_pDlg->OpenMessage("/gone.trv"); });
-                    break;
-                case Step::PlayPause:
-                    Command(ID_PLAY_PLAYPAUSE);
-                    break;
-                case Step::ButtonPlay:
-                    Command(IDC_PLAY_PAUSE);
-                    break;
-                case Step::Stop:
-                    Command(ID_PLAY_STOP);
-                    break;
-                case Step::ButtonStop:
-                    Command(IDC_STOP);
-                    break;
-                case Step::Close:
-                    Command(ID_FILE_CLOSE);
-                    break;
-                case Step::Ended:
-                    SendMessage(m_hWnd, WM_PLAYBACK_ENDED, 0, 0);
-                    break;
-            }
-        }
+        for (const char step : std::string(test.steps)) steps.at(step)();
         EXPECT_EQ(Title(), test.title);
-        EXPECT_EQ(Face(), test.face);
-        const std::size_t before = m_sound->HeardCount();
-        // The reader fills the queue up to where the card starts, and from then on time is heard.
-        for (int i = 0; i < 200 && m_sound->HeardCount() == before; ++i) {
-            Play(20);
-            if (test.sounds) Sleep(5);
-            if (!test.sounds && i == 20) break;
-        }
-        EXPECT_EQ(m_sound->HeardCount() > before, test.sounds);
+        EXPECT_EQ(Face(), test.plays ? "Pause" : "Play");
+        EXPECT_EQ(Sounds(test.plays ? 1000 : 20), test.plays);
         Command(ID_FILE_CLOSE);
     }
 }
 
 TEST_F(PlayerDlg, AtItsEndAMessageCanBePlayedAgain) {
-    m_pDlg->OpenMessage(CString(Sample("greeting-voice.trv")));
+    Open(Sample("greeting-voice.trv"));
     for (int round = 0; round < 2; ++round) {
         m_sound->ForgetHeard();
         for (int i = 0; i < 20000 && Face() == "Pause"; ++i) Play(20);
@@ -135,31 +137,29 @@ TEST_F(PlayerDlg, AtItsEndAMessageCanBePlayedAgain) {
 }
 
 TEST_F(PlayerDlg, TheTitleNamesWhatFollowsTheLastSlash) {
-    const auto folder = std::filesystem::temp_directory_path() / ("trv-title-" + std::to_string(getpid()));
-    std::filesystem::create_directories(folder);
+    const TestFolder folder;
     for (const char* name : {"hello.trv", "with\\backslash.trv", "two words.trv", "grüße.trv"}) {
-        std::filesystem::copy_file(Sample("greeting-voice.trv"), folder / name);
-        m_pDlg->OpenMessage(CString((folder / name).string()));
+        std::filesystem::copy_file(Sample("greeting-voice.trv"), folder.Path(name));
+        Open(folder.Path(name));
         EXPECT_EQ(Title(), std::string(kTitle) + " - " + name);
     }
-    std::filesystem::current_path(folder);
-    m_pDlg->OpenMessage("hello.trv");
+    std::filesystem::current_path(folder.Path());
+    Open("hello.trv");
     EXPECT_EQ(Title(), std::string(kTitle) + " - hello.trv");
     std::filesystem::current_path("/");
-    std::filesystem::remove_all(folder);
 }
 
 TEST_F(PlayerDlg, AFailureNamesThePath) {
-    const Modal box = WithModal([&] { m_pDlg->OpenMessage("/no/such.trv"); });
+    const Modal box = WithModal([&] { Open("/no/such.trv"); });
     EXPECT_EQ(box.title, kTitle);
     EXPECT_EQ(box.text, "Cannot open file /no/such.trv.");
     // A path is data, not a format.
-    EXPECT_EQ(WithModal([&] { m_pDlg->OpenMessage("/%s%n.trv"); }).text, "Cannot open file /%s%n.trv.");
+    EXPECT_EQ(WithModal([&] { Open("/%s%n.trv"); }).text, "Cannot open file /%s%n.trv.");
 }
 
 TEST_F(PlayerDlg, WithoutASoundCardItPlaysAllTheSame) {
     m_sound->SetOpenResult(MMSYSERR_ALLOCATED);
-    const Modal box = WithModal([&] { m_pDlg->OpenMessage(CString(Sample("greeting-video.trv"))); });
+    const Modal box = WithModal([&] { Open(Sample("greeting-video.trv")); });
     EXPECT_EQ(box.title, kTitle);
     EXPECT_EQ(box.text,
               "Cannot open audio device.\nNote that if you are connected with Trivelle,\nthe audio device is "
@@ -169,28 +169,19 @@ TEST_F(PlayerDlg, WithoutASoundCardItPlaysAllTheSame) {
 }
 
 TEST_F(PlayerDlg, WithoutAMixerTheNamedMessagePlaysBeforeTheBoxComes) {
-    // This one made its volume dialog already; its end is not the application's.
-    AfxGetApp()->m_pMainWnd = nullptr;
+    // The one that is up made its volume dialog already; its end is not the application's.
+    m_app.m_pMainWnd = nullptr;
     m_pDlg->DestroyWindow();
-    const auto mixer = std::make_shared<SimulatedMixerDriver>();
-    mixer->SetCount(0);
-    SetMixerDriver(mixer);
+    m_mixer->SetCount(0);
     const std::string path = std::getenv("PATH");
     setenv("PATH", "/no/volume/program", 1);
-    m_pDlg = new CPlayerDlg;
-    m_hWnd = m_pDlg->GetSafeHwnd();
-    AfxGetApp()->m_pMainWnd = m_pDlg;
-    m_pDlg->ShowWindow(SW_SHOW);
-    m_pDlg->OpenMessage(CString(Sample("greeting-voice.trv")));
+    Show();
+    Open(Sample("greeting-voice.trv"));
     const Modal box = WithModal([] { Pump(); },
                                 [&](const Modal& up) {
                                     EXPECT_EQ(Title(), kVoiceTitle);
                                     EXPECT_EQ(Face(), "Pause");
-                                    for (int i = 0; i < 100 && m_sound->HeardCount() == 0; ++i) {
-                                        Sleep(5);
-                                        m_sound->Advance(20);
-                                    }
-                                    EXPECT_GT(m_sound->HeardCount(), 0U);
+                                    EXPECT_TRUE(Sounds(1000));
                                     up.close();
                                 });
     EXPECT_EQ(box.text, "Windows Audio Volume Controls were not found.");
@@ -241,22 +232,22 @@ TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {
 }
 
 TEST_F(PlayerDlg, ExitClosesWhatPlays) {
-    m_pDlg->OpenMessage(CString(Sample("greeting-video.trv")));
+    Open(Sample("greeting-video.trv"));
     Play(500);
     Command(ID_FILE_EXIT);
     Pump();
     EXPECT_FALSE(IsWindow(m_hWnd));
     EXPECT_FALSE(m_sound->IsOpen());
-    EXPECT_EQ(AfxGetApp()->m_pMainWnd, nullptr);
+    EXPECT_EQ(m_app.m_pMainWnd, nullptr);
 }
 
 TEST_F(PlayerDlg, EnterAndEscapeReachNoWindow) {
     for (const WPARAM key : {VK_RETURN, VK_ESCAPE, VK_SPACE}) {
         MSG message{m_hWnd, WM_KEYDOWN, key, 0};
-        EXPECT_EQ(AfxGetApp()->PreTranslateMessage(&message) != FALSE, key != VK_SPACE);
+        EXPECT_EQ(m_app.PreTranslateMessage(&message) != FALSE, key != VK_SPACE);
     }
     MSG other{m_hWnd, WM_COMMAND, VK_RETURN, 0};
-    EXPECT_FALSE(AfxGetApp()->PreTranslateMessage(&other));
+    EXPECT_FALSE(m_app.PreTranslateMessage(&other));
 }
 
 TEST_F(PlayerDlg, ADroppedMessageOpensAsIfChosen) {
@@ -269,7 +260,7 @@ TEST_F(PlayerDlg, ADroppedMessageOpensAsIfChosen) {
     drop({Sample("greeting-voice.trv"), Sample("greeting-video.trv")});
     EXPECT_EQ(Title(), kVoiceTitle);
     EXPECT_EQ(Face(), "Pause");
-    WithModal([&] { m_pDlg->OpenMessage("/gone.trv"); },
+    WithModal([&] { Open("/gone.trv"); },
               [&](const Modal& box) {
                   drop({Sample("greeting-video.trv")});
                   EXPECT_NE(Title(), kVideoTitle);
@@ -288,11 +279,11 @@ TEST_F(PlayerDlg, ClosedUnderAModalWindowNothingTouchesIt) {
     } cases[] = {
         {"About", [&] { Command(ID_HELP_ABOUT); }},
         {"Open", [&] { Command(ID_FILE_OPEN); }},
-        {"cannot open", [&] { m_pDlg->OpenMessage("/gone.trv"); }},
+        {"cannot open", [&] { Open("/gone.trv"); }},
         {"no sound card",
          [&] {
              m_sound->SetOpenResult(MMSYSERR_NODRIVER);
-             m_pDlg->OpenMessage(CString(Sample("greeting-video.trv")));
+             Open(Sample("greeting-video.trv"));
          }},
     };
     for (const auto& test : cases) {

@@ -9,7 +9,7 @@
 
 #include "platform/framework/afxicon.h"
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 
@@ -123,6 +123,7 @@ protected:
         EXPECT_TRUE(Shown() == expected) << what;
     }
 
+    CWinApp m_app;  // shows its windows their messages first, which is where the tips come from
     ToolRow m_row;
     CRect m_client;
 };

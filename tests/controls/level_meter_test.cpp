@@ -1,6 +1,6 @@
 #include "controls/level_meter.h"
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 

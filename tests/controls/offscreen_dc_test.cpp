@@ -1,7 +1,7 @@
 #include "controls/offscreen_dc.h"
 #include "controls/mem_dc.h"
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 

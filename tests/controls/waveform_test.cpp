@@ -4,7 +4,7 @@
 
 #include "controls/waveform_wnd.h"
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 

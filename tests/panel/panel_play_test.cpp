@@ -38,7 +38,7 @@ TEST_F(PanelPlay, EveryMessageIsHeardWholeEndsAndPlaysAgain) {
         m_main->ended = 0;
         ASSERT_TRUE(Open(message));
         for (int play = 1; play <= 2; ++play) {
-            m_main->panel->Play();
+            Panel().Play();
             ASSERT_TRUE(HearToTheEnd());
             EXPECT_EQ(m_main->ended, play);
             EXPECT_EQ(Text(IDC_CURRENT), "");
@@ -50,7 +50,7 @@ TEST_F(PanelPlay, EveryMessageIsHeardWholeEndsAndPlaysAgain) {
     for (auto message : {voice().Speech(3).Bytes(oversized).Speech(1), voice().Speech(4).CutBy(1)}) {
         m_sound->ForgetHeard();
         ASSERT_TRUE(Open(message));
-        m_main->panel->Play();
+        Panel().Play();
         ASSERT_TRUE(HearToTheEnd());
         EXPECT_EQ(m_sound->Heard(), Part(message.Samples(), 0, 30));
     }
@@ -58,7 +58,7 @@ TEST_F(PanelPlay, EveryMessageIsHeardWholeEndsAndPlaysAgain) {
 
 TEST_F(PanelPlay, ReadsAheadNoFurtherThanTheQueueTakes) {
     ASSERT_TRUE(Open(MessageBuilder(0, 600).Speech(60)));
-    m_main->panel->Play();
+    Panel().Play();
     WaitForReader();
     EXPECT_EQ(m_sound->BlocksWritten(), 240U);
     ASSERT_TRUE(Hear(1));
@@ -68,7 +68,7 @@ TEST_F(PanelPlay, ReadsAheadNoFurtherThanTheQueueTakes) {
 
 TEST_F(PanelPlay, TimeFollowsTheSoundHeard) {
     ASSERT_TRUE(Open(MessageBuilder(0, 3010).Speech(301)));
-    m_main->panel->Play();
+    Panel().Play();
     EXPECT_EQ(Text(IDC_CURRENT), "");
     const std::pair<int, const char*> cases[] = {
         {1, "00 mins, 0.0 secs "},     {50, "00 mins, 1.0 secs "},   {1500, "00 mins, 30.0 secs "},
@@ -86,16 +86,16 @@ TEST_F(PanelPlay, PauseHoldsEverythingAndPlayGoesOn) {
     const MessageBuilder message = MessageBuilder(0, 400).Speech(40);
     const std::vector<int16_t> all = message.Samples();
     ASSERT_TRUE(Open(message));
-    m_main->panel->Play();
+    Panel().Play();
     ASSERT_TRUE(Hear(100));
-    m_main->panel->Pause();
+    Panel().Pause();
     m_sound->Advance(5000);
     HeadlessToolkit::PumpFor(20);
     EXPECT_EQ(m_sound->Heard(), Part(all, 0, 100));
     EXPECT_EQ(Text(IDC_CURRENT), "00 mins, 2.0 secs ");
-    m_main->panel->Pause();
-    m_main->panel->Play();
-    m_main->panel->Play();
+    Panel().Pause();
+    Panel().Play();
+    Panel().Play();
     ASSERT_TRUE(Hear(50));
     EXPECT_EQ(Text(IDC_CURRENT), "00 mins, 3.0 secs ");
 
@@ -103,8 +103,8 @@ TEST_F(PanelPlay, PauseHoldsEverythingAndPlayGoesOn) {
     m_sound->ForgetHeard();
     WaitForReader();
     m_sound->Advance(60);
-    m_main->panel->Pause();
-    m_main->panel->Play();
+    Panel().Pause();
+    Panel().Play();
     HeadlessToolkit::Pump();
     EXPECT_EQ(Text(IDC_CURRENT), "00 mins, 3.0 secs ");
     ASSERT_TRUE(HearToTheEnd());
@@ -121,17 +121,17 @@ TEST_F(PanelPlay, PauseHoldsSoundThatDrains) {
         m_main->ended = 0;
         const MessageBuilder message = MessageBuilder(0, 100).Speech(10);
         ASSERT_TRUE(Open(message));
-        m_main->panel->Play();
+        Panel().Play();
         WaitForReader();
         ASSERT_TRUE(Hear(100 - left));
         const std::string time = Text(IDC_CURRENT);
-        m_main->panel->Pause();
+        Panel().Pause();
         m_sound->Advance(3000);
         HeadlessToolkit::PumpFor(10);
         EXPECT_EQ(BlocksHeard(), 100 - left);
         EXPECT_EQ(Text(IDC_CURRENT), time);
         EXPECT_EQ(m_main->ended, 0);
-        m_main->panel->Play();
+        Panel().Play();
         ASSERT_TRUE(HearToTheEnd());
         EXPECT_EQ(m_sound->Heard(), message.Samples());
     }
@@ -140,19 +140,19 @@ TEST_F(PanelPlay, PauseHoldsSoundThatDrains) {
 TEST_F(PanelPlay, StopThenPlayStartsOver) {
     const MessageBuilder message = MessageBuilder(0, 300).Speech(30);
     ASSERT_TRUE(Open(message));
-    m_main->panel->Play();
+    Panel().Play();
     ASSERT_TRUE(Hear(70));
-    m_main->panel->Pause();
-    m_main->panel->Stop();
-    m_main->panel->Stop();
+    Panel().Pause();
+    Panel().Stop();
+    Panel().Stop();
     EXPECT_EQ(Text(IDC_CURRENT), "");
 
     // Once more with notifications still under way.
-    m_main->panel->Play();
+    Panel().Play();
     WaitForReader();
     m_sound->Advance(100);
-    m_main->panel->Stop();
-    m_main->panel->Play();
+    Panel().Stop();
+    Panel().Play();
     ASSERT_TRUE(WaitForSound());
     HeadlessToolkit::Pump();
     EXPECT_EQ(Text(IDC_CURRENT), "");
@@ -169,14 +169,14 @@ TEST_F(PanelPlay, AnotherMessageWhileOnePlays) {
         SCOPED_TRACE(paused);
         m_main->ended = 0;
         ASSERT_TRUE(Open(first, "first.trv"));
-        m_main->panel->Play();
+        Panel().Play();
         ASSERT_TRUE(Hear(30));
         m_sound->Advance(200);  // notifications of the first message that the second must not count
-        if (paused) m_main->panel->Pause();
+        if (paused) Panel().Pause();
         ASSERT_TRUE(Open(second, "second.trv"));
         EXPECT_EQ(Text(IDC_TOTAL), "00 mins, 0.6 secs ");
         m_sound->ForgetHeard();
-        m_main->panel->Play();
+        Panel().Play();
         ASSERT_TRUE(WaitForSound());
         HeadlessToolkit::PumpFor(20);
         EXPECT_EQ(m_main->ended, 0);
@@ -194,7 +194,7 @@ TEST_F(PanelPlay, SoundThatRunsDryBeforeTheMessageIsReadIsNotTheEnd) {
     for (int i = 0; i < 22; ++i) message.Picture();
     message.Speech(3);
     ASSERT_TRUE(Open(message));
-    m_main->panel->Play();
+    Panel().Play();
     ASSERT_TRUE(Hear(30));
     HeadlessToolkit::PumpFor(50);
     EXPECT_EQ(m_main->ended, 0);
@@ -205,12 +205,11 @@ TEST_F(PanelPlay, SoundThatRunsDryBeforeTheMessageIsReadIsNotTheEnd) {
 
 TEST_F(PanelPlay, MessageWithoutSpeechEndsToo) {
     ASSERT_TRUE(Open(MessageBuilder(0, 0)));
-    m_main->panel->Play();
+    Panel().Play();
     EXPECT_TRUE(HeadlessToolkit::PumpUntil([&] { return m_main->ended == 1; }));
 
     ASSERT_TRUE(Open(MessageBuilder(5, 0).Picture().Picture()));
-    const HWND renderer = ChildOfFrame(2);
-    m_main->panel->Play();
+    Panel().Play();
     EXPECT_TRUE(HeadlessToolkit::PumpUntil([&] { return !m_toolkit.Timers().empty(); }));
     // The two pictures are shown at their pace, and the end waits for them.
     std::set<COLORREF> shown;
@@ -218,11 +217,11 @@ TEST_F(PanelPlay, MessageWithoutSpeechEndsToo) {
         m_toolkit.FireTimers();
         EXPECT_EQ(m_main->ended, 1);
         // A pause puts it off.
-        m_main->panel->Pause();
+        Panel().Pause();
         EXPECT_TRUE(m_toolkit.Timers().empty());
-        m_main->panel->Play();
+        Panel().Play();
         EXPECT_TRUE(HeadlessToolkit::PumpUntil([&] { return !m_toolkit.Timers().empty(); }));
-        shown.insert(Pixel(renderer, 160, 120));
+        shown.insert(MidPixel());
         HeadlessToolkit::PumpFor(250);
     }
     EXPECT_GE(shown.size(), 2U);
@@ -231,7 +230,7 @@ TEST_F(PanelPlay, MessageWithoutSpeechEndsToo) {
     m_toolkit.FireTimers();
     EXPECT_EQ(m_main->ended, 2);
     EXPECT_TRUE(m_toolkit.Timers().empty());
-    EXPECT_EQ(Pixel(renderer, 160, 120), 0U);
+    EXPECT_EQ(MidPixel(), 0U);
 }
 
 }  // namespace

@@ -1,13 +1,6 @@
 #include "tests/panel/player_fixture.h"
 
-#include <algorithm>
-#include <chrono>
-#include <filesystem>
-#include <thread>
-
 #include "platform/framework/window.h"
-#include "platform/sound/simulated_mixer_driver.h"
-#include "res/player_resources.h"
 #include "res/resource.h"
 
 TestMainWindow::TestMainWindow() {
@@ -26,42 +19,32 @@ LRESULT TestMainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     return CDialog::WindowProc(message, wParam, lParam);
 }
 
-void PlayerTest::SetUpTestSuite() {
-    UsePlayerResources();
-}
-
 void PlayerTest::SetUp() {
-    m_before = SetWaveDriver(m_sound);
-    SetMixerDriver(std::make_shared<SimulatedMixerDriver>());
-    m_app = std::make_unique<CWinApp>();
     m_main = std::make_unique<TestMainWindow>();
-    m_app->m_pMainWnd = m_main.get();
+    m_app.m_pMainWnd = m_main.get();
     ASSERT_NE(m_main->panel->m_hWnd, nullptr);
 }
 
 void PlayerTest::TearDown() {
     m_main->DestroyWindow();
     m_main.reset();
-    m_app.reset();
-    SetMixerDriver(nullptr);
-    SetWaveDriver(m_before);
 }
 
 BOOL PlayerTest::Open(const MessageBuilder& message, const std::string& name) {
     message.Write(m_folder.Path(name));
-    if (!m_main->panel->Open(m_folder.Path(name))) return FALSE;
-    m_main->panel->Stop();
+    if (!Panel().Open(m_folder.Path(name))) return FALSE;
+    Panel().Stop();
     return TRUE;
 }
 
 std::string PlayerTest::Text(int control) const {
     CString text;
-    m_main->panel->GetDlgItem(control)->GetWindowText(text);
+    Panel().GetDlgItem(control)->GetWindowText(text);
     return text.Str();
 }
 
 HWND PlayerTest::ChildOfFrame(size_t index) const {
-    const HWND frame = m_main->panel->GetDlgItem(IDC_PICTURE_FRAME)->m_hWnd;
+    const HWND frame = Panel().GetDlgItem(IDC_PICTURE_FRAME)->m_hWnd;
     return windows::Find(frame)->children.at(index)->handle;
 }
 
@@ -70,19 +53,14 @@ COLORREF PlayerTest::Pixel(HWND window, int x, int y) const {
 }
 
 bool PlayerTest::Hear(int blocks) {
-    using Clock = std::chrono::steady_clock;
-    const int end = BlocksHeard() + blocks;
-    auto progress = Clock::now();
-    while (BlocksHeard() < end) {
+    for (const int end = BlocksHeard() + blocks; BlocksHeard() < end;) {
         const int before = BlocksHeard();
-        m_sound->Advance(20);
-        HeadlessToolkit::Pump();
-        if (BlocksHeard() != before) {
-            progress = Clock::now();
-        } else {
-            if (Clock::now() - progress > std::chrono::seconds(20)) return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        const auto heard = [&] {
+            m_sound->Advance(20);
+            HeadlessToolkit::Pump();
+            return BlocksHeard() > before;
+        };
+        if (!HeadlessToolkit::PumpUntil(heard, 20000)) return false;
     }
     return true;
 }
@@ -101,22 +79,14 @@ bool PlayerTest::HearToTheEnd() {
 }
 
 void PlayerTest::WaitForReader() {
-    size_t written;
-    do {
-        written = m_sound->BlocksWritten();
-        HeadlessToolkit::PumpFor(30);
-    } while (m_sound->BlocksWritten() != written);
+    // Asleep several times in a row: a thread also sleeps where it waits for a lock.
+    int asleep = 0;
+    EXPECT_TRUE(HeadlessToolkit::PumpUntil([&] {
+        asleep = watch::OthersSleep() ? asleep + 1 : 0;
+        return asleep == 5;
+    }));
 }
 
 bool PlayerTest::WaitForSound() {
-    for (int waitedMs = 0; m_sound->BytesQueued() == 0; ++waitedMs) {
-        if (waitedMs == 10000) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
-
-int PlayerTest::Threads() const {
-    const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return static_cast<int>(std::distance(begin(tasks), end(tasks)));
+    return watch::Eventually([this] { return m_sound->BytesQueued() != 0; }, std::chrono::seconds(10));
 }

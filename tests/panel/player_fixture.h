@@ -9,10 +9,12 @@
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/afxwin.h"
 #include "platform/framework/surface.h"
-#include "platform/sound/simulated_wave_driver.h"
 #include "playback/message_panel.h"
 #include "tests/support/headless_toolkit.h"
 #include "tests/support/message_builder.h"
+#include "tests/support/simulated_sound.h"
+#include "tests/support/test_files.h"
+#include "tests/support/watch.h"
 
 class TestMainWindow : public CDialog {
 public:
@@ -25,18 +27,19 @@ private:
     CStatic m_frame;
 };
 
-class PlayerTest : public testing::Test {
+class PlayerTest : public testing::Test, protected SimulatedSound {
 protected:
-    static void SetUpTestSuite();
     void SetUp() override;
     void TearDown() override;
 
     // Writes the message and opens it, as the main window does: opened, then stopped.
     BOOL Open(const MessageBuilder& message, const std::string& name = "message.trv");
+    CMessagePanel& Panel() const { return *m_main->panel; }
     std::string Text(int control) const;
-    BOOL IsShown(int control) const { return m_main->panel->GetDlgItem(control)->IsWindowVisible(); }
+    BOOL IsShown(int control) const { return Panel().GetDlgItem(control)->IsWindowVisible(); }
     HWND ChildOfFrame(size_t index) const;  // 0 waveform, 1 wave device, 2 renderer
     COLORREF Pixel(HWND window, int x, int y) const;
+    COLORREF MidPixel() const { return Pixel(ChildOfFrame(2), 160, 120); }  // of the picture
 
     // Blocks heard since the sound's record was last forgotten.
     int BlocksHeard() const { return static_cast<int>(m_sound->HeardCount() / kSpeechFrameSamples); }
@@ -44,16 +47,17 @@ protected:
     bool Hear(int blocks);
     // Lets the clock run until the message has ended once more.
     bool HearToTheEnd();
-    // Waits until the reader has filled the queue or read everything: nothing more is written.
+    // Waits until all other threads sleep: the reader has filled the queue or read everything.
     void WaitForReader();
     // Waits until the reader has queued sound, without letting any message through.
     bool WaitForSound();
-    int Threads() const;
+    // The system may list a thread a little longer than it runs.
+    static bool ThreadsAre(int count) {
+        return watch::Eventually([=] { return watch::ThreadCount() == count; }, std::chrono::seconds(5));
+    }
 
     HeadlessToolkit m_toolkit;
-    std::shared_ptr<SimulatedWaveDriver> m_sound = std::make_shared<SimulatedWaveDriver>();
-    std::shared_ptr<WaveDriver> m_before;
     TestFolder m_folder;
-    std::unique_ptr<CWinApp> m_app;
+    CWinApp m_app;
     std::unique_ptr<TestMainWindow> m_main;
 };

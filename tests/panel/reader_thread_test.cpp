@@ -1,8 +1,6 @@
 // The reader thread with the real queues but without the panel.
 #include "playback/reader_thread.h"
 
-#include <time.h>
-
 #include <atomic>
 #include <thread>
 
@@ -175,16 +173,11 @@ TEST(ReaderGate, RoomFreedOnTwoThreadsAtOnceWakesTheReader) {
 
 // A reader that has nothing to do uses no processor time, whatever it waits for.
 TEST_F(ReaderThread, SleepsWhileItWaits) {
-    const auto cpuMs = [] {
-        timespec time = {};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    };
     const auto expectIdle = [&](const char* what) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        const double before = cpuMs();
+        const double before = watch::ProcessorMs();
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        EXPECT_LT(cpuMs() - before, 10.0) << what;
+        EXPECT_LT(watch::ProcessorMs() - before, 10.0) << what;
     };
     Start(MessageBuilder(0, 400).Speech(40));
     expectIdle("before Play");

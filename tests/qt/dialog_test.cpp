@@ -4,7 +4,7 @@
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/window.h"
 #include "res/resource.h"
-#include "tests/support/ui_session.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "platform/framework/afxcmn.h"
 #include "platform/qt/toolkit.h"
 #include "res/resource.h"
-#include "tests/support/ui_session.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 
@@ -144,6 +144,8 @@ TEST(Input, TheCloseBoxAsksAndDroppedFilesAreNamed) {
     EXPECT_TRUE(enter.isAccepted());
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(WidgetOf(dialog.m_hWnd), &drop);
+    EXPECT_TRUE(dialog.dropped.empty()) << "the program that they come from is let go first";
+    ui_test::Pump();
     EXPECT_EQ(dialog.dropped, std::vector<std::string>{"/a/b c.trv"});
 }
 

@@ -9,7 +9,7 @@
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/mmtimer.h"
 #include "res/resource.h"
-#include "tests/support/ui_session.h"
+#include "tests/support/ui_test.h"
 
 namespace {
 
@@ -71,7 +71,7 @@ TEST(Messages, PostedOnesKeepTheirOrderAndSentOnesWaitForTheUiThread) {
         answer = host.SendMessage(kAsk, 5000, 7);
         done = true;
     });
-    ASSERT_TRUE(ui::PumpUntil([&] { return done.load(); }));
+    ASSERT_TRUE(ui_test::PumpUntil([&] { return done.load(); }));
     other.join();
     EXPECT_EQ(answer, 5007);
     EXPECT_EQ(host.thread, std::this_thread::get_id());
@@ -92,7 +92,7 @@ TEST(Messages, ForADestroyedWindowAreDroppedAndReleaseTheSender) {
     while (!asking) std::this_thread::yield();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     host.DestroyWindow();
-    EXPECT_TRUE(ui::PumpUntil([&] { return answer.load() != -1; }));
+    EXPECT_TRUE(ui_test::PumpUntil([&] { return answer.load() != -1; }));
     sender.join();
     EXPECT_EQ(answer, 0);
     EXPECT_TRUE(host.heard.empty());
@@ -104,10 +104,10 @@ TEST(Messages, ForADestroyedWindowAreDroppedAndReleaseTheSender) {
 TEST(Messages, TimersRunUntilKilledOrTheWindowGoes) {
     Host host;
     host.SetTimer(3, 10);
-    EXPECT_TRUE(ui::PumpUntil([&] { return host.heard.size() >= 3; }));
+    EXPECT_TRUE(ui_test::PumpUntil([&] { return host.heard.size() >= 3; }));
     EXPECT_TRUE(host.KillTimer(3));
     const std::size_t after = host.heard.size();
-    ui::PumpFor(60);
+    ui_test::PumpFor(60);
     EXPECT_EQ(host.heard.size(), after);
     EXPECT_FALSE(host.KillTimer(3));
 }

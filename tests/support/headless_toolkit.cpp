@@ -5,6 +5,7 @@
 
 #include "platform/framework/afxwin.h"
 #include "platform/framework/window.h"
+#include "res/player_resources.h"
 
 class HeadlessToolkit::Peer : public NativePeer {
 public:
@@ -27,7 +28,6 @@ public:
     void SetShortcut(unsigned, const std::string&) override {}
     void ShowSurface(const RECT&) override {}
     CPoint ClientOrigin() const override { return CPoint(0, 0); }
-    CRect ScreenRect() const override { return m_window.rect; }
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override {
         m_toolkit.m_timers.erase({m_window.handle, id, 0});
         m_toolkit.m_timers.insert({m_window.handle, id, milliseconds});
@@ -45,6 +45,7 @@ private:
 
 HeadlessToolkit::HeadlessToolkit() {
     SetToolkit(this);
+    UsePlayerResources();
 }
 
 HeadlessToolkit::~HeadlessToolkit() {

@@ -1,8 +1,6 @@
 #include "tests/support/message_builder.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <stdexcept>
 
 #include "playback/speech_frame.h"
 
@@ -79,15 +77,4 @@ void MessageBuilder::Write(const std::filesystem::path& path) const {
 uint8_t MessageBuilder::Noise() {
     m_state = m_state * 1664525U + 1013904223U;
     return static_cast<uint8_t>(m_state >> 24);
-}
-
-TestFolder::TestFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "trv-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    m_folder = name;
-}
-
-TestFolder::~TestFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
 }

@@ -35,16 +35,3 @@ private:
     std::vector<uint8_t> m_frames;
     uint32_t m_state = 1;
 };
-
-// A folder of the test's own, deleted with everything in it.
-class TestFolder {
-public:
-    TestFolder();
-    ~TestFolder();
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-
-private:
-    std::filesystem::path m_folder;
-};

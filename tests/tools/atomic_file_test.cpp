@@ -1,13 +1,14 @@
 #include "tools/encode/atomic_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "tests/support/test_files.h"
 #include "tools/tool_error.h"
 
 namespace {
@@ -18,37 +19,27 @@ constexpr std::array<uint8_t, 3> kBytes = {'n', 'e', 'w'};
 
 class AtomicFileTest : public testing::Test {
 protected:
-    AtomicFileTest() {
-        std::string name = (fs::temp_directory_path() / "trvatomic.XXXXXX").string();
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-    }
-    ~AtomicFileTest() override { fs::remove_all(folder_); }
-
     static void Put(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
     static std::string Get(const fs::path& path) {
         std::string text;
         std::getline(std::ifstream(path), text);
         return text;
     }
-    auto FileCount() const {
-        return std::distance(fs::directory_iterator(folder_), fs::directory_iterator());
-    }
 
-    fs::path folder_;
+    TestFolder m_folder;
 };
 
 }  // namespace
 
 TEST_F(AtomicFileTest, AppearsWholeOrNotAtAll) {
-    const fs::path path = folder_ / "m";
+    const fs::path path = m_folder.Path() / "m";
     Put(path, "old");
     {
         tools::AtomicFile abandoned(path);
         abandoned.Write(kBytes);
     }
     EXPECT_EQ(Get(path), "old");
-    EXPECT_EQ(FileCount(), 1);
+    EXPECT_EQ(m_folder.Names().size(), 1U);
 
     tools::AtomicFile file(path);
     file.Write(kBytes);
@@ -58,22 +49,22 @@ TEST_F(AtomicFileTest, AppearsWholeOrNotAtAll) {
     EXPECT_EQ(Get(path), "old");
     file.Commit();
     EXPECT_EQ(Get(path), "nnwnewnew");
-    EXPECT_EQ(FileCount(), 1);
+    EXPECT_EQ(m_folder.Names().size(), 1U);
     const mode_t mask = umask(0);
     umask(mask);
     EXPECT_EQ(static_cast<unsigned>(fs::status(path).permissions()), 0666U & ~mask);
 }
 
 TEST_F(AtomicFileTest, LinksStayAndOtherThingsAreNotReplaced) {
-    Put(folder_ / "target", "old");
-    fs::create_symlink("target", folder_ / "link");
-    tools::AtomicFile file(folder_ / "link");
+    Put(m_folder.Path() / "target", "old");
+    fs::create_symlink("target", m_folder.Path() / "link");
+    tools::AtomicFile file(m_folder.Path() / "link");
     file.Write(kBytes);
     file.Commit();
-    EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
-    EXPECT_EQ(Get(folder_ / "target"), "new");
+    EXPECT_TRUE(fs::is_symlink(m_folder.Path() / "link"));
+    EXPECT_EQ(Get(m_folder.Path() / "target"), "new");
 
-    EXPECT_THROW(tools::AtomicFile{folder_}, tools::ToolError);
+    EXPECT_THROW(tools::AtomicFile{m_folder.Path()}, tools::ToolError);
     EXPECT_THROW(tools::AtomicFile{"/dev/null"}, tools::ToolError);
-    EXPECT_THROW(tools::AtomicFile{folder_ / "none" / "m"}, tools::ToolError);
+    EXPECT_THROW(tools::AtomicFile{m_folder.Path() / "none" / "m"}, tools::ToolError);
 }

@@ -7,9 +7,6 @@
 
 #include <QByteArray>
 #include <QCryptographicHash>
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
 #include <iterator>
 
 #include "playback/message_format.h"
@@ -29,9 +26,9 @@ void Redirect(const std::string& path, int descriptor, int flags) {
 }  // namespace
 
 ToolRun RunTool(const std::string& program, const std::vector<std::string>& arguments) {
-    const TemporaryFolder folder;
-    const std::string out = folder.File("out");
-    const std::string err = folder.File("err");
+    const TestFolder folder;
+    const std::string out = folder.Path("out");
+    const std::string err = folder.Path("err");
     std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& word : arguments) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
@@ -57,44 +54,9 @@ ToolRun RunTrvmake(const std::vector<std::string>& arguments) {
     return RunTool(TRVMAKE_PATH, arguments);
 }
 
-TemporaryFolder::TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "trvtools.XXXXXX").string();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(path_, error);
-}
-
-std::vector<std::string> TemporaryFolder::Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_))
-        names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file) << path;
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void WriteBytes(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    ASSERT_TRUE(file.flush()) << path;
-}
-
 std::string Sha256(const std::vector<uint8_t>& bytes) {
     const QByteArray data(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()));
     return QCryptographicHash::hash(data, QCryptographicHash::Sha256).toHex().toStdString();
-}
-
-std::string SamplePath(const std::string& name) {
-    return std::string(TEST_DATA) + "/samples/" + name;
 }
 
 std::vector<uint8_t> MessageHeader(uint8_t rate, uint32_t frame_count) {

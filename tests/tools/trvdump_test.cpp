@@ -23,7 +23,7 @@ QJsonDocument ParseJson(const std::string& text) {
 }
 
 QJsonArray ExpectedSamples() {
-    const std::vector<uint8_t> bytes = ReadBytes(SamplePath("expected.json"));
+    const std::vector<uint8_t> bytes = ReadBytes(Sample("expected.json"));
     return ParseJson(std::string(bytes.begin(), bytes.end())).array();
 }
 
@@ -59,19 +59,19 @@ TEST(TrvdumpSamples, DecodeToTheExpectedDigests) {
     ASSERT_GE(samples.size(), 2);
     for (const QJsonValue value : samples) {
         const QJsonObject sample = value.toObject();
-        const std::string path = SamplePath(sample["file"].toString().toStdString());
+        const std::string path = Sample(sample["file"].toString().toStdString());
         SCOPED_TRACE(path);
-        const TemporaryFolder folder;
-        const ToolRun run = RunTrvdump({"--pcm", folder.File("s.raw"), "--wav", folder.File("s.wav"), "--bgr",
-                                        folder.File("made/deep"), path});
+        const TestFolder folder;
+        const ToolRun run = RunTrvdump({"--pcm", folder.Path("s.raw"), "--wav", folder.Path("s.wav"), "--bgr",
+                                        folder.Path("made/deep"), path});
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.err, "");
 
-        const std::vector<uint8_t> pcm = ReadBytes(folder.File("s.raw"));
+        const std::vector<uint8_t> pcm = ReadBytes(folder.Path("s.raw"));
         EXPECT_EQ(Sha256(pcm), sample["pcm_sha256"].toString().toStdString());
 
-        const std::vector<uint8_t> wav = ReadBytes(folder.File("s.wav"));
+        const std::vector<uint8_t> wav = ReadBytes(folder.Path("s.wav"));
         ASSERT_EQ(wav.size(), pcm.size() + 44);
         EXPECT_TRUE(std::equal(pcm.begin(), pcm.end(), wav.begin() + 44));
 
@@ -79,9 +79,9 @@ TEST(TrvdumpSamples, DecodeToTheExpectedDigests) {
         for (qsizetype i = 0; i < digests.size(); ++i) {
             char name[64];
             std::snprintf(name, sizeof name, "made/deep/picture-%04d.bgr", static_cast<int>(i) + 1);
-            EXPECT_EQ(Sha256(ReadBytes(folder.File(name))), digests[i].toString().toStdString()) << name;
+            EXPECT_EQ(Sha256(ReadBytes(folder.Path(name))), digests[i].toString().toStdString()) << name;
         }
-        const auto written = std::filesystem::directory_iterator(folder.File("made/deep"));
+        const auto written = std::filesystem::directory_iterator(folder.Path("made/deep"));
         EXPECT_EQ(std::distance(begin(written), end(written)), digests.size());
     }
 }
@@ -89,7 +89,7 @@ TEST(TrvdumpSamples, DecodeToTheExpectedDigests) {
 TEST(TrvdumpSamples, AreTruthfullyDescribed) {
     for (const QJsonValue value : ExpectedSamples()) {
         const QJsonObject sample = value.toObject();
-        const std::string path = SamplePath(sample["file"].toString().toStdString());
+        const std::string path = Sample(sample["file"].toString().toStdString());
         SCOPED_TRACE(path);
         const ToolRun run = RunTrvdump({path, "--json"});
         ASSERT_EQ(run.status, 0);
@@ -116,7 +116,7 @@ TEST(TrvdumpSamples, AreTruthfullyDescribed) {
 }
 
 TEST(TrvdumpSamples, SummaryIsForPeople) {
-    const ToolRun run = RunTrvdump({SamplePath("greeting-video.trv"), SamplePath("greeting-voice.trv")});
+    const ToolRun run = RunTrvdump({Sample("greeting-video.trv"), Sample("greeting-voice.trv")});
     EXPECT_EQ(run.status, 0);
     for (const char* part :
          {"video message, 3 pictures per second", "520 (10.40 s)", "52 blocks, 520 frames",
@@ -128,11 +128,11 @@ TEST(TrvdumpSamples, SummaryIsForPeople) {
 // The messages that tools/sample/make_samples.sh makes.
 TEST(TrvdumpSamples, OwnMessagesAreWhole) {
     const struct {
-        const char* path;
+        std::string path;
         int rate, least_frames, most_frames, least_pictures, most_bytes;
     } cases[] = {
-        {TEST_DATA "/../../res/sample/welcome.trv", 3, 500, 750, 36, 150000},
-        {TEST_DATA "/short.trv", 0, 20, 20, 0, 700},
+        {TestData("../../res/sample/welcome.trv"), 3, 500, 750, 36, 150000},
+        {TestData("short.trv"), 0, 20, 20, 0, 700},
     };
     for (const auto& c : cases) {
         const QJsonObject report = ParseJson(RunTrvdump({"--json", c.path}).out).object();
@@ -146,9 +146,9 @@ TEST(TrvdumpSamples, OwnMessagesAreWhole) {
 }
 
 TEST(TrvdumpSound, WavHeaderFieldsAreRight) {
-    const TemporaryFolder folder;
-    ASSERT_EQ(RunTrvdump({"--wav", folder.File("s.wav"), SamplePath("greeting-voice.trv")}).status, 0);
-    const std::vector<uint8_t> wav = ReadBytes(folder.File("s.wav"));
+    const TestFolder folder;
+    ASSERT_EQ(RunTrvdump({"--wav", folder.Path("s.wav"), Sample("greeting-voice.trv")}).status, 0);
+    const std::vector<uint8_t> wav = ReadBytes(folder.Path("s.wav"));
     const uint32_t data = 540 * 320;
     ASSERT_EQ(wav.size(), data + 44);
     EXPECT_EQ(std::string(wav.begin(), wav.begin() + 4), "RIFF");
@@ -165,15 +165,15 @@ TEST(TrvdumpSound, WavHeaderFieldsAreRight) {
     EXPECT_EQ(LittleEndianAt(wav, 40, 4), data);
 
     // On standard output, which cannot be gone back in, it is the same.
-    const ToolRun run = RunTrvdump({"--wav", "-", SamplePath("greeting-voice.trv")});
+    const ToolRun run = RunTrvdump({"--wav", "-", Sample("greeting-voice.trv")});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, std::string(wav.begin(), wav.end()));
 }
 
 TEST(TrvdumpPictures, PngIsUprightAndHasTheDecodersColours) {
-    const TemporaryFolder folder;
-    const std::string out = folder.File("pictures");
-    ASSERT_EQ(RunTrvdump({"--png", out, "--bgr", out, SamplePath("greeting-video.trv")}).status, 0);
+    const TestFolder folder;
+    const std::string out = folder.Path("pictures");
+    ASSERT_EQ(RunTrvdump({"--png", out, "--bgr", out, Sample("greeting-video.trv")}).status, 0);
     const std::vector<uint8_t> bgr = ReadBytes(out + "/picture-0032.bgr");
     const QImage png(QString::fromStdString(out + "/picture-0032.png"));
     ASSERT_EQ(png.size(), QSize(kPictureWidth, kPictureHeight));
@@ -187,11 +187,11 @@ TEST(TrvdumpPictures, PngIsUprightAndHasTheDecodersColours) {
 }
 
 TEST(TrvdumpPictures, QualityReachesTheDecoder) {
-    const TemporaryFolder folder;
-    const std::string sample = SamplePath("greeting-video.trv");
+    const TestFolder folder;
+    const std::string sample = Sample("greeting-video.trv");
     std::set<std::string> digests;
     for (const char* quality : {"0", "1", "2", "3"}) {
-        const std::string out = folder.File(quality);
+        const std::string out = folder.Path(quality);
         ASSERT_EQ(RunTrvdump({"--bgr", out, "--quality", quality, sample}).status, 0);
         digests.insert(Sha256(ReadBytes(out + "/picture-0001.bgr")));
     }
@@ -199,21 +199,21 @@ TEST(TrvdumpPictures, QualityReachesTheDecoder) {
 }
 
 TEST(TrvdumpPictures, VoiceOnlyMessageGivesNoneAsInThePlayer) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     std::vector<uint8_t> message = MessageHeader(0, 10);
     AppendVideo(message, 42, HeadOnly(0, 0, 0xFF));
     AppendSpeech(message, 0);
-    WriteBytes(folder.File("m.trv"), message);
+    WriteBytes(folder.Path("m.trv"), message);
     const ToolRun run =
-        RunTrvdump({"--bgr", folder.File("b"), "--pcm", folder.File("p"), folder.File("m.trv")});
+        RunTrvdump({"--bgr", folder.Path("b"), "--pcm", folder.Path("p"), folder.Path("m.trv")});
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.err.find("voice-only"), std::string::npos) << run.err;
-    EXPECT_TRUE(std::filesystem::is_empty(folder.File("b")));
-    EXPECT_EQ(ReadBytes(folder.File("p")).size(), 3200U);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path("b")));
+    EXPECT_EQ(ReadBytes(folder.Path("p")).size(), 3200U);
 }
 
 TEST(TrvdumpFailures, FilesThatAreNoMessage) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     const std::vector<uint8_t> whole = MessageHeader(0, 0);
     std::vector<uint8_t> wrong_magic = whole;
     wrong_magic[0] = 't';
@@ -233,22 +233,22 @@ TEST(TrvdumpFailures, FilesThatAreNoMessage) {
         {"no-count", {whole.begin(), whole.begin() + 12}, "frame count"},
     };
     for (const auto& c : cases) {
-        const std::string path = folder.File(c.name);
+        const std::string path = folder.Path(c.name);
         WriteBytes(path, c.bytes);
-        const ToolRun run = RunTrvdump({"--pcm", folder.File("out"), path});
+        const ToolRun run = RunTrvdump({"--pcm", folder.Path("out"), path});
         EXPECT_EQ(run.status, 1) << c.name;
         EXPECT_EQ(run.out, "") << c.name;
         EXPECT_NE(run.err.find(path), std::string::npos) << run.err;
         EXPECT_NE(run.err.find(c.complaint), std::string::npos) << run.err;
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
-        EXPECT_FALSE(std::filesystem::exists(folder.File("out"))) << c.name;
+        EXPECT_FALSE(std::filesystem::exists(folder.Path("out"))) << c.name;
     }
-    EXPECT_NE(RunTrvdump({folder.File("missing")}).err.find("No such file"), std::string::npos);
-    EXPECT_EQ(RunTrvdump({folder.File("missing")}).status, 1);
-    EXPECT_EQ(RunTrvdump({folder.path()}).status, 1);
+    EXPECT_NE(RunTrvdump({folder.Path("missing")}).err.find("No such file"), std::string::npos);
+    EXPECT_EQ(RunTrvdump({folder.Path("missing")}).status, 1);
+    EXPECT_EQ(RunTrvdump({folder.Path().string()}).status, 1);
 
     // A good message is still described beside a bad one, and the JSON stays whole.
-    const ToolRun run = RunTrvdump({"--json", folder.File("rate-6"), SamplePath("greeting-voice.trv")});
+    const ToolRun run = RunTrvdump({"--json", folder.Path("rate-6"), Sample("greeting-voice.trv")});
     EXPECT_EQ(run.status, 1);
     const QJsonArray both = ParseJson(run.out).array();
     ASSERT_EQ(both.size(), 2);
@@ -257,8 +257,8 @@ TEST(TrvdumpFailures, FilesThatAreNoMessage) {
 }
 
 TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
-    const TemporaryFolder folder;
-    const std::string sample = SamplePath("greeting-voice.trv");
+    const TestFolder folder;
+    const std::string sample = Sample("greeting-voice.trv");
     const std::vector<std::vector<std::string>> wrong = {
         {},
         {"--json"},
@@ -268,8 +268,8 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
         {"--quality", "x", sample},
         {"--pcm", "-", "--json", sample},
         {"--pcm", "-", "--wav", "-", sample},
-        {"--pcm", folder.File("out"), sample, sample},
-        {"--pcm", folder.File("out"), "--wav", folder.File("out"), sample},
+        {"--pcm", folder.Path("out"), sample, sample},
+        {"--pcm", folder.Path("out"), "--wav", folder.Path("out"), sample},
     };
     for (const auto& arguments : wrong) {
         const ToolRun run = RunTrvdump(arguments);
@@ -278,15 +278,15 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
     }
     EXPECT_TRUE(folder.Names().empty());
 
-    WriteBytes(folder.File("file"), {1});
-    std::filesystem::create_symlink("loop", folder.File("loop"));
+    WriteBytes(folder.Path("file"), {1});
+    std::filesystem::create_symlink("loop", folder.Path("loop"));
     const std::vector<std::vector<std::string>> unwritable = {
-        {"--pcm", folder.File("none/out"), sample},
+        {"--pcm", folder.Path("none/out"), sample},
         {"--wav", "/dev/full", sample},
-        {"--png", folder.File("file"), sample},
-        {"--bgr", folder.File("file/under"), sample},
-        {"--png", folder.File(std::string(5000, 'n')), sample},
-        {"--bgr", folder.File("loop/under"), sample},
+        {"--png", folder.Path("file"), sample},
+        {"--bgr", folder.Path("file/under"), sample},
+        {"--png", folder.Path(std::string(5000, 'n')), sample},
+        {"--bgr", folder.Path("loop/under"), sample},
     };
     for (const auto& arguments : unwritable) {
         const ToolRun run = RunTrvdump(arguments);
@@ -295,15 +295,15 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
     }
 
     // The message itself is no place for the result.
-    std::filesystem::copy_file(sample, folder.File("m.trv"));
-    EXPECT_EQ(RunTrvdump({"--pcm", folder.File("m.trv"), folder.File("m.trv")}).status, 1);
-    EXPECT_EQ(ReadBytes(folder.File("m.trv")), ReadBytes(sample));
+    std::filesystem::copy_file(sample, folder.Path("m.trv"));
+    EXPECT_EQ(RunTrvdump({"--pcm", folder.Path("m.trv"), folder.Path("m.trv")}).status, 1);
+    EXPECT_EQ(ReadBytes(folder.Path("m.trv")), ReadBytes(sample));
     EXPECT_EQ(RunTrvdump({"--help"}).status, 0);
 }
 
 TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
     std::vector<uint8_t> good = MessageHeader(1, 10);
-    const std::vector<uint8_t> video = ReadBytes(SamplePath("greeting-video.trv"));
+    const std::vector<uint8_t> video = ReadBytes(Sample("greeting-video.trv"));
     ASSERT_EQ(video[13], 1U);
     const std::size_t first_length = LittleEndianAt(video, 14, 2);
     const std::vector<uint8_t> payload(video.begin() + 16,
@@ -406,8 +406,8 @@ TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
              return m;
          }},
     };
-    const TemporaryFolder folder;
-    const std::string path = folder.File("m.trv");
+    const TestFolder folder;
+    const std::string path = folder.Path("m.trv");
     for (const auto& c : cases) {
         WriteBytes(path, c.make(good, payload));
         EXPECT_EQ(OddCodes(path), c.codes) << c.name;

@@ -36,9 +36,9 @@ void WriteTone(const std::string& path, int format, int rate, int channels, doub
 }
 
 std::vector<int16_t> DecodedSamples(const std::string& message) {
-    const TemporaryFolder folder;
-    EXPECT_EQ(RunTrvdump({"--pcm", folder.File("s"), message}).status, 0);
-    const std::vector<uint8_t> bytes = ReadBytes(folder.File("s"));
+    const TestFolder folder;
+    EXPECT_EQ(RunTrvdump({"--pcm", folder.Path("s"), message}).status, 0);
+    const std::vector<uint8_t> bytes = ReadBytes(folder.Path("s"));
     std::vector<int16_t> samples(bytes.size() / 2);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         samples[i] = static_cast<int16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
@@ -103,18 +103,18 @@ TEST(TrvmakeSound, FormatsRatesAndChannelsGiveTheSameSpeech) {
         {"many.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_32, 48000, 4},
         {"small.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 32000, 1},
     };
-    const TemporaryFolder folder;
+    const TestFolder folder;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        WriteTone(folder.File(c.name), c.format, c.rate, c.channels, 1.9);
-        const ToolRun run = RunTrvmake({"--sound", folder.File(c.name), folder.File("m.trv")});
+        WriteTone(folder.Path(c.name), c.format, c.rate, c.channels, 1.9);
+        const ToolRun run = RunTrvmake({"--sound", folder.Path(c.name), folder.Path("m.trv")});
         ASSERT_EQ(run.status, 0) << run.err;
-        const QJsonObject report = Describe(folder.File("m.trv"));
+        const QJsonObject report = Describe(folder.Path("m.trv"));
         EXPECT_EQ(report["pictures_per_second"].toInt(-1), 0);
         EXPECT_EQ(report["frame_count"].toInt(), 100);
         EXPECT_TRUE(report["odd"].toArray().isEmpty());
 
-        const std::vector<int16_t> samples = DecodedSamples(folder.File("m.trv"));
+        const std::vector<int16_t> samples = DecodedSamples(folder.Path("m.trv"));
         ASSERT_EQ(samples.size(), 16000U);
         // One second of it: the tone, at its level among silent channels, and little else.
         const Strength middle = Measure(std::span(samples).subspan(4000, 8000));
@@ -126,22 +126,22 @@ TEST(TrvmakeSound, FormatsRatesAndChannelsGiveTheSameSpeech) {
 }
 
 TEST(TrvmakeSound, LengthIsWholeBlocks) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     const struct {
         double seconds;
         int blocks;
     } cases[] = {{0.0001, 1}, {0.2, 1}, {0.2002, 2}, {0.4, 2}, {6.0, 30}};
     for (const auto& c : cases) {
-        WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, c.seconds);
-        ASSERT_EQ(RunTrvmake({"--sound", folder.File("s.wav"), "-o", folder.File("m.trv")}).status, 0);
-        EXPECT_EQ(Describe(folder.File("m.trv"))["speech_blocks"].toInt(), c.blocks) << c.seconds;
+        WriteTone(folder.Path("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, c.seconds);
+        ASSERT_EQ(RunTrvmake({"--sound", folder.Path("s.wav"), "-o", folder.Path("m.trv")}).status, 0);
+        EXPECT_EQ(Describe(folder.Path("m.trv"))["speech_blocks"].toInt(), c.blocks) << c.seconds;
     }
 }
 
 TEST(TrvmakePictures, StandNearTheirSpeech) {
-    const TemporaryFolder folder;
-    WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 1.2);
-    const std::string picture = SavePicture(folder.File("p.png"), 32, 24, Qt::gray);
+    const TestFolder folder;
+    WriteTone(folder.Path("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 1.2);
+    const std::string picture = SavePicture(folder.Path("p.png"), 32, 24, Qt::gray);
     const struct {
         const char* rate;
         std::size_t pictures;
@@ -154,35 +154,35 @@ TEST(TrvmakePictures, StandNearTheirSpeech) {
         {"5", 7, "vsvsvsvsvsvsvs"},  //
     };
     for (const auto& c : cases) {
-        std::vector<std::string> arguments = {"--sound", folder.File("s.wav"), "--pictures"};
+        std::vector<std::string> arguments = {"--sound", folder.Path("s.wav"), "--pictures"};
         arguments.insert(arguments.end(), c.pictures, picture);
-        arguments.insert(arguments.end(), {"--rate", c.rate, folder.File("m.trv")});
+        arguments.insert(arguments.end(), {"--rate", c.rate, folder.Path("m.trv")});
         const ToolRun run = RunTrvmake(arguments);
         ASSERT_EQ(run.status, 0) << run.err;
-        EXPECT_EQ(RecordOrder(folder.File("m.trv")), c.order) << "rate " << c.rate;
-        const QJsonObject report = Describe(folder.File("m.trv"));
+        EXPECT_EQ(RecordOrder(folder.Path("m.trv")), c.order) << "rate " << c.rate;
+        const QJsonObject report = Describe(folder.Path("m.trv"));
         EXPECT_EQ(report["pictures_per_second"].toInt(), std::atoi(c.rate));
         EXPECT_TRUE(report["odd"].toArray().isEmpty());
     }
 }
 
 TEST(TrvmakePictures, FitTheFrameUprightOnBlack) {
-    const TemporaryFolder folder;
-    WriteTone(folder.File("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0.2);
+    const TestFolder folder;
+    WriteTone(folder.Path("s.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0.2);
     // Red above blue, in a tall picture: 120 pixels wide in the middle of the frame.
     QImage tall(50, 100, QImage::Format_RGB32);
     for (int y = 0; y < 100; ++y) {
         for (int x = 0; x < 50; ++x) tall.setPixelColor(x, y, y < 50 ? Qt::red : Qt::blue);
     }
-    ASSERT_TRUE(tall.save(QString::fromStdString(folder.File("tall.png"))));
-    const std::string clear = SavePicture(folder.File("clear.png"), 640, 480, QColor(255, 255, 255, 0));
-    const std::string large = SavePicture(folder.File("large.jpg"), 3000, 1000, Qt::white);
-    const std::string tiny = SavePicture(folder.File("tiny.bmp"), 1, 1, Qt::green);
-    ASSERT_EQ(RunTrvmake({"--sound", folder.File("s.wav"), "--rate=5", "--pictures", folder.File("tall.png"),
-                          clear, large, tiny, folder.File("m.trv")})
+    ASSERT_TRUE(tall.save(QString::fromStdString(folder.Path("tall.png"))));
+    const std::string clear = SavePicture(folder.Path("clear.png"), 640, 480, QColor(255, 255, 255, 0));
+    const std::string large = SavePicture(folder.Path("large.jpg"), 3000, 1000, Qt::white);
+    const std::string tiny = SavePicture(folder.Path("tiny.bmp"), 1, 1, Qt::green);
+    ASSERT_EQ(RunTrvmake({"--sound", folder.Path("s.wav"), "--rate=5", "--pictures", folder.Path("tall.png"),
+                          clear, large, tiny, folder.Path("m.trv")})
                   .status,
               0);
-    ASSERT_EQ(RunTrvdump({"--png", folder.File("out"), folder.File("m.trv")}).status, 0);
+    ASSERT_EQ(RunTrvdump({"--png", folder.Path("out"), folder.Path("m.trv")}).status, 0);
 
     const struct {
         int picture, x, y;
@@ -196,7 +196,7 @@ TEST(TrvmakePictures, FitTheFrameUprightOnBlack) {
     for (const auto& point : points) {
         char name[32];
         std::snprintf(name, sizeof name, "out/picture-%04d.png", point.picture);
-        const QColor found = QImage(QString::fromStdString(folder.File(name))).pixelColor(point.x, point.y);
+        const QColor found = QImage(QString::fromStdString(folder.Path(name))).pixelColor(point.x, point.y);
         // The colour bands are coarse, so edges reach some way in.
         const int distance = std::abs(found.red() - point.colour.red()) +
                              std::abs(found.green() - point.colour.green()) +
@@ -207,13 +207,13 @@ TEST(TrvmakePictures, FitTheFrameUprightOnBlack) {
 }
 
 TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
-    const TemporaryFolder folder;
-    const std::string sound = folder.File("s.wav");
+    const TestFolder folder;
+    const std::string sound = folder.Path("s.wav");
     WriteTone(sound, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0.5);
-    WriteTone(folder.File("silent.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0);
-    const std::string picture = SavePicture(folder.File("p.png"), 8, 8, Qt::gray);
-    WriteBytes(folder.File("text.png"), {'t', 'e', 'x', 't'});
-    WriteBytes(folder.File("old.trv"), {'o', 'l', 'd'});
+    WriteTone(folder.Path("silent.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, 0);
+    const std::string picture = SavePicture(folder.Path("p.png"), 8, 8, Qt::gray);
+    WriteBytes(folder.Path("text.png"), {'t', 'e', 'x', 't'});
+    WriteBytes(folder.Path("old.trv"), {'o', 'l', 'd'});
     const std::vector<std::string> before = folder.Names();
 
     const struct {
@@ -221,16 +221,16 @@ TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
         std::vector<std::string> arguments;
         std::string complaint;
     } cases[] = {
-        {1, {"--sound", folder.File("none.wav"), "OUT"}, folder.File("none.wav")},
-        {1, {"--sound", folder.File("text.png"), "OUT"}, folder.File("text.png")},
-        {1, {"--sound", folder.File("silent.wav"), "OUT"}, "holds no sound"},
+        {1, {"--sound", folder.Path("none.wav"), "OUT"}, folder.Path("none.wav")},
+        {1, {"--sound", folder.Path("text.png"), "OUT"}, folder.Path("text.png")},
+        {1, {"--sound", folder.Path("silent.wav"), "OUT"}, "holds no sound"},
         {1,
-         {"--sound", sound, "--pictures", picture, folder.File("text.png"), "--rate", "5", "OUT"},
+         {"--sound", sound, "--pictures", picture, folder.Path("text.png"), "--rate", "5", "OUT"},
          "text.png"},
-        {1, {"--sound", sound, "--pictures", folder.File("none.png"), "--rate", "5", "OUT"}, "none.png"},
+        {1, {"--sound", sound, "--pictures", folder.Path("none.png"), "--rate", "5", "OUT"}, "none.png"},
         {1, {"--sound", sound, sound}, "made from"},
-        {1, {"--sound", sound, folder.File("none/m.trv")}, "none/m.trv"},
-        {1, {"--sound", sound, folder.path()}, "not a regular file"},
+        {1, {"--sound", sound, folder.Path("none/m.trv")}, "none/m.trv"},
+        {1, {"--sound", sound, folder.Path().string()}, "not a regular file"},
         {2, {}, "--help"},
         {2, {"OUT"}, "--sound"},
         {2, {"--sound", sound}, "no message"},
@@ -245,12 +245,12 @@ TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
     for (const auto& c : cases) {
         std::vector<std::string> arguments = c.arguments;
         for (std::string& argument : arguments) {
-            if (argument == "OUT") argument = folder.File("old.trv");
+            if (argument == "OUT") argument = folder.Path("old.trv");
         }
         const ToolRun run = RunTrvmake(arguments);
         EXPECT_EQ(run.status, c.status) << testing::PrintToString(arguments);
         EXPECT_NE(run.err.find(c.complaint), std::string::npos) << run.err;
         EXPECT_EQ(folder.Names(), before) << testing::PrintToString(arguments);
-        EXPECT_EQ(ReadBytes(folder.File("old.trv")), (std::vector<uint8_t>{'o', 'l', 'd'}));
+        EXPECT_EQ(ReadBytes(folder.Path("old.trv")), (std::vector<uint8_t>{'o', 'l', 'd'}));
     }
 }

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "tests/video/allocation_probe.h"
+#include "tests/support/allocation_probe.h"
 #include "tests/video/vdec_payload.h"
 #include "video/vdec.h"
 
@@ -112,27 +112,27 @@ TEST_F(Vdec, StaysUninitialisedWhenMemoryRunsOut) {
     const std::vector<uint8_t> payload = GreyPayload();
     vdec_init();
     bool ready = true;
-    long refused = 0;
-    for (; refused < 1000; ++refused) {
-        refuse_from = allocations + refused;
+    long given = 0;
+    for (; given < 1000; ++given) {
+        allocation_probe::GiveOnly(given);
         vdec_init();
-        refuse_from = -1;
+        allocation_probe::GiveOnly(-1);
         ready = vdec_set_quality(3);
         if (ready) break;
-        ASSERT_FALSE(Decode(payload)) << "allocation " << refused;
+        ASSERT_FALSE(Decode(payload)) << "given " << given;
         ASSERT_TRUE(IsUntouched());
     }
     EXPECT_TRUE(ready);
-    EXPECT_GT(refused, 10) << "init makes this many allocations";
+    EXPECT_GT(given, 10) << "init makes this many allocations";
     EXPECT_TRUE(Decode(payload));
 }
 
 TEST_F(Vdec, AllocatesNothingPerPicture) {
     const std::vector<uint8_t> payload = RandomPayload(SharedCodes(), 1, 200, 1.0);
     vdec_init();
-    const long before = allocations;
+    const long before = allocation_probe::OnThisThread();
     Decode(payload);
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(allocation_probe::OnThisThread(), before);
 }
 
 }  // namespace

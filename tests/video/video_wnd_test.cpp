@@ -6,15 +6,16 @@
 #include <thread>
 
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/ui_test.h"
+#include "tests/support/watch.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 using ui_test::IsScribbled;
 using ui_test::PixelOf;
 using ui_test::Scribble;
+using watch::Clock;
 
 constexpr COLORREF kBlack = RGB(0, 0, 0);
 constexpr int kWidth = 8;
@@ -50,10 +51,8 @@ public:
         const std::scoped_lock lock(m_mutex);
         return m_times;
     }
-    bool WaitFor(std::size_t count, std::chrono::milliseconds timeout) {
-        const auto end = Clock::now() + timeout;
-        while (Get().size() < count && Clock::now() < end) std::this_thread::sleep_for(1ms);
-        return Get().size() >= count;
+    bool WaitFor(std::size_t count, std::chrono::milliseconds timeout = 20s) {
+        return watch::Eventually([&] { return Get().size() >= count; }, timeout);
     }
     std::chrono::milliseconds m_firstTakes{0};
 

@@ -2,39 +2,38 @@
 // what runs per picture allocates nothing.
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
 #include <mutex>
-#include <new>
 #include <random>
 #include <thread>
 
 #include "res/resource.h"
-#include "tests/controls/ui_test.h"
+#include "tests/support/allocation_probe.h"
+#include "tests/support/ui_test.h"
+#include "tests/support/watch.h"
 #include "video/video_wnd.h"
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-#define COUNT_ALLOCATIONS 1
+// CEvent::Lock as the renderer calls it comes here first (the linker's --wrap), so that a test can hold the
+// pacing thread just before it waits.
+BOOL LockItself(CEvent* event, DWORD timeout) __asm__("__real__ZN6CEvent4LockEj");
+BOOL LockHeld(CEvent* event, DWORD timeout) __asm__("__wrap__ZN6CEvent4LockEj");
+
 namespace {
-thread_local int t_allocations = 0;
+std::atomic<bool> g_holdAtWait = false, g_heldAtWait = false, g_endWasLost = false;
 }
-void* operator new(std::size_t size) {
-    ++t_allocations;
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
+
+BOOL LockHeld(CEvent* event, DWORD timeout) {
+    if (!g_holdAtWait) return LockItself(event, timeout);
+    g_heldAtWait = true;
+    while (g_holdAtWait) std::this_thread::yield();
+    const BOOL signalled = LockItself(event, 5000);
+    if (!signalled) g_endWasLost = true;
+    return signalled;
 }
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-#endif
 
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using watch::Clock;
 
 constexpr int kWidth = 64;
 constexpr int kHeight = 48;
@@ -101,10 +100,6 @@ private:
     std::thread m_thread;
 };
 
-std::ptrdiff_t ThreadCount() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-}
-
 TEST(VideoWndThreads, RandomPlayPauseStopNeverTearsReordersOrDrawsAfterwards) {
     ui_test::HostDialog host(IDD_PLAYER_DIALOG);
     Checker checker;
@@ -139,12 +134,10 @@ TEST(VideoWndThreads, RandomPlayPauseStopNeverTearsReordersOrDrawsAfterwards) {
     // Once more with nothing stopping it, so that the run shows pictures on any machine.
     checker.m_playing = true;
     video.Play();
-    const auto end = Clock::now() + 10s;
-    while (checker.m_shown < 50 && Clock::now() < end) std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(watch::Eventually([&] { return checker.m_shown >= 50; }, 10s));
     video.Pause();
     producer.reset();
 
-    EXPECT_GE(checker.m_shown, 50);
     EXPECT_FALSE(checker.m_torn);
     EXPECT_FALSE(checker.m_outOfOrder);
     EXPECT_FALSE(checker.m_badCount);
@@ -160,7 +153,7 @@ TEST(VideoWndThreads, PlayAndPauseBackToBackLeaveNoThread) {
     CVideoWnd video(&host, nullptr, kWidth, kHeight, 5, kSlots);
     video.Play();
     video.Pause();
-    const auto before = ThreadCount();
+    const int before = watch::ThreadCount();
     for (int i = 0; i < 2000; ++i) {
         video.Play();
         const auto until = Clock::now() + std::chrono::microseconds(i % 120);
@@ -169,10 +162,24 @@ TEST(VideoWndThreads, PlayAndPauseBackToBackLeaveNoThread) {
         video.Pause();
     }
     // The system may list a thread a little longer than it runs.
-    const auto end = Clock::now() + 2s;
-    while (ThreadCount() != before && Clock::now() < end) std::this_thread::sleep_for(1ms);
-    EXPECT_EQ(ThreadCount(), before);
+    EXPECT_TRUE(watch::Eventually([&] { return watch::ThreadCount() == before; }, 5s));
     EXPECT_EQ(timeGetPeriodRequests(), 0);
+}
+
+// Pause comes when the pacing thread has seen that it shall run, but does not wait for a tick yet.
+TEST(VideoWndThreads, PauseBetweenThePacingThreadsLookAndItsWaitEndsItAllTheSame) {
+    ui_test::HostDialog host(IDD_PLAYER_DIALOG);
+    CVideoWnd video(&host, nullptr, kWidth, kHeight, 1, kSlots);
+    g_holdAtWait = true;
+    video.Play();
+    ASSERT_TRUE(watch::Eventually([] { return g_heldAtWait.load(); }, 10s));
+    std::thread release([] {
+        std::this_thread::sleep_for(100ms);
+        g_holdAtWait = false;
+    });
+    video.Pause();
+    release.join();
+    EXPECT_FALSE(g_endWasLost);
 }
 
 // The UI thread sits in a long operation; pictures go on to the window's picture all the same.
@@ -189,16 +196,15 @@ TEST(VideoWndThreads, DrawingDoesNotWaitForTheUiThread) {
     video.Pause();
 }
 
-#ifdef COUNT_ALLOCATIONS
 class AllocationCounter : public CVideoWndClient {
 public:
     void OnFrameShown() override {
-        if (m_shown == 0) m_first = t_allocations;
-        m_last = t_allocations;
+        if (m_shown == 0) m_first = allocation_probe::OnThisThread();
+        m_last = allocation_probe::OnThisThread();
         ++m_shown;
     }
-    int m_first = 0;
-    int m_last = 0;
+    long m_first = 0;
+    long m_last = 0;
     std::atomic<int> m_shown = 0;
 };
 
@@ -207,16 +213,13 @@ TEST(VideoWndThreads, NothingIsAllocatedPerPicture) {
     AllocationCounter counter;
     CVideoWnd video(&host, &counter, kWidth, kHeight, 500, kSlots);
     const std::vector<BYTE> picture(static_cast<std::size_t>(kWidth) * kHeight * 3);
-    const int before = t_allocations;
+    const long before = allocation_probe::OnThisThread();
     for (int i = 0; i < kSlots - 1; ++i) ASSERT_TRUE(video.QueueFrame(picture.data()));
-    EXPECT_EQ(t_allocations, before) << "by the producer";
+    EXPECT_EQ(allocation_probe::OnThisThread(), before) << "by the producer";
     video.Play();
-    const auto end = Clock::now() + 10s;
-    while (counter.m_shown < kSlots - 1 && Clock::now() < end) std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(watch::Eventually([&] { return counter.m_shown == kSlots - 1; }, 10s));
     video.Pause();
-    ASSERT_EQ(counter.m_shown, kSlots - 1);
     EXPECT_EQ(counter.m_last, counter.m_first) << "by the pacing thread";
 }
-#endif
 
 }  // namespace

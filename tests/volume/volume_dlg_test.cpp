@@ -13,14 +13,14 @@
 #include "platform/sound/simulated_mixer_driver.h"
 #include "playback/player_messages.h"
 #include "res/resource.h"
-#include "tests/app/app_test.h"
+#include "tests/support/ui_test.h"
 #include "volume/volume_dlg.h"
 
 namespace {
 
-using app_test::Modal;
-using app_test::Pump;
-using app_test::WithModal;
+using ui_test::Modal;
+using ui_test::Pump;
+using ui_test::WithModal;
 using Driver = SimulatedMixerDriver;
 
 // Stands for the wave device's window.
@@ -138,7 +138,7 @@ TEST_F(VolumeDlg, ShowsWhatTheMixerHasAndSwitchesItsMutesOff) {
     EXPECT_EQ(Box(IDC_WAVE_MUTE).GetCheck(), 0);
     for (const char* name : {"Master Volume", "Master Volume, Mute", "Speakers Volume",
                              "Speakers Volume, Mute", "Speakers Level"})
-        EXPECT_TRUE(app_test::HasControlNamed(name)) << name;
+        EXPECT_TRUE(ui_test::HasControlNamed(name)) << name;
 }
 
 TEST_F(VolumeDlg, WhatIsMissingIsDisabledAndStaysUntouched) {

@@ -1,8 +1,7 @@
-// How long the window waits for the reader, at worst.
+// How long the window waits for the reader at worst, and when the first picture comes.
 #include <sched.h>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 
 #include "tests/panel/player_fixture.h"
@@ -18,7 +17,7 @@ constexpr double kLimitMs = 20;
 constexpr int kRounds = 1000;
 #endif
 
-class PanelResponse : public PlayerTest {
+class PanelTiming : public PlayerTest {
 protected:
     // Ahead of what else the machine does, where that is allowed: what others add to a call is none of the
     // player's doing. Its threads inherit it.
@@ -32,50 +31,61 @@ protected:
         double worst = 0;
         for (int i = 0; i < kRounds; ++i) {
             before(i);
-            const auto from = std::chrono::steady_clock::now();
+            const auto from = watch::Clock::now();
             call();
-            const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - from;
-            worst = std::max(worst, took.count());
+            worst = std::max(worst, watch::Ms(watch::Clock::now() - from));
         }
         return worst;
     }
     static void SpinFor(int microseconds) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(microseconds);
-        while (std::chrono::steady_clock::now() < end) {
+        const auto end = watch::Clock::now() + std::chrono::microseconds(microseconds);
+        while (watch::Clock::now() < end) {
         }
     }
 };
 
-TEST_F(PanelResponse, PauseStopAndCloseComeBackAtOnce) {
+TEST_F(PanelTiming, PauseStopAndCloseComeBackAtOnce) {
     MessageBuilder message(5, 400);
     for (int i = 0; i < 40; ++i) message.Picture().Speech(1);
     const std::string path = m_folder.Path("m.trv");
     message.Write(path);
-    CMessagePanel& panel = *m_main->panel;
-    ASSERT_TRUE(panel.Open(path));
+    ASSERT_TRUE(Panel().Open(path));
 
     const auto play = [&](int i) {
         HeadlessToolkit::Pump();
-        panel.Play();
+        Panel().Play();
         SpinFor(i * 37 % 5000);
     };
-    const double stop = WorstMs(play, [&] { panel.Stop(); });
+    const double stop = WorstMs(play, [&] { Panel().Stop(); });
     const double pause = WorstMs(
         [&](int i) {
-            if (i % 8 == 0) panel.Stop();  // so that the reader has something to read
+            if (i % 8 == 0) Panel().Stop();  // so that the reader has something to read
             play(i);
         },
-        [&] { panel.Pause(); });
+        [&] { Panel().Pause(); });
     const double close = WorstMs(
         [&](int i) {
-            ASSERT_TRUE(panel.Open(path));
+            ASSERT_TRUE(Panel().Open(path));
             play(i);
         },
-        [&] { panel.Close(); });
+        [&] { Panel().Close(); });
     std::printf("worst of %d: Pause %.2f ms, Stop %.2f ms, Close %.2f ms\n", kRounds, pause, stop, close);
     EXPECT_LT(pause, kLimitMs);
     EXPECT_LT(stop, kLimitMs);
     EXPECT_LT(close, kLimitMs);
+}
+
+TEST_F(PanelTiming, FirstPictureComesOnePeriodOfTheMessagesRateAfterPlay) {
+    for (const int rate : {5, 2, 3}) {
+        SCOPED_TRACE(rate);
+        ASSERT_TRUE(Open(MessageBuilder(rate, 100).Picture().Speech(10)));
+        const auto from = watch::Clock::now();
+        Panel().Play();
+        ASSERT_TRUE(HeadlessToolkit::PumpUntil([&] { return MidPixel() != 0; }));
+        const double took = watch::Ms(watch::Clock::now() - from);
+        EXPECT_GE(took, 1000 / rate);
+        EXPECT_LT(took, 1000 / rate + 450);
+    }
 }
 
 }  // namespace

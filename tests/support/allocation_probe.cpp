@@ -1,23 +1,27 @@
-#include "tests/video/allocation_probe.h"
+#include "tests/support/allocation_probe.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
 
-long allocations = 0;
-long refuse_from = -1;
-
 namespace {
 
-void* Allocate(std::size_t size, std::size_t alignment) {
-    ++allocations;
-    if (refuse_from >= 0 && allocations > refuse_from) return nullptr;
+std::atomic<long> g_all = 0;
+thread_local long t_own = 0;
+thread_local long t_left = -1;
+
+void* Allocate(std::size_t size, std::size_t alignment = 1) {
+    ++g_all;
+    ++t_own;
+    if (t_left == 0) return nullptr;
+    if (t_left > 0) --t_left;
     size = std::max<std::size_t>(size, 1);
     if (alignment <= alignof(std::max_align_t)) return std::malloc(size);
     return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
 }
-void* AllocateOrThrow(std::size_t size, std::size_t alignment) {
+void* AllocateOrThrow(std::size_t size, std::size_t alignment = 1) {
     void* memory = Allocate(size, alignment);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
@@ -25,20 +29,31 @@ void* AllocateOrThrow(std::size_t size, std::size_t alignment) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
-    return AllocateOrThrow(size, 1);
+namespace allocation_probe {
+
+long OnThisThread() {
+    return t_own;
 }
-void* operator new[](std::size_t size) {
-    return AllocateOrThrow(size, 1);
+
+long OnOtherThreads() {
+    return g_all - t_own;
+}
+
+void GiveOnly(long count) {
+    t_left = count;
+}
+
+}  // namespace allocation_probe
+
+// The other forms come down to these.
+void* operator new(std::size_t size) {
+    return AllocateOrThrow(size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return AllocateOrThrow(size, static_cast<std::size_t>(alignment));
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size, 1);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size, 1);
+    return Allocate(size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
     return Allocate(size, static_cast<std::size_t>(alignment));
@@ -46,13 +61,7 @@ void* operator new(std::size_t size, std::align_val_t alignment, const std::noth
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept {
