@@ -25,6 +25,8 @@ void AwaitPlace(const QPointer<QDialog>& dialog) {
 int QtToolkit::RunDialog(HWND owner, QDialog* dialog) {
     const QPointer<QDialog> guard(dialog);
     m_modals.push_back({owner, nullptr, guard});
+    // Messages that wait behind the one that is being handled have had their wake-up already.
+    Wake();
     AwaitPlace(guard);
     // The owner may have gone meanwhile.
     const int result = guard == nullptr || WidgetOf(owner) == nullptr ? 0 : dialog->exec();

@@ -100,6 +100,8 @@ void QtToolkit::RunModal(HWND window) {
     QWidget* top = widget->window();
     top->setWindowModality(Qt::ApplicationModal);
     windows::Find(window)->peer->Show(SW_SHOW);
+    // What was posted before the message that is being handled was taken out has had its wake-up already.
+    Wake();
     loop.exec();
     std::erase_if(m_modals, [&](const Modal& modal) { return modal.loop == &loop; });
 }
