@@ -1,6 +1,7 @@
 #include "platform/qt/input.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
 
@@ -59,6 +60,12 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
         default:
             return std::nullopt;
     }
+}
+
+void TellPointerStays(const QWidget* widget, HWND window) {
+    const QPoint at = QCursor::pos();
+    if (QApplication::widgetAt(at) != widget || QApplication::mouseButtons() != Qt::NoButton) return;
+    windows::DeliverInput({window, WM_MOUSEMOVE, 0, PackPoint(widget->mapFromGlobal(at))});
 }
 
 void TellPointerCrossing(HWND window, QEvent::Type type) {

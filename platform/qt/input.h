@@ -14,6 +14,9 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event);
 // What a window is told beside the event itself: its cursor when the pointer comes, and, while it has the
 // capture, that the pointer has left it.
 void TellPointerCrossing(HWND window, QEvent::Type type);
+// Tells a window in which the button was let go that the pointer is still over it, as it would hear from the
+// original platform when the capture ends. Without that it would miss the pointer's leaving.
+void TellPointerStays(const QWidget* widget, HWND window);
 
 // The default processing of an input message, as the window procedure reaches it.
 class DefaultInput {
@@ -54,7 +57,9 @@ protected:
         const QPointer<QWidget> alive(this);
         QEvent* outer = std::exchange(m_current, event);
         windows::DeliverInput(*message);
-        if (alive != nullptr) m_current = outer;
+        if (alive == nullptr) return true;
+        m_current = outer;
+        if (message->message == WM_LBUTTONUP) TellPointerStays(this, m_window);
         return true;
     }
 

@@ -80,6 +80,28 @@ class Window(desktop.DesktopTest):
         self.keys("space")
         self.wait_for_movement(window)
 
+    def test_a_button_is_lit_just_as_long_as_the_pointer_is_over_it(self):
+        player = self.start()
+        window = player.main_window()
+        outside = (180, 200)
+
+        def stop_button():
+            x, y = self.place(window, (61, 11))
+            return desktop.Image(x, y, 47, 41).data
+
+        self.point(window, outside)
+        unlit = stop_button()
+        self.point(window, desktop.BUTTONS["stop"])
+        wait_for(lambda: stop_button() != unlit, what="the light")
+        self.point(window, outside)
+        wait_for(lambda: stop_button() == unlit, what="its end")
+        # The pointer stays where it clicked, and then leaves at once.
+        self.click(window, desktop.BUTTONS["stop"])
+        wait_for(lambda: stop_button() != unlit, what="the light after a click")
+        self.assert_stays(lambda: stop_button() != unlit, 0.3)
+        self.point(window, outside)
+        wait_for(lambda: stop_button() == unlit, what="its end after a click")
+
     def test_a_file_that_is_no_message_is_reported_and_closes_what_played(self):
         player = self.start(self.sample("greeting-voice.trv"))
         window = player.main_window()
