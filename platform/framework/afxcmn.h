@@ -70,7 +70,8 @@ public:
         DWORD Flags;
         LPCTSTR lpstrTitle;
     };
-    // openFile: only TRUE. filter: pairs of description and pattern, each ended by '|', ended by one more.
+    // openFile: only TRUE; the two names: only "". Anything else ends the program with a message. filter:
+    // pairs of description and pattern, each ended by '|', ended by one more.
     CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags, LPCTSTR filter,
                 CWnd* parent);
     // IDOK or IDCANCEL. The parent may be destroyed while the dialog is up; the dialog then closes

@@ -23,7 +23,6 @@ inline constexpr DWORD SRCPAINT = 0x00EE0086U;
 inline constexpr DWORD BLACKNESS = 0x00000042U;
 inline constexpr DWORD WHITENESS = 0x00FF0062U;
 inline constexpr int PS_SOLID = 0;
-inline constexpr int TRANSPARENT = 1;
 inline constexpr int OPAQUE = 2;
 inline constexpr int MM_TEXT = 1;
 inline constexpr DWORD BI_RGB = 0;
@@ -66,7 +65,7 @@ public:
 class CPen : public CGdiObject {
 public:
     CPen() = default;
-    // Style PS_SOLID; width 0 or 1, both one pixel.
+    // Style PS_SOLID; width 0 or 1, both one pixel. Anything else ends the program with a message.
     CPen(int style, int width, COLORREF color) { CreatePen(style, width, color); }
     BOOL CreatePen(int style, int width, COLORREF color);
     BOOL DeleteObject();
@@ -78,13 +77,11 @@ private:
 
 class CBrush : public CGdiObject {
 public:
-    CBrush() = default;
     explicit CBrush(COLORREF color) : m_color(color) {}
-    BOOL CreateSolidBrush(COLORREF color);
     COLORREF Color() const { return m_color; }
 
 private:
-    COLORREF m_color = 0;
+    COLORREF m_color;
 };
 
 class CBitmap : public CGdiObject {
@@ -109,8 +106,8 @@ public:
     CDC(const CDC&) = delete;
     CDC& operator=(const CDC&) = delete;
 
-    // Makes this a memory context with a one-pixel bitmap selected, as the original does. The context given
-    // is only checked: null or a living one.
+    // Makes this a memory context with a one-pixel bitmap selected, as the original does; FALSE when it has a
+    // target already. The context given does not matter: every context has the same format.
     BOOL CreateCompatibleDC(CDC* dc);
     BOOL DeleteDC();
 
@@ -123,6 +120,7 @@ public:
     int GetBkMode() const { return m_bkMode; }
     int SetBkMode(int mode);
     int GetMapMode() const { return m_mapMode; }
+    // Only MM_TEXT; any other mode ends the program with a message.
     int SetMapMode(int mode);
     // The logical point that falls on the target's first pixel; gives the one before.
     CPoint SetWindowOrg(int x, int y);

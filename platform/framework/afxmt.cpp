@@ -4,6 +4,8 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/framework/unsupported.h"
+
 struct CWinThread::State {
     AFX_THREADPROC proc = nullptr;
     LPVOID param = nullptr;
@@ -50,7 +52,11 @@ DWORD CWinThread::ResumeThread() {
     return 1;
 }
 
-CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID param, int, UINT, DWORD createFlags) {
+CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID param, int priority, UINT stackSize,
+                           DWORD createFlags) {
+    if (priority != THREAD_PRIORITY_NORMAL)
+        Unsupported("priority of a thread", static_cast<unsigned long>(priority));
+    if (stackSize != 0) Unsupported("stack size of a thread", stackSize);
     auto* thread = new CWinThread;
     thread->m_state->proc = proc;
     thread->m_state->param = param;

@@ -46,8 +46,8 @@ private:
     State* m_state;
 };
 
-// Starts a worker thread. Difference from the original: the priority and the stack size are taken but only
-// the defaults (normal, 0) are supported. Null when the system has no thread left.
+// Starts a worker thread. Difference from the original: any other priority or stack size than the defaults
+// (normal, 0) ends the program with a message. Null when the system has no thread left.
 CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID param, int priority = THREAD_PRIORITY_NORMAL,
                            UINT stackSize = 0, DWORD createFlags = 0);
 

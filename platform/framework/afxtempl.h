@@ -1,7 +1,7 @@
 // CArray: the framework's growable array.
 //
-// Difference from the original: RemoveAt and RemoveAll keep the storage, so that a queue that has once
-// reached its size allocates no more; FreeExtra gives it back.
+// Differences from the original: RemoveAt and RemoveAll keep the storage, so that a queue that has once
+// reached its size allocates no more; Reserve is an addition.
 #pragma once
 
 #include <vector>
@@ -23,7 +23,6 @@ public:
         m_data.erase(m_data.begin() + index, m_data.begin() + index + count);
     }
     void RemoveAll() { m_data.clear(); }
-    void FreeExtra() { m_data.shrink_to_fit(); }
 
 private:
     std::vector<TYPE> m_data;

@@ -30,8 +30,9 @@ public:
     // The object that wraps the window, null for none.
     static CWnd* FromHandle(HWND hWnd);
 
-    // Creates a window of a registered class. The rectangle is the outer one, in the parent's client
-    // coordinates. Only WS_CHILD windows with a parent are made this way (dialogs make the others).
+    // Creates a window of a registered class; FALSE without a parent. The rectangle is the outer one, in the
+    // parent's client coordinates. Only WS_CHILD windows are made this way (dialogs make the others), with
+    // WS_VISIBLE, WS_BORDER and an edge if wanted; another style or class ends the program with a message.
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style, const RECT& rect,
                   CWnd* parent, UINT id);
     // Wraps a window that exists, so that its messages come here first. FALSE when it is wrapped already.
@@ -50,8 +51,6 @@ public:
     // Centres the window in its parent's client area (a top-level window: on its screen).
     void CenterWindow();
     void GetClientRect(RECT* rect) const;
-    // The outer rectangle in screen coordinates.
-    void GetWindowRect(RECT* rect) const;
     void ClientToScreen(POINT* point) const;
     void ScreenToClient(POINT* point) const;
     void SetWindowText(LPCTSTR text);
@@ -61,7 +60,6 @@ public:
     CWnd* GetOwner() const;
     // Null for a control that no object wraps; there are no temporary objects.
     CWnd* GetDlgItem(int id) const;
-    int GetDlgCtrlID() const;
     CWnd* SetFocus();
     static CWnd* GetFocus();
     // The application's active top-level window, null while another program's is active.
@@ -76,7 +74,7 @@ public:
     // Marks the client area, or a part of it, for painting.
     void Invalidate(BOOL erase = TRUE);
     void InvalidateRect(const RECT* rect, BOOL erase = TRUE);
-    // flags: RDW_INVALIDATE, RDW_ERASE, RDW_UPDATENOW.
+    // flags: RDW_INVALIDATE, RDW_ERASE, RDW_UPDATENOW; another ends the program with a message.
     BOOL RedrawWindow(const RECT* rect, UINT flags);
     // Paints now what is marked.
     void UpdateWindow();
@@ -99,8 +97,8 @@ public:
     void SetAccessibleName(LPCTSTR name);
     // Lets files be dropped on the window (WM_DROPFILES).
     void DragAcceptFiles(BOOL accept = TRUE);
-    // A modal message box over this window; type MB_OK, MB_ICONERROR. Gives IDOK. The window may be destroyed
-    // while the box is up; the box then closes.
+    // A modal message box over this window; type MB_OK or MB_ICONERROR, another ends the program with a
+    // message. Gives IDOK. The window may be destroyed while the box is up; the box then closes.
     int MessageBox(LPCTSTR text, LPCTSTR caption, UINT type);
     // Moves values between a dialog's controls and members through DoDataExchange.
     BOOL UpdateData(BOOL saveAndValidate = TRUE);
@@ -167,7 +165,8 @@ public:
     explicit CDialog(UINT templateId, CWnd* parent = nullptr) : m_templateId(templateId), m_parent(parent) {}
 
     // Makes a modeless dialog from the program's resources: the controls, then WM_INITDIALOG (OnInitDialog).
-    // A control class or style that the layer does not support ends the program with a message.
+    // A template that is not there, or that has a class or style that the layer does not support, ends the
+    // program with a message.
     BOOL Create(UINT templateId, CWnd* parent = nullptr);
     // Shows the dialog and runs until EndDialog; gives its result, or IDCANCEL when its window goes first.
     int DoModal();

@@ -6,6 +6,7 @@
 #include "platform/framework/image.h"
 #include "platform/framework/native.h"
 #include "platform/framework/surface.h"
+#include "platform/framework/unsupported.h"
 #include "platform/framework/winuser.h"
 
 namespace {
@@ -64,6 +65,7 @@ int CDC::SetBkMode(int mode) {
 }
 
 int CDC::SetMapMode(int mode) {
+    if (mode != MM_TEXT) Unsupported("mapping mode", static_cast<unsigned long>(mode));
     return std::exchange(m_mapMode, mode);
 }
 

@@ -1,4 +1,5 @@
 #include "platform/framework/afxcmn.h"
+#include "platform/framework/unsupported.h"
 #include "platform/framework/window.h"
 
 BEGIN_MESSAGE_MAP(CButton, CWnd)
@@ -79,8 +80,12 @@ void CToolTipCtrl::RelayEvent(const MSG* message) {
     }
 }
 
-CFileDialog::CFileDialog(BOOL, LPCTSTR, LPCTSTR, DWORD flags, LPCTSTR filter, CWnd* parent)
-    : m_ofn{flags, ""}, m_filter(filter), m_parent(parent) {}
+CFileDialog::CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags,
+                         LPCTSTR filter, CWnd* parent)
+    : m_ofn{flags, ""}, m_filter(filter), m_parent(parent) {
+    if (openFile == FALSE) Unsupported("file dialog", "for saving");
+    if (*defaultExtension != '\0' || *fileName != '\0') Unsupported("file dialog", "with a name given");
+}
 
 int CFileDialog::DoModal() {
     std::vector<std::string> filters;

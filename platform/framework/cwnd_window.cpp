@@ -5,6 +5,7 @@
 
 #include "platform/framework/afxicon.h"
 #include "platform/framework/afxwin.h"
+#include "platform/framework/unsupported.h"
 #include "platform/framework/window.h"
 
 namespace {
@@ -30,6 +31,7 @@ void SetCaptureTo(HWND window) {
 }  // namespace
 
 LPCTSTR AfxRegisterWndClass(UINT classStyle, const CBrush* background) {
+    if ((classStyle & ~(CS_HREDRAW | CS_VREDRAW)) != 0) Unsupported("style of a window class", classStyle);
     const bool redraw = (classStyle & (CS_HREDRAW | CS_VREDRAW)) != 0;
     std::string name = "Afx:" + std::to_string(classStyle);
     std::optional<COLORREF> color;
@@ -43,10 +45,14 @@ LPCTSTR AfxRegisterWndClass(UINT classStyle, const CBrush* background) {
 
 BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style, const RECT& rect,
                     CWnd* parent, UINT id) {
+    constexpr DWORD kKnown = WS_CHILD | WS_VISIBLE | WS_BORDER;
+    if ((style & ~kKnown) != 0 || (style & WS_CHILD) == 0) Unsupported("style of a window", style);
+    if ((exStyle & ~(WS_EX_STATICEDGE | WS_EX_CLIENTEDGE)) != 0)
+        Unsupported("extended style of a window", exStyle);
     const auto found = Classes().find(className);
+    if (found == Classes().end()) Unsupported("window class", className);
     Window* parentWindow = parent == nullptr ? nullptr : windows::Find(parent->m_hWnd);
-    if (found == Classes().end() || parentWindow == nullptr || (style & WS_CHILD) == 0 || m_hWnd != nullptr)
-        return FALSE;
+    if (parentWindow == nullptr || m_hWnd != nullptr) return FALSE;
     auto window = std::make_unique<Window>();
     window->style = style;
     window->exStyle = exStyle;
@@ -131,11 +137,6 @@ void CWnd::GetClientRect(RECT* rect) const {
     *rect = window == nullptr ? CRect() : window->ClientRect();
 }
 
-void CWnd::GetWindowRect(RECT* rect) const {
-    const Window* window = windows::Find(m_hWnd);
-    *rect = window == nullptr ? CRect() : window->peer->ScreenRect();
-}
-
 void CWnd::ClientToScreen(POINT* point) const {
     const Window* window = windows::Find(m_hWnd);
     if (window == nullptr) return;
@@ -189,11 +190,6 @@ CWnd* CWnd::GetDlgItem(int id) const {
     return nullptr;
 }
 
-int CWnd::GetDlgCtrlID() const {
-    const Window* window = windows::Find(m_hWnd);
-    return window == nullptr ? 0 : static_cast<int>(window->id);
-}
-
 CWnd* CWnd::SetFocus() {
     CWnd* before = GetFocus();
     if (Window* window = windows::Find(m_hWnd)) window->peer->SetFocus();
@@ -238,6 +234,8 @@ void CWnd::InvalidateRect(const RECT* rect, BOOL erase) {
 }
 
 BOOL CWnd::RedrawWindow(const RECT* rect, UINT flags) {
+    if ((flags & ~(RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW)) != 0)
+        Unsupported("way of redrawing a window", flags);
     if ((flags & RDW_INVALIDATE) != 0) InvalidateRect(rect, (flags & RDW_ERASE) != 0 ? TRUE : FALSE);
     if ((flags & RDW_UPDATENOW) != 0) UpdateWindow();
     return TRUE;
@@ -277,6 +275,7 @@ void CWnd::DragAcceptFiles(BOOL accept) {
 }
 
 int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
+    if ((type & ~MB_ICONERROR) != MB_OK) Unsupported("type of a message box", type);
     Toolkit()->MessageBox(m_hWnd, text, caption, (type & MB_ICONERROR) != 0);
     return IDOK;
 }

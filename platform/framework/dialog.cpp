@@ -1,10 +1,9 @@
 // Dialogs from the compiled resources.
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/resources.h"
+#include "platform/framework/unsupported.h"
 #include "platform/framework/window.h"
 
 namespace {
@@ -22,19 +21,13 @@ constexpr int FromUnitsY(int units) {
     return (units * kBaseUnitY + 4) / 8;
 }
 
-// A dialog that asks for what the layer does not have is a mistake of the program, found at its first start.
-[[noreturn]] void Unsupported(const char* what, const std::string& detail) {
-    std::fprintf(stderr, "Dialog resource: unsupported %s %s\n", what, detail.c_str());
-    std::abort();
-}
-
 constexpr DWORD kCommonChildStyles = WS_CHILD | WS_VISIBLE | WS_DISABLED | WS_BORDER | WS_GROUP | WS_TABSTOP;
 
 Window::Kind KindOf(const resources::DialogItem& item) {
     if (item.class_name == "STATIC") return Window::Kind::kStatic;
     if (item.class_name == "BUTTON") return Window::Kind::kButton;
     if (item.class_name == "msctls_trackbar32") return Window::Kind::kTrackbar;
-    Unsupported("control class", item.class_name);
+    Unsupported("class of a dialog's control", item.class_name);
 }
 
 void CheckStyle(Window::Kind kind, DWORD style, DWORD exStyle) {
@@ -61,9 +54,19 @@ void CheckStyle(Window::Kind kind, DWORD style, DWORD exStyle) {
         default:
             break;
     }
-    if ((style & ~known) != 0 || !typeKnown) Unsupported("control style", std::to_string(style));
+    if ((style & ~known) != 0 || !typeKnown) Unsupported("style of a dialog's control", style);
     if ((exStyle & ~(WS_EX_STATICEDGE | WS_EX_CLIENTEDGE)) != 0)
-        Unsupported("extended control style", std::to_string(exStyle));
+        Unsupported("extended style of a dialog's control", exStyle);
+}
+
+// The frame styles that the window manager carries out, and those that say what is the case anyhow.
+void CheckDialog(const resources::Dialog& dialog) {
+    constexpr DWORD kKnown = WS_POPUP | WS_CHILD | WS_VISIBLE | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX |
+                             DS_3DLOOK | DS_SETFONT | DS_MODALFRAME;
+    if ((dialog.style & ~kKnown) != 0) Unsupported("style of a dialog", dialog.style);
+    if ((dialog.ex_style & ~WS_EX_APPWINDOW) != 0) Unsupported("extended style of a dialog", dialog.ex_style);
+    if (!dialog.class_name.empty()) Unsupported("class of a dialog", dialog.class_name);
+    if (dialog.menu != 0 && !resources::LoadMenu(dialog.menu)) Unsupported("menu of a dialog", dialog.menu);
 }
 
 void AddControl(Window& dialog, const resources::DialogItem& item) {
@@ -78,7 +81,7 @@ void AddControl(Window& dialog, const resources::DialogItem& item) {
     const int y = FromUnitsY(item.y);
     control->rect = CRect(x, y, x + FromUnitsX(item.cx), y + FromUnitsY(item.cy));
     control->text = item.text;
-    if (control->kind == Window::Kind::kStatic) control->background = GetSysColor(COLOR_BTNFACE);
+    control->hasFace = control->kind == Window::Kind::kStatic;
     if (item.resource != 0) {
         control->picture = control->StaticType() == SS_ICON
                                ? resources::LoadIcon(item.resource, GetSystemMetrics(SM_CXICON))
@@ -111,7 +114,9 @@ END_MESSAGE_MAP()
 
 BOOL CDialog::Create(UINT templateId, CWnd* parent) {
     const auto found = resources::LoadDialog(templateId);
-    if (!found.has_value() || m_hWnd != nullptr) return FALSE;
+    if (!found.has_value()) Unsupported("dialog", templateId);
+    if (m_hWnd != nullptr) return FALSE;
+    CheckDialog(*found);
     const bool child = (found->style & WS_CHILD) != 0;
     Window* parentWindow = child && parent != nullptr ? windows::Find(parent->GetSafeHwnd()) : nullptr;
     if (child && parentWindow == nullptr) return FALSE;
@@ -127,7 +132,7 @@ BOOL CDialog::Create(UINT templateId, CWnd* parent) {
     const int y = child ? FromUnitsY(found->y) : 0;
     window->rect = CRect(x, y, x + FromUnitsX(found->cx), y + FromUnitsY(found->cy));
     window->text = found->title;
-    window->background = GetSysColor(COLOR_BTNFACE);
+    window->hasFace = true;
     const HWND handle = windows::Create(std::move(window), this).handle;
     for (const resources::DialogItem& item : found->items) {
         Window* record = windows::Find(handle);
@@ -150,9 +155,9 @@ BOOL CDialog::OnInitDialog() {
 }
 
 int CDialog::DoModal() {
-    m_modal = true;
     m_result = IDCANCEL;
     if (Create(m_templateId, m_parent == nullptr ? AfxGetMainWnd() : m_parent) == FALSE) return IDCANCEL;
+    m_modal = true;
     const HWND handle = m_hWnd;
     if (Window* window = windows::Find(handle)) window->visible = true;
     Toolkit()->RunModal(handle);

@@ -1,5 +1,6 @@
 #include "platform/framework/afxgdi.h"
 #include "platform/framework/surface.h"
+#include "platform/framework/unsupported.h"
 
 namespace {
 
@@ -25,18 +26,14 @@ HBITMAP CreateDIBSection(const BITMAPINFOHEADER* header, UINT usage, void** bits
 }
 
 BOOL CPen::CreatePen(int style, int width, COLORREF color) {
-    if (style != PS_SOLID || width < 0 || width > 1) return FALSE;
+    if (style != PS_SOLID || width < 0 || width > 1)
+        Unsupported("pen of width", static_cast<unsigned long>(width));
     m_color = color;
     return TRUE;
 }
 
 BOOL CPen::DeleteObject() {
     m_color = 0;
-    return TRUE;
-}
-
-BOOL CBrush::CreateSolidBrush(COLORREF color) {
-    m_color = color;
     return TRUE;
 }
 

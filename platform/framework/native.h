@@ -35,9 +35,8 @@ public:
     virtual void SetShortcut(unsigned command, const std::string& shortcuts) = 0;
     // Shows this part of the window's picture.
     virtual void ShowSurface(const RECT& area) = 0;
-    // The client area's first pixel on the screen, and the whole outer rectangle there.
+    // The client area's first pixel on the screen.
     virtual CPoint ClientOrigin() const = 0;
-    virtual CRect ScreenRect() const = 0;
     virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
     virtual bool StopTimer(std::uintptr_t id) = 0;
     // Messages of the standard controls (BM_…, TBM_…), and the control's own reaction to an input message

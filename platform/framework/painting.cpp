@@ -37,11 +37,19 @@ CRect BeginPaint(Window& window, bool* erased) {
     window.invalid = CRect();
     window.erase = false;
     *erased = false;
-    if (erase && area.IsRectEmpty() == FALSE && window.background.has_value()) {
-        window.surface->Fill(area, *window.background, area);
+    const std::optional<COLORREF> ground = window.Ground();
+    if (erase && area.IsRectEmpty() == FALSE && ground.has_value()) {
+        window.surface->Fill(area, *ground, area);
         *erased = true;
     }
     return area;
+}
+
+void SystemColorsChanged() {
+    // Windows of the program's own classes have their own colours, and their pictures would be lost.
+    for (const HWND handle : All())
+        if (Window* window = Find(handle); window->kind != Window::Kind::kPlain)
+            Invalidate(*window, window->ClientRect(), true);
 }
 
 void PaintAll() {

@@ -38,7 +38,7 @@ namespace windows {
 void PaintStatic(Window& window) {
     const CRect client = window.ClientRect();
     CPaintDC dc(window.handle);
-    dc.FillSolidRect(&client, window.background.value_or(GetSysColor(COLOR_BTNFACE)));
+    dc.FillSolidRect(&client, window.Ground().value_or(GetSysColor(COLOR_BTNFACE)));
     switch (window.StaticType()) {
         case SS_ETCHEDHORZ:
         case SS_ETCHEDVERT:

@@ -31,6 +31,8 @@ struct Window {
     CRect ClientRect() const {
         return CRect(0, 0, std::max(rect.Width() - 2 * border, 0), std::max(rect.Height() - 2 * border, 0));
     }
+    // What erasing fills with, as the desktop's colours are now; nothing for windows that do not erase.
+    std::optional<COLORREF> Ground() const;
     // The window and all its ancestors are shown.
     bool IsShown() const;
 
@@ -47,7 +49,8 @@ struct Window {
     int border = 0;  // pixels on each side that the styles take from the client area
     std::string text;
     std::optional<Image> picture;        // SS_ICON, SS_BITMAP
-    std::optional<COLORREF> background;  // what erasing fills with
+    std::optional<COLORREF> background;  // what erasing fills with, of a class of the program's own
+    bool hasFace = false;                // erases with the desktop's face colour instead
     bool redrawOnResize = false;
     CWnd* object = nullptr;  // who handles the messages
     bool visible = false;    // its own flag
@@ -83,6 +86,9 @@ void SurfaceDrawn(HWND handle);
 // (WM_CREATE, WM_SIZE). The window stays hidden.
 Window& Create(std::unique_ptr<Window> window, CWnd* object);
 void Destroy(HWND handle);
+
+// The desktop's colours have changed: paints again what is drawn in them. UI thread.
+void SystemColorsChanged();
 
 // Calls the window procedure. UI thread.
 LRESULT Call(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);

@@ -22,6 +22,10 @@ void SetToolkit(NativeToolkit* toolkit) {
     g_toolkit = toolkit;
 }
 
+std::optional<COLORREF> Window::Ground() const {
+    return hasFace ? GetSysColor(COLOR_BTNFACE) : background;
+}
+
 bool Window::IsShown() const {
     for (const Window* w = this; w != nullptr; w = w->parent)
         if (!w->visible) return false;

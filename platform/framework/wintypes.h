@@ -23,14 +23,11 @@ using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using LPCTSTR = const char*;
 using COLORREF = DWORD;  // 0x00BBGGRR
-using ATOM = WORD;
 
 // Opaque handles: the pointer's value is the handle's number and is never dereferenced.
 using HWND = struct HWND__*;
 using HICON = struct HICON__*;
 using HCURSOR = HICON;
-using HMENU = struct HMENU__*;
-using HINSTANCE = struct HINSTANCE__*;
 
 struct POINT {
     LONG x;

@@ -5,16 +5,13 @@
 #include "platform/framework/wintypes.h"
 
 // Messages.
-inline constexpr UINT WM_NULL = 0x0000;
 inline constexpr UINT WM_CREATE = 0x0001;
 inline constexpr UINT WM_DESTROY = 0x0002;
 inline constexpr UINT WM_SIZE = 0x0005;
 inline constexpr UINT WM_SETFOCUS = 0x0007;
 inline constexpr UINT WM_KILLFOCUS = 0x0008;
-inline constexpr UINT WM_ENABLE = 0x000A;
 inline constexpr UINT WM_PAINT = 0x000F;
 inline constexpr UINT WM_CLOSE = 0x0010;
-inline constexpr UINT WM_ERASEBKGND = 0x0014;
 inline constexpr UINT WM_SETCURSOR = 0x0020;
 inline constexpr UINT WM_ICONERASEBKGND = 0x0027;
 inline constexpr UINT WM_DRAWITEM = 0x002B;
@@ -33,7 +30,6 @@ inline constexpr UINT WM_LBUTTONUP = 0x0202;
 inline constexpr UINT WM_LBUTTONDBLCLK = 0x0203;
 inline constexpr UINT WM_CAPTURECHANGED = 0x0215;
 inline constexpr UINT WM_DROPFILES = 0x0233;
-inline constexpr UINT WM_MOUSELEAVE = 0x02A3;
 inline constexpr UINT WM_USER = 0x0400;
 
 inline constexpr WPARAM ICON_SMALL = 0;
@@ -102,15 +98,8 @@ inline constexpr UINT TBM_GETPOS = WM_USER;
 inline constexpr UINT TBM_SETPOS = WM_USER + 5;
 inline constexpr UINT TBM_SETRANGEMIN = WM_USER + 7;
 inline constexpr UINT TBM_SETRANGEMAX = WM_USER + 8;
-inline constexpr UINT TB_LINEUP = 0;
-inline constexpr UINT TB_LINEDOWN = 1;
-inline constexpr UINT TB_PAGEUP = 2;
-inline constexpr UINT TB_PAGEDOWN = 3;
 inline constexpr UINT TB_THUMBPOSITION = 4;
 inline constexpr UINT TB_THUMBTRACK = 5;
-inline constexpr UINT TB_TOP = 6;
-inline constexpr UINT TB_BOTTOM = 7;
-inline constexpr UINT TB_ENDTRACK = 8;
 
 // Tool tips.
 inline constexpr UINT TTDT_RESHOW = 1;

@@ -192,12 +192,6 @@ CPoint QtPeer::ClientOrigin() const {
     return CPoint(origin.x(), origin.y());
 }
 
-CRect QtPeer::ScreenRect() const {
-    const QRect rect = m_outer->isWindow() ? m_outer->frameGeometry()
-                                           : QRect(m_outer->mapToGlobal(QPoint(0, 0)), m_outer->size());
-    return CRect(rect.left(), rect.top(), rect.left() + rect.width(), rect.top() + rect.height());
-}
-
 void QtPeer::StartTimer(std::uintptr_t id, unsigned milliseconds) {
     QTimer*& timer = m_timers[id];
     if (timer == nullptr) {

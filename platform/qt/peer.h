@@ -28,7 +28,6 @@ public:
     void SetShortcut(unsigned command, const std::string& shortcuts) override;
     void ShowSurface(const RECT& area) override;
     CPoint ClientOrigin() const override;
-    CRect ScreenRect() const override;
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override;
     bool StopTimer(std::uintptr_t id) override;
     LRESULT ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) override;

@@ -81,6 +81,11 @@ void TopLevelWidget::SetShortcut(unsigned command, const QString& shortcuts) {
         action->setShortcuts(QKeySequence::listFromString(shortcuts, QKeySequence::PortableText));
 }
 
+void TopLevelWidget::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) windows::SystemColorsChanged();
+}
+
 void TopLevelWidget::closeEvent(QCloseEvent* event) {
     // The window closes when the player says so.
     event->ignore();

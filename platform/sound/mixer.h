@@ -132,19 +132,7 @@ struct MIXERCONTROLDETAILS {
     DWORD cChannels;       // 1
     DWORD cMultipleItems;  // 0
     DWORD cbDetails;       // 4
-    void* paDetails;       // one of the three below
-};
-
-struct MIXERCONTROLDETAILS_UNSIGNED {
-    DWORD dwValue;
-};
-
-struct MIXERCONTROLDETAILS_SIGNED {
-    LONG lValue;
-};
-
-struct MIXERCONTROLDETAILS_BOOLEAN {
-    LONG fValue;
+    void* paDetails;       // a DWORD, or a LONG of the meter
 };
 
 // How many mixers there are: 1, or 0 without a sound system.
