@@ -2,7 +2,10 @@
 #include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QUrl>
+#include <cmath>
+#include <utility>
 
 #include "platform/framework/drop_files.h"
 #include "platform/qt/widgets.h"
@@ -22,7 +25,15 @@ void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
     const std::scoped_lock lock(surface->mutex());
     const QImage image(reinterpret_cast<const uchar*>(surface->pixels()), surface->width(), surface->height(),
                        QImage::Format_RGB32);
-    painter.drawImage(area.topLeft(), image, area);
+    const qreal scale = widget->devicePixelRatioF();
+    if (scale == std::floor(scale)) {
+        painter.drawImage(area.topLeft(), image, area);
+        return;
+    }
+    // Pixels of uneven sizes would look ragged. The whole picture is given, as the pixels beside the area
+    // count at its border.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(0, 0, image);
 }
 
 void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
@@ -34,8 +45,12 @@ void SurfaceWidget::dropEvent(QDropEvent* event) {
     for (const QUrl& url : event->mimeData()->urls())
         if (url.isLocalFile()) dropped.paths.push_back(url.toLocalFile().toStdString());
     event->acceptProposedAction();
-    if (!dropped.paths.empty())
-        windows::Call(WindowHandle(), WM_DROPFILES, reinterpret_cast<WPARAM>(&dropped), 0);
+    if (dropped.paths.empty()) return;
+    // Told later, as the program that the files come from waits until this event has been handled, and the
+    // player may show a message box.
+    QTimer::singleShot(0, [window = WindowHandle(), dropped = std::move(dropped)] {
+        windows::Call(window, WM_DROPFILES, reinterpret_cast<WPARAM>(&dropped), 0);
+    });
 }
 
 EdgeWidget::EdgeWidget(QWidget* parent, bool border, int sunken)
