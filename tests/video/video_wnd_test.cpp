@@ -128,7 +128,7 @@ TEST_F(VideoWnd, StopDropsWhatWaitsAndClearIsBlackForGood) {
     CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 100, 20);
     QueueNumbers(video, 1, 19);
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(3, 5s));
+    ASSERT_TRUE(m_times.WaitFor(3));
     video.Stop();
     const std::size_t shown = m_times.Get().size();
     EXPECT_EQ(video.GetQueuedCount(), 0);
@@ -141,7 +141,7 @@ TEST_F(VideoWnd, StopDropsWhatWaitsAndClearIsBlackForGood) {
 
     QueueNumbers(video, 50, 50);
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(shown + 1, 5s));
+    ASSERT_TRUE(m_times.WaitFor(shown + 1));
     video.Pause();
     EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(50)) << "the queue starts afresh";
 }
@@ -151,7 +151,7 @@ TEST_F(VideoWnd, PauseKeepsWhatWaits) {
     video.Pause();
     QueueNumbers(video, 1, 10);
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(2, 5s));
+    ASSERT_TRUE(m_times.WaitFor(2));
     video.Pause();
     const auto shown = static_cast<int>(m_times.Get().size());
     EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(shown));
@@ -159,7 +159,7 @@ TEST_F(VideoWnd, PauseKeepsWhatWaits) {
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(video.GetQueuedCount(), 10 - shown);
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(10, 5s));
+    ASSERT_TRUE(m_times.WaitFor(10));
     video.Pause();
     EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(10));
 }
@@ -177,12 +177,12 @@ TEST_F(VideoWnd, EachRateHasItsPeriodAndTheFirstPictureComesOnePeriodAfterPlay) 
         videos[i]->Play();
     }
     for (std::size_t i = 0; i < 5; ++i) {
-        ASSERT_TRUE(times[i].WaitFor(2, 10s)) << "rate " << i + 1;
+        ASSERT_TRUE(times[i].WaitFor(2)) << "rate " << i + 1;
         const auto shown = times[i].Get();
         for (std::size_t k = 0; k < 2; ++k) {
             const auto due = starts[i] + (k + 1) * periods[i];
             EXPECT_GE(shown[k], due - 1ms) << "rate " << i + 1 << ", picture " << k + 1;
-            EXPECT_LT(shown[k], due + 150ms) << "rate " << i + 1 << ", picture " << k + 1;
+            EXPECT_LT(shown[k], due + 400ms) << "rate " << i + 1 << ", picture " << k + 1;
         }
     }
 }
@@ -193,12 +193,12 @@ TEST_F(VideoWnd, ATickDuringADrawingIsLostAndNeverMadeUp) {
     QueueNumbers(video, 1, 10);
     const auto start = Clock::now();
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(3, 10s));
+    ASSERT_TRUE(m_times.WaitFor(3));
     video.Pause();
     const auto shown = m_times.Get();
     EXPECT_GE(shown[1] - start, 799ms);
     EXPECT_GE(shown[2] - start, 999ms);
-    EXPECT_LT(shown[2] - start, 1180ms);
+    EXPECT_LT(shown[2] - start, 1500ms);
 }
 
 TEST_F(VideoWnd, TheRateChangesOnlyWhileStopped) {
@@ -209,13 +209,13 @@ TEST_F(VideoWnd, TheRateChangesOnlyWhileStopped) {
     video.Pause();
     const std::size_t before = m_times.Get().size();
     video.Play();
-    EXPECT_TRUE(m_times.WaitFor(before + 2, 900ms)) << "not remembered from the playing before";
+    EXPECT_TRUE(m_times.WaitFor(before + 2, 1900ms)) << "not remembered from the playing before";
     video.Pause();
     const std::size_t fast = m_times.Get().size();
     video.SetFrameRate(2);
     const auto start = Clock::now();
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(fast + 1, 5s));
+    ASSERT_TRUE(m_times.WaitFor(fast + 1));
     EXPECT_GE(m_times.Get()[fast] - start, 499ms);
 }
 
@@ -223,13 +223,13 @@ TEST_F(VideoWnd, PlayTwiceIsPlayOnce) {
     const int requests = timeGetPeriodRequests();
     CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 10, 20);
     QueueNumbers(video, 1, 19);
+    const auto start = Clock::now();
     video.Play();
     video.Play();
     EXPECT_EQ(timeGetPeriodRequests(), requests + 1);
-    std::this_thread::sleep_for(560ms);
+    ASSERT_TRUE(m_times.WaitFor(5));
     video.Pause();
-    EXPECT_LE(m_times.Get().size(), 5U) << "two timers would show ten";
-    EXPECT_GE(m_times.Get().size(), 3U);
+    EXPECT_GE(m_times.Get()[4] - start, 499ms) << "two timers would show ten in that time";
     EXPECT_EQ(timeGetPeriodRequests(), requests);
     video.Pause();
     EXPECT_EQ(timeGetPeriodRequests(), requests);
