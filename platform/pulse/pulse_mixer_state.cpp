@@ -60,7 +60,12 @@ MMRESULT PulseMixerState::GetName(std::string& name) {
 
 MMRESULT PulseMixerState::GetValue(DWORD controlId, DWORD& value) {
     const auto lock = m_connection->Loop().Lock();
-    if (!Available()) return MMSYSERR_NODRIVER;
+    if (!Available()) {
+        // A meter must not go on showing the last sound.
+        if (controlId != kWavePeakId) return MMSYSERR_NODRIVER;
+        value = 0;
+        return MMSYSERR_NOERROR;
+    }
     switch (controlId) {
         case kMasterVolumeId:
             value = m_sink.Volume();

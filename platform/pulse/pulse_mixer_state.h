@@ -29,7 +29,8 @@ public:
     void Add(std::shared_ptr<MixerListener> listener);
     void Remove(const std::shared_ptr<MixerListener>& listener);
 
-    // MMSYSERR_NODRIVER while the server is away; it is looked for again, once a second at most.
+    // MMSYSERR_NODRIVER while the server is away, but for the meter, which reads 0 then; the server is looked
+    // for again, once a second at most.
     MMRESULT GetName(std::string& name);
     MMRESULT GetValue(DWORD controlId, DWORD& value);
     MMRESULT SetValue(DWORD controlId, DWORD value);

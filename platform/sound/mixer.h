@@ -160,7 +160,7 @@ MMRESULT mixerGetLineInfo(HMIXEROBJ hmxobj, MIXERLINE* pmxl, DWORD fdwInfo);
 MMRESULT mixerGetLineControls(HMIXEROBJ hmxobj, MIXERLINECONTROLS* pmxlc, DWORD fdwControls);
 
 // Reads or writes one 32-bit value. MIXERR_INVALCONTROL, MIXERR_INVALVALUE (out of the control's bounds),
-// MMSYSERR_NODRIVER (the sound system is gone), MMSYSERR_NOTSUPPORTED (writing the meter), MMSYSERR_ERROR
-// (refused); MMSYSERR_INVALHANDLE, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM.
+// MMSYSERR_NODRIVER (the sound system is gone; a meter reads 0 then), MMSYSERR_NOTSUPPORTED (writing the
+// meter), MMSYSERR_ERROR (refused); MMSYSERR_INVALHANDLE, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM.
 MMRESULT mixerGetControlDetails(HMIXEROBJ hmxobj, MIXERCONTROLDETAILS* pmxcd, DWORD fdwDetails);
 MMRESULT mixerSetControlDetails(HMIXEROBJ hmxobj, MIXERCONTROLDETAILS* pmxcd, DWORD fdwDetails);

@@ -1,10 +1,10 @@
 // The mixer on a sound server of the test's own, with pactl as the other program.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -17,28 +17,28 @@
 #include "tests/sound/mixer_calls.h"
 #include "tests/sound/private_server.h"
 #include "tests/sound/wave_blocks.h"
+#include "tests/support/watch.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using watch::Clock;
 
-double Ms(Clock::duration d) {
-    return std::chrono::duration<double, std::milli>(d).count();
+bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds within = 5s) {
+    return watch::Eventually(holds, within);
 }
 
-bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds within = 2s) {
-    const Clock::time_point deadline = Clock::now() + within;
-    while (!holds()) {
-        if (Clock::now() > deadline) return false;
-        std::this_thread::sleep_for(2ms);
-    }
-    return true;
+// Whether the program comes to say all the parts.
+bool EventuallySays(const std::vector<std::string>& words, const std::vector<std::string>& parts) {
+    return Eventually([&] {
+        const std::string said = RunProgram(words);
+        return std::all_of(parts.begin(), parts.end(),
+                           [&](const std::string& part) { return said.find(part) != std::string::npos; });
+    });
 }
 
-bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
+const std::vector<std::string> kSinkVolume{"pactl", "get-sink-volume", "test"};
+const std::vector<std::string> kStreams{"pactl", "list", "sink-inputs"};
 
 // A tone's blocks, played over and over.
 class Tone {
@@ -121,16 +121,13 @@ protected:
     }
 
     // Whether a change of the control is announced in time; everything announced is taken.
-    bool Announced(DWORD id, std::chrono::milliseconds within = 2s) {
-        return Eventually(
-            [id] {
-                for (const PostedMessage& posted : TakePosted())
-                    if (posted.msg.message == MM_MIXM_CONTROL_CHANGE &&
-                        posted.msg.lParam == static_cast<LPARAM>(id))
-                        return true;
-                return false;
-            },
-            within);
+    static bool Announced(DWORD id) {
+        return Eventually([id] {
+            for (const PostedMessage& posted : TakePosted())
+                if (posted.msg.message == MM_MIXM_CONTROL_CHANGE && posted.msg.lParam == static_cast<LPARAM>(id))
+                    return true;
+            return false;
+        });
     }
 
     std::unique_ptr<PrivateServer> m_server;
@@ -164,29 +161,25 @@ TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
         RunProgram({"pactl", "set-sink-volume", "test", std::to_string(percent) + "%"});
         if (percent == 100 && Value(m_masterVolume) == 65535) break;
         ASSERT_TRUE(Announced(m_masterVolume)) << percent;
-        slowest = std::max(slowest, Ms(Clock::now() - before));
+        slowest = std::max(slowest, watch::Ms(Clock::now() - before));
         EXPECT_NEAR(Value(m_masterVolume), 655.35 * percent, 1);
     }
     std::printf("another program's change announced within %.1f ms of that program's start\n", slowest);
-    EXPECT_LT(slowest, 100);
+    EXPECT_LT(slowest, 250);
     RunProgram({"pactl", "set-sink-mute", "test", "1"});
     ASSERT_TRUE(Announced(m_masterMute));
     EXPECT_EQ(Value(m_masterMute), 1U);
 
     EXPECT_EQ(SetValue(m_mixer, m_masterMute, 0), MMSYSERR_NOERROR);
     EXPECT_TRUE(Announced(m_masterMute)) << "one's own change";
-    EXPECT_TRUE(Eventually([] { return Contains(RunProgram({"pactl", "get-sink-mute", "test"}), "no"); }));
+    EXPECT_TRUE(EventuallySays({"pactl", "get-sink-mute", "test"}, {"no"}));
     EXPECT_EQ(SetValue(m_mixer, m_masterVolume, 32768), MMSYSERR_NOERROR);
-    EXPECT_TRUE(Eventually([] {
-        return Contains(RunProgram({"pactl", "get-sink-volume", "test"}), " 50% ");
-    }));
+    EXPECT_TRUE(EventuallySays(kSinkVolume, {" 50% "}));
 
     for (const DWORD value : {0U, 1U, 32767U, 32768U, 40001U, 65534U, 65535U}) {
         SetValue(m_mixer, m_masterVolume, value);
         const std::string there = std::to_string(std::lround(value * (65536.0 / 65535.0))) + " / ";
-        ASSERT_TRUE(Eventually([&] {
-            return Contains(RunProgram({"pactl", "get-sink-volume", "test"}), there);
-        })) << there;
+        ASSERT_TRUE(EventuallySays(kSinkVolume, {there})) << there;
         End();
         Connect();
         EXPECT_EQ(Value(m_masterVolume), value) << "after coming back";
@@ -200,19 +193,13 @@ TEST_F(PulseMixer, TheBalanceStaysWhenTheVolumeMoves) {
     RunProgram({"pactl", "set-default-sink", "two"});
     ASSERT_TRUE(Eventually([this] { return Value(m_masterVolume) / 10 == 5242; })) << "the loudest channel's";
     SetValue(m_mixer, m_masterVolume, 26214);
-    std::string volumes;
-    EXPECT_TRUE(Eventually([&] {
-        volumes = RunProgram({"pactl", "get-sink-volume", "two"});
-        return Contains(volumes, " 40% ") && Contains(volumes, " 20% ");
-    })) << volumes;
+    EXPECT_TRUE(EventuallySays({"pactl", "get-sink-volume", "two"}, {" 40% ", " 20% "}));
 }
 
 TEST_F(PulseMixer, ASliderBeingDraggedIsNeverThrownBack) {
     Start();
     OpenWave();
-    ASSERT_TRUE(Eventually([] {
-        return Contains(RunProgram({"pactl", "list", "sink-inputs"}), "Sink Input");
-    }));
+    ASSERT_TRUE(EventuallySays(kStreams, {"Sink Input"}));
     for (DWORD value = 65000; value > 20000; value -= 450) {
         SetValue(m_mixer, m_masterVolume, value);
         SetValue(m_mixer, m_waveVolume, value);
@@ -231,13 +218,10 @@ TEST_F(PulseMixer, TheWaveOutputKeepsItsVolumeWithoutAStreamAndBetweenRuns) {
     SetValue(m_mixer, m_waveMute, 1);
     EXPECT_TRUE(Announced(m_waveMute));
     OpenWave();
-    std::string streams;
-    EXPECT_TRUE(Eventually([&] {
-        streams = RunProgram({"pactl", "list", "sink-inputs"});
-        return Contains(streams, " 40% ") && Contains(streams, "Mute: yes");
-    })) << streams;
-    EXPECT_TRUE(Contains(streams, "application.name = \"Trivelle Message Player\"")) << streams;
+    EXPECT_TRUE(EventuallySays(
+        kStreams, {" 40% ", "Mute: yes", "application.name = \"Trivelle Message Player\""}));
 
+    const std::string streams = RunProgram(kStreams);
     const std::string index =
         streams.substr(streams.find('#') + 1, streams.find('\n') - streams.find('#') - 1);
     TakePosted();
@@ -257,7 +241,7 @@ TEST_F(PulseMixer, TheWaveOutputKeepsItsVolumeWithoutAStreamAndBetweenRuns) {
     Connect();
     EXPECT_EQ(Value(m_waveVolume), 30000U) << "the next run";
     OpenWave();
-    EXPECT_TRUE(Eventually([] { return Contains(RunProgram({"pactl", "list", "sink-inputs"}), " 46% "); }));
+    EXPECT_TRUE(EventuallySays(kStreams, {" 46% "}));
     EXPECT_EQ(Value(m_waveVolume), 30000U);
 }
 
@@ -269,11 +253,7 @@ TEST_F(PulseMixer, WithoutStreamRestoreTheValuesReachTheNextStream) {
     SetValue(m_mixer, m_waveVolume, 13107);
     SetValue(m_mixer, m_waveMute, 1);
     OpenWave();
-    std::string streams;
-    EXPECT_TRUE(Eventually([&] {
-        streams = RunProgram({"pactl", "list", "sink-inputs"});
-        return Contains(streams, " 20% ") && Contains(streams, "Mute: yes");
-    })) << streams;
+    EXPECT_TRUE(EventuallySays(kStreams, {" 20% ", "Mute: yes"}));
     EXPECT_EQ(Value(m_waveVolume), 13107U);
 }
 
@@ -310,26 +290,20 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
     CloseWave();
     EXPECT_EQ(Value(m_peak), 0U);
     OpenWave();
-    EXPECT_TRUE(Eventually([this] {
+    EXPECT_TRUE(Eventually([&] {
         Value(m_peak);
         std::this_thread::sleep_for(20ms);
-        return Contains(RunProgram({"pactl", "list", "short", "source-outputs"}), "float");
+        return meters().find("float") != std::string::npos;
     })) << "a meter on the new stream";
-    EXPECT_TRUE(Eventually([&] { return meters().empty(); }, 3s)) << "closed when nobody reads";
+    EXPECT_TRUE(Eventually([&] { return meters().empty(); })) << "closed when nobody reads";
 
-    timespec before;
-    timespec after;
     Tone tone(m_wave, 16000);
     tone.Play();
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &before);
-    for (int i = 0; i < 16; ++i) {
-        Value(m_peak);
-        std::this_thread::sleep_for(50ms);
-    }
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &after);
-    const double used = static_cast<double>(after.tv_sec - before.tv_sec) * 1e3 +
-                        static_cast<double>(after.tv_nsec - before.tv_nsec) / 1e6;
-    std::printf("processor, playing with the meter read: %.2f %% of a core\n", used / 800 * 100);
+    const double before = watch::ProcessorMs();
+    settle();
+    const double used = (watch::ProcessorMs() - before) / 600 * 100;
+    std::printf("processor, playing with the meter read: %.2f %% of a core\n", used);
+    EXPECT_LT(used, 10);
 }
 
 TEST_F(PulseMixer, FollowsTheDefaultSink) {
@@ -368,19 +342,26 @@ TEST_F(PulseMixer, AServerThatEndsStopsAnsweringOrReturns) {
         SetValue(m_mixer, m_waveMute, static_cast<DWORD>(i % 2));
         GetValue(m_mixer, m_masterVolume, value);
         GetValue(m_mixer, m_peak, value);
-        worst = std::max(worst, Ms(Clock::now() - before));
+        worst = std::max(worst, watch::Ms(Clock::now() - before));
     }
     std::printf("worst four mixer calls on a stopped server: %.2f ms\n", worst);
-    EXPECT_LT(worst, 20);
+    EXPECT_LT(worst, 200);
 
     m_server->Kill();
     EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NODRIVER; }));
-    EXPECT_EQ(GetValue(m_mixer, m_peak, value), MMSYSERR_NODRIVER);
+    value = 77;
+    EXPECT_EQ(GetValue(m_mixer, m_peak, value), MMSYSERR_NOERROR);
+    EXPECT_EQ(value, 0U) << "nothing sounds";
     EXPECT_EQ(mixerGetNumDevs(), 0U);
     m_server = std::make_unique<PrivateServer>();
     TakePosted();
     // Reading the meter, as the open dialog does, finds the server again.
-    EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_peak, value) == MMSYSERR_NOERROR; }, 4s));
+    EXPECT_TRUE(Eventually(
+        [&] {
+            GetValue(m_mixer, m_peak, value);
+            return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NOERROR;
+        },
+        4s));
     EXPECT_TRUE(Announced(m_masterVolume));
     EXPECT_EQ(Value(m_masterVolume), 65535U);
 
@@ -389,7 +370,7 @@ TEST_F(PulseMixer, AServerThatEndsStopsAnsweringOrReturns) {
     UseSystemSound();
     const Clock::time_point before = Clock::now();
     EXPECT_EQ(mixerGetNumDevs(), 0U);
-    EXPECT_LT(Ms(Clock::now() - before), 1200);
+    EXPECT_LT(watch::Ms(Clock::now() - before), 1200);
 }
 
 }  // namespace
