@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """The player beside mpv and ffplay, and trvdump beside sox: start, processor time, memory.
 
-    bench/peers.py [--build DIR] [--rounds N] [--seconds N] WHAT...
+    bench/peers.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...
 
-WHAT is start, play, playing, lengths, dump or all. Everything runs in a session of its own (display with a
+WHAT is start, first-picture, playing, lengths, dump or all. Everything runs in a session of its own (display with a
 window manager, sound server with a null sink), and the programs of a comparison run in turn or at the same
 time, so that a slow moment of the machine falls on all of them. Results also go to DIR/peers.json.
 """
@@ -19,7 +19,13 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SESSION = os.path.join(HERE, "..", "scripts", "private-session")
+LENGTHS = (1, 10, 100)  # minutes
+PERIOD = 0.2  # seconds, of a message with five pictures a second
 QUIET = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+
+
+def player_command(build, material, minutes, video):
+    return [os.path.join(build, "app", "trvplayer"), material.message(minutes, video)]
 
 
 def commands(build, material, minutes, video):
@@ -27,7 +33,7 @@ def commands(build, material, minutes, video):
     matroska = material.matroska(minutes, video)
     ffplay = ["ffplay", "-hide_banner", "-loglevel", "quiet", "-nostats"]
     return {
-        "player": [os.path.join(build, "app", "trvplayer"), material.message(minutes, video)],
+        "player": player_command(build, material, minutes, video),
         "mpv": ["mpv", "--no-config", "--really-quiet", "--vo=x11", matroska],
         "ffplay": ffplay + ([] if video else ["-showmode", "waves"]) + [matroska],
     }
@@ -147,7 +153,74 @@ def dump(options, material, results):
         results[f"dump {what}"] = {**by_name, "ratio": by_round}
 
 
-WHAT = {"start": start, "playing": playing, "dump": dump}
+def first_picture(options, material, results):
+    """From the end of the key press that plays to the first picture drawn, less the message's period."""
+    from peers_watch import Keyboard, ScreenWatch, stop
+
+    screen, keyboard = ScreenWatch(), Keyboard()
+    begin = time.monotonic()
+    process = subprocess.Popen(player_command(options.build, material, 2, True), **QUIET)
+    while screen.drawn_since(begin, 320, 240) is None:
+        time.sleep(0.05)
+    time.sleep(1)
+    late = []
+    for _ in range(options.rounds):
+        # The focus is on Play; Stop is the next one.
+        keyboard.press("Tab")
+        keyboard.press("space")
+        keyboard.press("Tab", "Shift_L")
+        time.sleep(0.5)
+        played = keyboard.press("space")
+        time.sleep(0.4)
+        drawn = screen.drawn_since(played + PERIOD / 2, 320, 240)
+        if drawn is None:
+            sys.exit("no picture after Play")
+        late.append(1000 * (drawn - played - PERIOD))
+    stop(process)
+    print(f"first picture: {spread(late)} ms after one period  (limit 20)")
+    results["first picture"] = late
+
+
+def lengths(options, material, results):
+    """Processor time per minute of message and memory, over the whole of voice messages of 1, 10 and 100
+    minutes, played as many times faster as the sound server takes the sound; and over the first minute of
+    video messages of these lengths, in real time."""
+    from peers_watch import FastSink, memory, processor_seconds, stop
+
+    with FastSink(material.path("fast"), options.speed) as sink:
+        for minutes in LENGTHS:
+            command = player_command(options.build, material, minutes, False)
+            process = subprocess.Popen(command, env={**os.environ, "PULSE_SINK": sink.name}, **QUIET)
+            whole = 60 * minutes / options.speed
+            time.sleep(whole / 20)
+            rows = []
+            for _ in range(4):
+                before = sink.minutes(), processor_seconds(process.pid)
+                time.sleep(whole / 5)
+                cost = (processor_seconds(process.pid) - before[1]) / (sink.minutes() - before[0])
+                rows.append((cost, memory(process.pid)["VmRSS"] / 1024))
+            stop(process)
+            report_length("voice", minutes, rows, results)
+    for minutes in LENGTHS:
+        process = subprocess.Popen(player_command(options.build, material, minutes, True), **QUIET)
+        time.sleep(3)
+        rows = []
+        for _ in range(2):
+            before = processor_seconds(process.pid)
+            time.sleep(25)
+            cost = (processor_seconds(process.pid) - before) * 60 / 25
+            rows.append((cost, memory(process.pid)["VmRSS"] / 1024))
+        stop(process)
+        report_length("video", minutes, rows, results)
+
+
+def report_length(kind, minutes, rows, results):
+    print(f"length, {kind}, {minutes:3} min: " + ", ".join(f"{1000 * cost:.0f} ms a minute, {rss:.1f} MiB"
+                                                         for cost, rss in rows))
+    results[f"length {kind} {minutes}"] = rows
+
+
+WHAT = {"start": start, "first-picture": first_picture, "playing": playing, "lengths": lengths, "dump": dump}
 
 
 def main():
@@ -155,6 +228,7 @@ def main():
     parser.add_argument("--build", default=os.path.join(HERE, "..", "build", "bench"))
     parser.add_argument("--rounds", type=int, default=15)
     parser.add_argument("--seconds", type=int, default=60)
+    parser.add_argument("--speed", type=int, default=20)
     parser.add_argument("what", nargs="+", choices=[*WHAT, "all"])
     options = parser.parse_args()
     options.build = os.path.abspath(options.build)

@@ -1,14 +1,15 @@
 """Sees from outside when a program's window is on the screen and when its sound is at the sound server, and
 what the program uses meanwhile."""
 
+import fcntl
 import os
 import subprocess
 import threading
 import time
 from array import array
 
-from Xlib import X, display
-from Xlib.ext import damage
+from Xlib import X, XK, display
+from Xlib.ext import damage, xtest
 
 from peers_material import LOUD, SAMPLE_RATE
 
@@ -102,6 +103,77 @@ class SoundWatch:
     def close(self):
         self._recorder.terminate()
         self._recorder.wait()
+
+
+class Keyboard:
+    """Presses keys as a person would, for the window that has the focus."""
+
+    def __init__(self):
+        self._display = display.Display()
+
+    def press(self, key, held=None):
+        """Gives time.monotonic() just before the key went up again."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(k)) for k in (held, key) if k]
+        for code in codes:
+            xtest.fake_input(self._display, X.KeyPress, code)
+        self._display.sync()
+        time.sleep(0.05)
+        up = time.monotonic()
+        for code in reversed(codes):
+            xtest.fake_input(self._display, X.KeyRelease, code)
+        self._display.sync()
+        time.sleep(0.05)
+        return up
+
+
+class FastSink:
+    """A sink of the session's sound server that takes sound a number of times faster than it is meant."""
+
+    STEP = 0.01  # seconds
+    PIPE_BYTES = 4096
+
+    def __init__(self, path, speed):
+        self.name = "fast"
+        self._path = path
+        self._bytes = int(2 * SAMPLE_RATE * speed * self.STEP)
+        self._sounded = 0
+
+    def __enter__(self):
+        loaded = subprocess.run(
+            ["pactl", "load-module", "module-pipe-sink", f"sink_name={self.name}", f"file={self._path}",
+             "format=s16le", f"rate={SAMPLE_RATE}", "channels=1"], check=True, stdout=subprocess.PIPE)
+        self._module = loaded.stdout.decode().strip()
+        self._pipe = os.open(self._path, os.O_RDONLY | os.O_NONBLOCK)
+        fcntl.fcntl(self._pipe, fcntl.F_SETPIPE_SZ, self.PIPE_BYTES)
+        threading.Thread(target=self._take, daemon=True).start()
+        return self
+
+    def _take(self):
+        due, owed = time.monotonic(), 0
+        while True:
+            due += self.STEP
+            time.sleep(max(0.0, due - time.monotonic()))
+            owed += self._bytes
+            while owed > 0:
+                try:
+                    piece = os.read(self._pipe, owed)
+                except BlockingIOError:
+                    piece = b""
+                except OSError:
+                    return
+                if not piece:
+                    break
+                owed -= len(piece)
+                if any(piece):
+                    self._sounded += len(piece)
+
+    def minutes(self):
+        """How much sound it has taken; silence, which the server makes when nothing plays, is not counted."""
+        return self._sounded / (2 * SAMPLE_RATE * 60)
+
+    def __exit__(self, *_):
+        subprocess.run(["pactl", "unload-module", self._module], check=True)
+        os.close(self._pipe)
 
 
 def memory(pid):
