@@ -143,10 +143,11 @@ public:
     // Draws the icon in its own size. FALSE for no icon.
     BOOL DrawIcon(int x, int y, HICON icon);
     // flags: DST_ICON, with DSS_DISABLED for the embossed grey look (highlight colour one pixel right and
-    // down of the shadow colour). The size is taken but the icon keeps its own.
+    // down of the shadow colour); FALSE for any other. Differences from the original: the size is taken but
+    // the icon keeps its own, and no brush is asked for.
     BOOL DrawState(POINT at, SIZE size, HICON icon, UINT flags);
-    // One line of text in the dialogs' face, cut to the rectangle; format takes the SS_… type and
-    // SS_CENTERIMAGE. UI thread.
+    // One line of text in the dialogs' face, cut to the rectangle. Difference from the original: format takes
+    // the SS_… type and SS_CENTERIMAGE. UI thread.
     void DrawText(const std::string& text, const RECT& rect, DWORD format, COLORREF color);
 
 protected:

@@ -90,10 +90,11 @@ public:
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds);
     BOOL KillTimer(UINT_PTR id);
     HICON SetIcon(HICON icon, BOOL bigIcon);
-    // Shows a keyboard short cut beside the window's menu command and lets it work, in the toolkit's portable
-    // notation ("Ctrl+O", "Media Play"); several are separated by "; ". The first is the one shown.
+    // Addition to the original: shows a keyboard short cut beside the window's menu command and lets it work,
+    // in the toolkit's portable notation ("Ctrl+O", "Media Play"); several are separated by "; ". The first
+    // is the one shown.
     void SetCommandShortcut(UINT commandId, LPCTSTR shortcuts);
-    // What assistive programs call the window.
+    // Addition to the original: what assistive programs call the window.
     void SetAccessibleName(LPCTSTR name);
     // Lets files be dropped on the window (WM_DROPFILES).
     void DragAcceptFiles(BOOL accept = TRUE);
@@ -141,7 +142,8 @@ private:
 // Ends the capture, if a window of the application has it (WM_CAPTURECHANGED tells that window).
 BOOL ReleaseCapture();
 
-// How many files were dropped, and the path of one.
+// How many files were dropped, and the path of one. Differences from the original: two functions for its one,
+// and nothing is to be released.
 UINT DragQueryFileCount(HDROP drop);
 CString DragQueryFile(HDROP drop, UINT index);
 
@@ -190,8 +192,8 @@ private:
     int m_result = IDCANCEL;
 };
 
-// What start-up was told: the first plain argument, if any, as the file to open. A word that begins with '-'
-// is a switch and is passed over; a leading slash is a path.
+// What start-up was told: the first plain argument, if any, as the file to open. Difference from the
+// original: a word that begins with '-' is a switch and is passed over; a leading slash is a path.
 class CCommandLineInfo {
 public:
     enum Command { FileNew, FileOpen };

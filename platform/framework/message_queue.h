@@ -10,7 +10,8 @@
 BOOL PostMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Delivers a message and returns its result. On the UI thread the window procedure is called at once; on
-// another thread the caller waits until the UI thread has handled it (0 when the window goes first).
+// another thread the caller waits until the UI thread has handled it (0 when the window goes first). That
+// thread must run its message loop: a sender whom it waits for would never be answered.
 LRESULT SendMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Whether the handle names a living window. Any thread.
