@@ -220,10 +220,11 @@ bool RegisterFileType(const FileType& type) {
     }
     const std::string icon = "application-" + subtype;
     const std::string entry = name + ".desktop";
+    const std::string entry_path = folders.data + "/applications/" + entry;
     WriteIcons(folders.data, icon, type.icons);
-    WriteFile(folders.data + "/applications/" + entry, DesktopEntry(type, mime_type, icon), 0644,
-              Existing::Keep);
-    AddDefaultProgram(folders.config, mime_type, entry);
+    WriteFile(entry_path, DesktopEntry(type, mime_type, icon), 0644, Existing::Keep);
+    // The list must not come to name an entry that could not be written.
+    if (Exists(entry_path)) AddDefaultProgram(folders.config, mime_type, entry);
     // Last, since it is what later starts look for.
     if (!WriteFile(package, MimePackage(type, mime_type), 0644, Existing::Keep)) return false;
     UpdateDatabases(folders.data);

@@ -187,6 +187,15 @@ TEST_F(RegisteredFileType, FilesOfTheUsersOwnAreKept) {
     }
 }
 
+TEST_F(RegisteredFileType, WithoutAnEntryNoListNamesIt) {
+    PrivateFolders::Write(Entry().parent_path(), "a file where the folder belongs");
+    const auto list = m_folders.Config() / "mimeapps.list";
+    PrivateFolders::Write(list, "[Default Applications]\ntext/plain=ed.desktop\n");
+    EXPECT_TRUE(RegisterFileType(Message()));
+    WaitForDatabases();
+    EXPECT_EQ("[Default Applications]\ntext/plain=ed.desktop\n", PrivateFolders::Read(list));
+}
+
 TEST_F(RegisteredFileType, WhereNothingCanBeWrittenNothingHappens) {
     // A file where a folder belongs stops even a user that permissions do not.
     PrivateFolders::Write(m_folders.Root() / "file", "");
