@@ -57,13 +57,13 @@ std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& 
     const QPointer<QFileDialog> dialog(new QFileDialog(OwnerWidget(owner), QString::fromStdString(title)));
     QStringList names;
     for (std::size_t i = 0; i + 1 < filters.size(); i += 2) {
-        // The toolkit takes the pattern from the parentheses; it puts it there in either case of letters, as
-        // the original platform compares names.
-        const QString description = QString::fromStdString(filters[i]);
+        // The toolkit takes the pattern from the last parentheses, and shows what stands before them. It gets
+        // the pattern in either case of letters, as the original platform compares names.
         const QString pattern = QString::fromStdString(filters[i + 1]);
-        names << description.left(description.indexOf(QLatin1Char('('))) +
-                     QStringLiteral("(%1 %2)").arg(pattern, pattern.toUpper());
+        names << QStringLiteral("%1 (%2 %3)")
+                     .arg(QString::fromStdString(filters[i]), pattern, pattern.toUpper());
     }
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setNameFilters(names);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);

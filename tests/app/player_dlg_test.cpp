@@ -1,5 +1,6 @@
 // The main window's states, titles and buttons, with the real panel and a simulated sound card.
 #include <QApplication>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QTimer>
 #include <cstdlib>
@@ -192,6 +193,9 @@ TEST_F(PlayerDlg, TheOpenDialogChoosesAMessageOrNothing) {
     const auto choose = [](const Modal&) {
         auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(dialog, nullptr);
+        const auto* types = dialog->findChild<QComboBox*>("fileTypeCombo");
+        ASSERT_NE(types, nullptr);
+        EXPECT_EQ(types->currentText(), "Trivelle Message Files (*.trv)");
         dialog->selectFile(QString::fromStdString(Sample("greeting-voice.trv")));
         dialog->metaObject()->invokeMethod(dialog, "accept");
     };
