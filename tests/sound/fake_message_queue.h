@@ -19,4 +19,4 @@ inline const HWND kWindow = reinterpret_cast<HWND>(std::uintptr_t{7});
 std::vector<PostedMessage> TakePosted();
 
 // Waits until `count` messages wait to be taken; false after `timeout`.
-bool WaitForPosted(std::size_t count, std::chrono::milliseconds timeout);
+bool WaitForPosted(std::size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(10));

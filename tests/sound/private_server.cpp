@@ -16,6 +16,9 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "tests/support/run_program.h"
+#include "tests/support/test_files.h"
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -23,42 +26,25 @@ namespace fs = std::filesystem;
 
 constexpr int kRate = 8000;
 
-// The folder that everything private lives in; removed with the process that made it.
-class PrivateFolder {
-public:
-    PrivateFolder() : m_owner(getpid()) {
-        std::string name = (fs::temp_directory_path() / "sound-test-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        m_path = name;
-        for (const char* folder : {"home", "config/pulse", "run"}) fs::create_directories(m_path / folder);
-        fs::permissions(m_path / "run", fs::perms::owner_all);
-        std::ofstream(m_path / "config/pulse/client.conf") << "autospawn = no\n";
-        setenv("HOME", (m_path / "home").c_str(), 1);
-        setenv("XDG_CONFIG_HOME", (m_path / "config").c_str(), 1);
-        setenv("XDG_RUNTIME_DIR", (m_path / "run").c_str(), 1);
-        for (const char* name_ : {"PULSE_SERVER", "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE",
-                                  "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "PULSE_CLIENTCONFIG",
-                                  "PULSE_PROP", "PULSE_LATENCY_MSEC", "DBUS_SESSION_BUS_ADDRESS"})
-            unsetenv(name_);
-    }
-
-    ~PrivateFolder() {
-        std::error_code ignored;
-        if (getpid() == m_owner) fs::remove_all(m_path, ignored);
-    }
-
-    PrivateFolder(const PrivateFolder&) = delete;
-    PrivateFolder& operator=(const PrivateFolder&) = delete;
-
-    static const fs::path& Path() {
-        static const PrivateFolder folder;
-        return folder.m_path;
-    }
-
-private:
-    pid_t m_owner;
-    fs::path m_path;
-};
+// The folder that everything private lives in, for as long as the process lives.
+const fs::path& Private() {
+    static const TestFolder folder;
+    static const bool made = [] {
+        for (const char* name : {"home", "config/pulse", "run"}) fs::create_directories(folder.Path(name));
+        fs::permissions(folder.Path("run"), fs::perms::owner_all);
+        std::ofstream(folder.Path("config/pulse/client.conf")) << "autospawn = no\n";
+        setenv("HOME", folder.Path("home").c_str(), 1);
+        setenv("XDG_CONFIG_HOME", folder.Path("config").c_str(), 1);
+        setenv("XDG_RUNTIME_DIR", folder.Path("run").c_str(), 1);
+        for (const char* name : {"PULSE_SERVER", "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE",
+                                 "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "PULSE_CLIENTCONFIG", "PULSE_PROP",
+                                 "PULSE_LATENCY_MSEC", "DBUS_SESSION_BUS_ADDRESS"})
+            unsetenv(name);
+        return true;
+    }();
+    static_cast<void>(made);
+    return folder.Path();
+}
 
 // Starts a program that dies with this one; `output` is its standard output, or -1 for none.
 pid_t Spawn(const std::vector<std::string>& words, int output) {
@@ -92,24 +78,19 @@ bool Answers(const fs::path& address) {
     return answers;
 }
 
-// Two ends, neither of which a program started meanwhile keeps open.
-void MakePipe(int (&ends)[2]) {
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-}
-
 }  // namespace
 
 void PrivateServer::UsePrivateFolders() {
-    PrivateFolder::Path();
+    Private();
 }
 
 void PrivateServer::ForgetVolumes() {
-    for (const fs::directory_entry& entry : fs::directory_iterator(PrivateFolder::Path() / "config/pulse"))
+    for (const fs::directory_entry& entry : fs::directory_iterator(Private() / "config/pulse"))
         if (entry.path().extension() != ".conf") fs::remove_all(entry.path());
 }
 
 PrivateServer::PrivateServer(Sink sink) {
-    const fs::path& folder = PrivateFolder::Path();
+    const fs::path& folder = Private();
     const fs::path script = folder / "server.pa";
     std::ofstream(script) << "load-module module-native-protocol-unix\n"
                              "load-module module-stream-restore\n"
@@ -149,26 +130,16 @@ void PrivateServer::Thaw() {
     kill(m_pid, SIGCONT);
 }
 
-std::string RunProgram(const std::vector<std::string>& words) {
-    int ends[2];
-    MakePipe(ends);
-    const pid_t pid = Spawn(words, ends[1]);
-    close(ends[1]);
-    std::string text;
-    char buffer[4096];
-    ssize_t got;
-    while ((got = read(ends[0], buffer, sizeof buffer)) > 0)
-        text.append(buffer, static_cast<std::size_t>(got));
-    close(ends[0]);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error(words[0] + " failed");
-    return text;
+std::string Pactl(std::vector<std::string> words) {
+    words.insert(words.begin(), "pactl");
+    ProgramRun run = RunProgram(words);
+    if (run.status != 0) throw std::runtime_error("pactl failed: " + run.err);
+    return run.out;
 }
 
 MonitorRecording::MonitorRecording() {
     int ends[2];
-    MakePipe(ends);
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     m_pid = Spawn({"parec", "-d", "test.monitor", "--raw", "--rate=8000", "--channels=1", "--format=s16le",
                    "--latency-msec=20", "--client-name=recorder"},
                   ends[1]);

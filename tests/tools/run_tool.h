@@ -4,19 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/run_program.h"
 #include "tests/support/test_files.h"
 
-// What a program did.
-struct ToolRun {
-    int status = -1;  // exit status, or -1 when a signal ended it
-    std::string out;
-    std::string err;
-};
-
-// Runs a program to its end, with nothing on its standard input.
-ToolRun RunTool(const std::string& program, const std::vector<std::string>& arguments);
-ToolRun RunTrvdump(const std::vector<std::string>& arguments);
-ToolRun RunTrvmake(const std::vector<std::string>& arguments);
+using ToolRun = ProgramRun;
+ToolRun RunTrvdump(std::vector<std::string> arguments);
+ToolRun RunTrvmake(std::vector<std::string> arguments);
 
 // Lower-case hexadecimal SHA-256.
 std::string Sha256(const std::vector<uint8_t>& bytes);

@@ -19,7 +19,7 @@ using ui_test::PumpUntil;
 using watch::Clock;
 
 bool Says(const std::vector<std::string>& words, const std::string& part) {
-    return RunProgram(words).find(part) != std::string::npos;
+    return Pactl(words).find(part) != std::string::npos;
 }
 
 class VolumeOnServer : public testing::Test {
@@ -28,8 +28,8 @@ protected:
         PrivateServer::UsePrivateFolders();
         PrivateServer::ForgetVolumes();
         m_server.emplace();
-        RunProgram({"pactl", "set-sink-mute", "test", "1"});
-        RunProgram({"pactl", "set-sink-volume", "test", "40%"});
+        Pactl({"set-sink-mute", "test", "1"});
+        Pactl({"set-sink-volume", "test", "40%"});
         UseSystemSound();
         m_dlg.emplace(&m_parent);
         m_dlg->Create();
@@ -51,13 +51,13 @@ protected:
 };
 
 TEST_F(VolumeOnServer, MovesWithAndMovesTheServer) {
-    EXPECT_TRUE(PumpUntil([] { return Says({"pactl", "get-sink-mute", "test"}, "no"); }));
+    EXPECT_TRUE(PumpUntil([] { return Says({"get-sink-mute", "test"}, "no"); }));
     EXPECT_GT(Master().GetPos(), 0);
 
     double worst = 0;
     for (const char* volume : {"80%", "10%", "100%", "55%"}) {
         const int before = Master().GetPos();
-        RunProgram({"pactl", "set-sink-volume", "test", volume});
+        Pactl({"set-sink-volume", "test", volume});
         const auto set = Clock::now();
         EXPECT_TRUE(PumpUntil([&] { return Master().GetPos() != before; }));
         worst = std::max(worst, watch::Ms(Clock::now() - set));
@@ -66,10 +66,10 @@ TEST_F(VolumeOnServer, MovesWithAndMovesTheServer) {
     EXPECT_LT(worst, 250);
 
     Press(Qt::Key_Home);
-    EXPECT_TRUE(PumpUntil([] { return Says({"pactl", "get-sink-volume", "test"}, " 100%"); }));
+    EXPECT_TRUE(PumpUntil([] { return Says({"get-sink-volume", "test"}, " 100%"); }));
     Press(Qt::Key_End);
-    EXPECT_TRUE(PumpUntil([] { return Says({"pactl", "get-sink-volume", "test"}, " 0%"); }));
-    RunProgram({"pactl", "set-sink-mute", "test", "1"});
+    EXPECT_TRUE(PumpUntil([] { return Says({"get-sink-volume", "test"}, " 0%"); }));
+    Pactl({"set-sink-mute", "test", "1"});
     auto& box = *static_cast<CButton*>(m_dlg->GetDlgItem(IDC_MASTER_MUTE));
     EXPECT_TRUE(PumpUntil([&] { return box.GetCheck() == 1; }));
 }
