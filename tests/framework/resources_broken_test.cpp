@@ -295,14 +295,9 @@ std::vector<Entry> SmallEntries() {
 
 // Asks for everything and says how much was found.
 int LoadAll() {
-    int found = 0;
-    for (const unsigned id : {100U, 102U, 136U, 137U}) {
-        const auto dialog = resources::LoadDialog(id);
-        if (dialog) ++found;
-    }
-    if (resources::LoadMenu(130)) ++found;
-    for (unsigned id = 1; id <= 12; ++id)
-        if (resources::LoadString(id)) ++found;
+    int found = resources::LoadMenu(130) ? 1 : 0;
+    for (const unsigned id : {100U, 102U, 136U, 137U}) found += resources::LoadDialog(id) ? 1 : 0;
+    for (unsigned id = 1; id <= 12; ++id) found += resources::LoadString(id) ? 1 : 0;
     for (const auto& image : {resources::LoadIcon(129, 24), resources::LoadCursor(134, 32)}) {
         if (!image) continue;
         ++found;
