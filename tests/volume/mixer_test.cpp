@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <functional>
 #include <iterator>
 
 #include "platform/sound/simulated_mixer_driver.h"
@@ -43,64 +44,54 @@ protected:
     CMixer m_mixer{nullptr};
 };
 
-TEST_F(MixerAccess, OpensTheDevicesThatThereAre) {
+TEST_F(MixerAccess, OpensTheDevicesThatThereAreAndGivesThemBack) {
     EXPECT_EQ(m_mixer.GetNumDevs(), 1U);
     EXPECT_FALSE(m_mixer.Open(1));
     m_driver->SetOpenResult(MMSYSERR_ALLOCATED);
     EXPECT_FALSE(m_mixer.Open(0));
-    m_driver->SetOpenResult(MMSYSERR_NOERROR);
-    EXPECT_TRUE(m_mixer.Open(0));
-    EXPECT_TRUE(m_mixer.Open(0));
-    EXPECT_EQ(m_driver->OpenMixers(), 1U);
-    m_driver->SetCount(0);
-    EXPECT_EQ(m_mixer.GetNumDevs(), 0U);
-    EXPECT_FALSE(m_mixer.Open(0));
-}
-
-TEST_F(MixerAccess, AMixerThatWillNotSayItsNameIsStillGivenBack) {
-    m_driver->SetNameResult(MMSYSERR_ERROR);
-    {
-        CMixer mixer(nullptr);
-        EXPECT_FALSE(mixer.Open(0));
-        EXPECT_EQ(m_driver->OpenMixers(), 1U);
-    }
-    EXPECT_EQ(m_driver->OpenMixers(), 0U);
-}
-
-TEST_F(MixerAccess, TheNameIsTheDevicesAsItIsNow) {
     CString name("untouched");
     EXPECT_FALSE(m_mixer.GetName(name));
     EXPECT_TRUE(name == "untouched");
-    m_driver->SetName("Built-in");
-    ASSERT_TRUE(m_mixer.Open(0));
-    EXPECT_TRUE(m_mixer.GetName(name));
-    EXPECT_TRUE(name == "Built-in");
-    m_driver->SetName("Headset with a name of more than 31 characters");
-    EXPECT_TRUE(m_mixer.GetName(name));
-    EXPECT_TRUE(name == "Headset with a name of more tha");
+    m_driver->SetOpenResult(MMSYSERR_NOERROR);
+    for (const char* device : {"Built-in", "Headset"}) {
+        m_driver->SetName(device);
+        EXPECT_TRUE(m_mixer.Open(0));
+        EXPECT_EQ(m_driver->OpenMixers(), 1U);
+        EXPECT_TRUE(m_mixer.GetName(name));
+        EXPECT_TRUE(name == device);
+    }
+    m_driver->SetCount(0);
+    EXPECT_EQ(m_mixer.GetNumDevs(), 0U);
+    EXPECT_FALSE(m_mixer.Open(0));
+    m_driver->SetCount(1);
+    m_driver->SetNameResult(MMSYSERR_ERROR);
+    {
+        CMixer nameless(nullptr);
+        EXPECT_FALSE(nameless.Open(0));
+    }
+    m_mixer.Close();
+    EXPECT_EQ(m_driver->OpenMixers(), 0U);
 }
 
 TEST_F(MixerAccess, FindsWhatTheDeviceHasAndUsesNothingElse) {
-    struct Case {
+    const auto without = [](DWORD control) { return [=](Driver& d) { d.RemoveControl(control); }; };
+    const struct {
         const char* name;
-        void (*make)(Driver&);
-        unsigned found;
-        unsigned usable;
-    };
-    constexpr Case kCases[] = {
+        std::function<void(Driver&)> make;
+        unsigned found, usable;
+    } cases[] = {
         {"everything", [](Driver&) {}, 0b11111, 0b111111111},
-        {"no master volume", [](Driver& d) { d.RemoveControl(Driver::kMasterVolume); }, 0b11110, 0b111011110},
-        {"no master mute", [](Driver& d) { d.RemoveControl(Driver::kMasterMute); }, 0b11101, 0b110111101},
-        {"no wave volume", [](Driver& d) { d.RemoveControl(Driver::kWaveVolume); }, 0b11011, 0b101111011},
-        {"no wave mute", [](Driver& d) { d.RemoveControl(Driver::kWaveMute); }, 0b10111, 0b011110111},
-        {"no meter", [](Driver& d) { d.RemoveControl(Driver::kWavePeak); }, 0b01111, 0b111101111},
+        {"no master volume", without(Driver::kMasterVolume), 0b11110, 0b111011110},
+        {"no master mute", without(Driver::kMasterMute), 0b11101, 0b110111101},
+        {"no wave volume", without(Driver::kWaveVolume), 0b11011, 0b101111011},
+        {"no wave mute", without(Driver::kWaveMute), 0b10111, 0b011110111},
+        {"no meter", without(Driver::kWavePeak), 0b01111, 0b111101111},
         {"no wave output", [](Driver& d) { d.RemoveLine(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT); }, 0b00011,
          0b001100011},
-        {"no speakers", [](Driver& d) { d.RemoveLine(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS); }, 0b00000,
-         0b000000000},
+        {"no speakers", [](Driver& d) { d.RemoveLine(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS); }, 0, 0},
         {"wave output elsewhere", [](Driver& d) { d.DisconnectWaveFromSpeakers(); }, 0b01111, 0b111101111},
     };
-    for (const Case& test : kCases) {
+    for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
         m_driver = std::make_shared<Driver>();
         test.make(*m_driver);
