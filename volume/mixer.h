@@ -34,7 +34,7 @@ public:
     // The lookup behind the first four: the first line of the component type, its control of the given type.
     BOOL FindControl(DWORD dwComponentType, DWORD dwControlType);
 
-    // Whether the last Find on the open device succeeded.
+    // Whether a Find has succeeded since the device was opened.
     BOOL HasMasterVolume() const { return m_bMasterVolume; }
     BOOL HasMasterMute() const { return m_bMasterMute; }
     BOOL HasWaveVolume() const { return m_bWaveVolume; }

@@ -32,11 +32,8 @@ Surface::Surface(DibTag, int width, int height) : m_width(width), m_height(heigh
 }
 
 std::uint32_t Surface::ReadPixel(int x, int y) const {
-    if (!isDib())
-        return m_pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
-                        static_cast<std::size_t>(x)];
-    const std::uint8_t* p =
-        m_dib.data() + static_cast<std::ptrdiff_t>(m_height - 1 - y) * dibStride() + x * 3;
+    if (!isDib()) return m_pixels[Index(x, y)];
+    const std::uint8_t* p = DibPixel(x, y);
     return kOpaque | static_cast<std::uint32_t>(p[2]) << 16U | static_cast<std::uint32_t>(p[1]) << 8U | p[0];
 }
 
@@ -86,7 +83,7 @@ void Surface::Line(POINT from, POINT to, COLORREF color, const RECT& clip) {
     POINT at = from;
     const std::scoped_lock lock(m_mutex);
     while (at.x != to.x || at.y != to.y) {
-        if (inside.PtInRect(at) != FALSE) m_pixels[static_cast<std::size_t>(at.y * m_width + at.x)] = value;
+        if (inside.PtInRect(at) != FALSE) m_pixels[Index(at.x, at.y)] = value;
         const int doubled = 2 * error;
         if (doubled >= dy) {
             error += dy;
@@ -129,9 +126,7 @@ void Surface::Copy(const RECT& area, Surface& source, int sx, int sy, Raster ras
         const int fromX = inside.left + shiftX;
         const int fromY = y + shiftY;
         if (source.isDib()) {
-            const std::uint8_t* p =
-                source.m_dib.data() +
-                static_cast<std::ptrdiff_t>(source.m_height - 1 - fromY) * source.dibStride() + fromX * 3;
+            const std::uint8_t* p = source.DibPixel(fromX, fromY);
             for (int i = 0; i < width; ++i, p += 3) {
                 const std::uint32_t value = kOpaque | static_cast<std::uint32_t>(p[2]) << 16U |
                                             static_cast<std::uint32_t>(p[1]) << 8U | p[0];
@@ -157,7 +152,7 @@ void Surface::Blend(int x, int y, const std::uint32_t* image, int width, int hei
     for (int row = inside.top; row < inside.bottom; ++row) {
         for (int column = inside.left; column < inside.right; ++column) {
             const std::uint32_t over = image[static_cast<std::ptrdiff_t>(row - y) * width + (column - x)];
-            std::uint32_t& under = m_pixels[static_cast<std::size_t>(row * m_width + column)];
+            std::uint32_t& under = m_pixels[Index(column, row)];
             const std::uint32_t alpha = over >> 24U;
             std::uint32_t mixed = kOpaque;
             for (unsigned shift = 0; shift <= 16; shift += 8) {

@@ -57,6 +57,14 @@ private:
     void AddDamage(const RECT& area);
     CRect Bounds() const { return CRect(0, 0, m_width, m_height); }
     std::uint32_t ReadPixel(int x, int y) const;
+    // Where a pixel inside the picture lies; y counts from the top in both layouts.
+    std::size_t Index(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) + static_cast<std::size_t>(x);
+    }
+    const std::uint8_t* DibPixel(int x, int y) const {
+        return m_dib.data() + static_cast<std::ptrdiff_t>(m_height - 1 - y) * dibStride() +
+               static_cast<std::ptrdiff_t>(x) * 3;
+    }
 
     int m_width;
     int m_height;

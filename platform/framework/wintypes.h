@@ -25,8 +25,8 @@ using LPCTSTR = const char*;
 using COLORREF = DWORD;  // 0x00BBGGRR
 
 // Opaque handles: the pointer's value is the handle's number and is never dereferenced.
-using HWND = struct HWND__*;
-using HICON = struct HICON__*;
+using HWND = struct HWND_*;
+using HICON = struct HICON_*;
 using HCURSOR = HICON;
 
 struct POINT {

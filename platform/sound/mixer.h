@@ -21,8 +21,8 @@
 #include "platform/framework/wintypes.h"
 #include "platform/sound/mmsystem.h"
 
-using HMIXER = struct HMIXER__*;
-using HMIXEROBJ = struct HMIXEROBJ__*;  // an HMIXER, cast
+using HMIXER = struct HMIXER_*;
+using HMIXEROBJ = struct HMIXEROBJ_*;  // an HMIXER, cast
 
 inline constexpr MMRESULT MIXERR_INVALLINE = 1024;
 inline constexpr MMRESULT MIXERR_INVALCONTROL = 1025;

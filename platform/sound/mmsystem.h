@@ -22,7 +22,7 @@
 #include "platform/framework/wintypes.h"
 
 using MMRESULT = UINT;
-using HWAVEOUT = struct HWAVEOUT__*;
+using HWAVEOUT = struct HWAVEOUT_*;
 
 inline constexpr MMRESULT MMSYSERR_NOERROR = 0;
 inline constexpr MMRESULT MMSYSERR_ERROR = 1;
