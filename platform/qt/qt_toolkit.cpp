@@ -194,6 +194,8 @@ HWND QtToolkit::WindowAt(POINT screen) {
 }
 
 void QtToolkit::OfferTip(HWND window, const std::string& text, TipDelays delays) {
+    // While another program is active the buttons do not light and name nothing.
+    if (QApplication::activeWindow() == nullptr) return;
     if (m_tipSpent == window || (m_tipWindow == window && m_tipTimer.isActive())) return;
     m_tipWindow = window;
     m_tipSpent = nullptr;

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -37,7 +38,9 @@ void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
 }
 
 void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
+        event->acceptProposedAction();
 }
 
 void SurfaceWidget::dropEvent(QDropEvent* event) {
