@@ -6,12 +6,10 @@
 #include <thread>
 
 #include "platform/framework/afxwin.h"
-#include "platform/sound/simulated_mixer_driver.h"
-#include "platform/sound/simulated_wave_driver.h"
 #include "playback/player_messages.h"
-#include "res/player_resources.h"
 #include "res/resource.h"
 #include "tests/support/headless_toolkit.h"
+#include "tests/support/simulated_sound.h"
 
 namespace {
 
@@ -28,30 +26,26 @@ public:
     std::function<void()> then;
 };
 
-class WaveDeviceTest : public testing::Test {
+class WaveDeviceTest : public testing::Test, protected SimulatedSound {
 protected:
-    static void SetUpTestSuite() { UsePlayerResources(); }
+    ~WaveDeviceTest() override { m_device.Close(); }
 
-    void SetUp() override {
-        m_before = SetWaveDriver(m_sound);
-        SetMixerDriver(std::make_shared<SimulatedMixerDriver>());
-        ASSERT_TRUE(m_host.Create(IDD_ABOUTBOX));
-        m_device = std::make_unique<CWaveDevice>(&m_host, &m_client, CWaveDevice::kPlay, kSamples, kThreshold,
-                                                 2, 8000);
-    }
-    void TearDown() override {
-        if (m_device) m_device->Close();
-        m_device.reset();
-        m_host.DestroyWindow();
-        SetMixerDriver(nullptr);
-        SetWaveDriver(m_before);
+    // p pause, r resume, f flush, o open, c close.
+    void Do(const char* steps) {
+        for (; *steps != 0; ++steps) {
+            if (*steps == 'p') m_device.Pause();
+            if (*steps == 'r') m_device.Resume();
+            if (*steps == 'f') m_device.Flush();
+            if (*steps == 'o') m_device.Open();
+            if (*steps == 'c') m_device.Close();
+        }
     }
 
     // Each block holds one number, counted on from block to block.
     void Write(int blocks) {
         for (int i = 0; i < blocks; ++i) {
             const std::vector<int16_t> block(kSamples, static_cast<int16_t>(m_written++));
-            m_device->Write(block.data());
+            m_device.Write(block.data());
         }
     }
 
@@ -82,30 +76,30 @@ protected:
     }
 
     HeadlessToolkit m_toolkit;
-    std::shared_ptr<SimulatedWaveDriver> m_sound = std::make_shared<SimulatedWaveDriver>();
-    std::shared_ptr<WaveDriver> m_before;
-    CDialog m_host;
+    struct Host : CDialog {
+        Host() { Create(IDD_ABOUTBOX); }
+    } m_host;
     Client m_client;
-    std::unique_ptr<CWaveDevice> m_device;
+    CWaveDevice m_device{&m_host, &m_client, CWaveDevice::kPlay, kSamples, kThreshold, 2, 8000};
     int m_written = 0;
 };
 
 TEST_F(WaveDeviceTest, StartsAboveTheThresholdAndAgainAfterItRanDry) {
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);
         const int before = m_written;
         Write(kThreshold);
         Hear(50);
         EXPECT_EQ(m_client.played, before);
-        EXPECT_EQ(m_device->GetQueuedCount(), kThreshold);
+        EXPECT_EQ(m_device.GetQueuedCount(), kThreshold);
         Write(1);
         EXPECT_TRUE(m_sound->IsRunning());
         Hear(kThreshold);
-        EXPECT_EQ(m_device->GetQueuedCount(), 1);
+        EXPECT_EQ(m_device.GetQueuedCount(), 1);
         EXPECT_TRUE(m_sound->IsRunning());
         Hear(1);
-        EXPECT_EQ(m_device->GetQueuedCount(), 0);
+        EXPECT_EQ(m_device.GetQueuedCount(), 0);
         EXPECT_FALSE(m_sound->IsRunning()) << "an empty queue buffers";
     }
     EXPECT_EQ(m_client.played, m_written);
@@ -114,36 +108,36 @@ TEST_F(WaveDeviceTest, StartsAboveTheThresholdAndAgainAfterItRanDry) {
 
 TEST_F(WaveDeviceTest, DropsWhatItCannotTake) {
     Write(30);
-    EXPECT_EQ(m_device->GetQueuedCount(), 0) << "closed";
-    ASSERT_TRUE(m_device->Open());
-    m_device->Pause();
+    EXPECT_EQ(m_device.GetQueuedCount(), 0) << "closed";
+    ASSERT_TRUE(m_device.Open());
+    m_device.Pause();
     Write(30);
-    EXPECT_EQ(m_device->GetQueuedCount(), 0) << "paused";
-    m_device->Resume();
+    EXPECT_EQ(m_device.GetQueuedCount(), 0) << "paused";
+    m_device.Resume();
     EXPECT_EQ(m_sound->BlocksWritten(), 0U);
 
     const int first = m_written;
     Write(CWaveDevice::kMaxQueued + 1);
-    EXPECT_EQ(m_device->GetQueuedCount(), 249) << "full";
+    EXPECT_EQ(m_device.GetQueuedCount(), 249) << "full";
     Hear(CWaveDevice::kMaxQueued);
     EXPECT_EQ(m_client.played, 249);
     EXPECT_EQ(HeardBlocks(), Whole(first, first + 249));
 }
 
 TEST_F(WaveDeviceTest, PauseKeepsTheRingAndResumeStartsWithTheBlockNotCountedYet) {
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     Write(30);
     m_sound->Advance(50);  // two blocks and a half
     HeadlessToolkit::Pump();
-    m_device->Pause();
-    m_device->Pause();
-    EXPECT_EQ(m_device->GetQueuedCount(), 28);
+    m_device.Pause();
+    m_device.Pause();
+    EXPECT_EQ(m_device.GetQueuedCount(), 28);
     EXPECT_EQ(m_sound->BytesQueued(), 0U);
     Hear(10);
     EXPECT_EQ(m_client.played, 2) << "nothing counts while paused";
 
-    m_device->Resume();
-    m_device->Resume();
+    m_device.Resume();
+    m_device.Resume();
     EXPECT_TRUE(m_sound->IsRunning());
     Hear(40);
     EXPECT_EQ(m_client.played, 30);
@@ -161,35 +155,34 @@ TEST_F(WaveDeviceTest, PauseKeepsTheRingAndResumeStartsWithTheBlockNotCountedYet
 TEST_F(WaveDeviceTest, ResumeRestartsWithTheTwentySecondBlock) {
     for (const auto& [blocks, running] : {std::pair{21, false}, {22, true}, {30, true}}) {
         SCOPED_TRACE(blocks);
-        ASSERT_TRUE(m_device->Open());
+        ASSERT_TRUE(m_device.Open());
         Write(blocks);
-        m_device->Pause();
-        m_device->Resume();
+        Do("pr");
         EXPECT_EQ(m_sound->IsRunning(), running);
         Write(1);
         EXPECT_TRUE(m_sound->IsRunning());
-        m_device->Close();
+        m_device.Close();
     }
     // Without a Pause it does nothing.
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     Write(5);
-    m_device->Resume();
+    m_device.Resume();
     EXPECT_EQ(m_sound->BytesQueued(), 5U * 2 * kSamples);
     EXPECT_FALSE(m_sound->IsRunning());
 }
 
 TEST_F(WaveDeviceTest, FlushEmptiesThePausedRingOnly) {
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     Write(30);
-    m_device->Flush();
-    EXPECT_EQ(m_device->GetQueuedCount(), 30);
-    m_device->Pause();
-    m_device->Flush();
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
+    m_device.Flush();
+    EXPECT_EQ(m_device.GetQueuedCount(), 30);
+    m_device.Pause();
+    m_device.Flush();
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
     Write(1);
-    EXPECT_EQ(m_device->GetQueuedCount(), 0) << "still paused";
+    EXPECT_EQ(m_device.GetQueuedCount(), 0) << "still paused";
 
-    m_device->Resume();
+    m_device.Resume();
     EXPECT_FALSE(m_sound->IsRunning());
     const int first = m_written;
     Write(20);
@@ -200,17 +193,25 @@ TEST_F(WaveDeviceTest, FlushEmptiesThePausedRingOnly) {
     EXPECT_EQ(HeardBlocks(), Whole(first, first + 21));
 }
 
-TEST_F(WaveDeviceTest, CloseWhilePausedLeavesNothingForTheNextOpen) {
-    ASSERT_TRUE(m_device->Open());
+TEST_F(WaveDeviceTest, NothingIsLeftForTheNextOpen) {
+    ASSERT_TRUE(m_device.Open());
     Write(100);
-    m_device->Pause();
-    m_device->Close();
-    m_device->Close();
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
+    Do("pcc");
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
     EXPECT_FALSE(m_sound->IsOpen());
 
-    ASSERT_TRUE(m_device->Open());
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
+    m_sound->SetOpenResult(MMSYSERR_ALLOCATED);
+    EXPECT_FALSE(m_device.Open());
+    EXPECT_FALSE(m_device.IsOpen());
+    Write(30);
+    m_device.EndOfSound();
+    Do("pfr");
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
+    m_device.Close();
+
+    m_sound->SetOpenResult(MMSYSERR_NOERROR);
+    ASSERT_TRUE(m_device.Open());
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
     const int first = m_written;
     Write(21);
     Hear(21);
@@ -218,88 +219,36 @@ TEST_F(WaveDeviceTest, CloseWhilePausedLeavesNothingForTheNextOpen) {
     EXPECT_EQ(HeardBlocks(), Whole(first, first + 21));
 }
 
-TEST_F(WaveDeviceTest, RefusedOpenLeavesItClosedUntilTheNext) {
-    m_sound->SetOpenResult(MMSYSERR_ALLOCATED);
-    EXPECT_FALSE(m_device->Open());
-    EXPECT_FALSE(m_device->IsOpen());
-    Write(30);
-    m_device->EndOfSound();
-    m_device->Pause();
-    m_device->Flush();
-    m_device->Resume();
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
-    m_device->Close();
-
-    m_sound->SetOpenResult(MMSYSERR_NOERROR);
-    ASSERT_TRUE(m_device->Open());
-    Write(21);
-    Hear(21);
-    EXPECT_EQ(m_client.played, 21);
-}
-
 // What the driver hands back, and what it has already reported but nobody has seen yet, must not count for
 // the blocks that are queued afterwards.
 TEST_F(WaveDeviceTest, NotificationsFromBeforeAResetNeverCount) {
-    struct Case {
+    const struct {
         const char* name;
-        std::function<void(CWaveDevice&)> act;
+        const char* steps;
         bool keeps;  // the ring's blocks are played again
-    };
-    const Case cases[] = {
-        {"Pause, Play",
-         [](CWaveDevice& d) {
-             d.Pause();
-             d.Resume();
-         },
-         true},
-        {"Pause, Play, Pause, Play",
-         [](CWaveDevice& d) {
-             for (int i = 0; i < 2; ++i) {
-                 d.Pause();
-                 d.Resume();
-             }
-         },
-         true},
-        {"Stop, Play",
-         [](CWaveDevice& d) {
-             d.Pause();
-             d.Flush();
-             d.Resume();
-         },
-         false},
-        {"Open while playing",
-         [](CWaveDevice& d) {
-             d.Pause();
-             d.Flush();
-             d.Close();
-             d.Open();
-         },
-         false},
-        {"Close, Open",
-         [](CWaveDevice& d) {
-             d.Close();
-             d.Open();
-         },
-         false},
-    };
-    for (const Case& c : cases) {
+    } cases[] = {{"Pause, Play", "pr", true},
+                 {"Pause, Play, Pause, Play", "prpr", true},
+                 {"Stop, Play", "pfr", false},
+                 {"Open while playing", "pfco", false},
+                 {"Close, Open", "co", false}};
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         m_client.played = 0;
-        ASSERT_TRUE(m_device->Open());
+        ASSERT_TRUE(m_device.Open());
         Write(40);
         m_sound->Advance(100);  // five are done; their notifications wait
-        c.act(*m_device);
+        Do(c.steps);
         Write(30);
         HeadlessToolkit::Pump();
         const int expected = c.keeps ? 70 : 30;
         EXPECT_EQ(m_client.played, 0);
-        EXPECT_EQ(m_device->GetQueuedCount(), expected);
+        EXPECT_EQ(m_device.GetQueuedCount(), expected);
         m_sound->ForgetHeard();
         Hear(expected);
         EXPECT_EQ(m_client.played, expected);
-        EXPECT_EQ(m_device->GetQueuedCount(), 0);
+        EXPECT_EQ(m_device.GetQueuedCount(), 0);
         EXPECT_EQ(HeardBlocks(), Whole(m_written - expected, m_written));
-        m_device->Close();
+        m_device.Close();
     }
 }
 
@@ -307,75 +256,57 @@ TEST_F(WaveDeviceTest, EndOfSoundPlaysTheLastBlocksHoweverFew) {
     for (const int blocks : {1, 20, 21, 100}) {
         SCOPED_TRACE(blocks);
         m_client.played = 0;
-        ASSERT_TRUE(m_device->Open());
+        ASSERT_TRUE(m_device.Open());
         Write(blocks);
-        m_device->EndOfSound();
+        m_device.EndOfSound();
         Hear(blocks);
         EXPECT_EQ(m_client.played, blocks);
         EXPECT_FALSE(m_sound->IsRunning());
-        m_device->Close();
+        m_device.Close();
     }
 
     // Paused in the last stretch and resumed.
     m_client.played = 0;
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     Write(25);
-    m_device->EndOfSound();
+    m_device.EndOfSound();
     Hear(15);
-    m_device->Pause();
+    m_device.Pause();
     Hear(15);
     EXPECT_EQ(m_client.played, 15);
-    m_device->Resume();
+    m_device.Resume();
     Hear(10);
     EXPECT_EQ(m_client.played, 25);
 
     // With nothing queued there is nothing to start.
-    m_device->EndOfSound();
+    m_device.EndOfSound();
     EXPECT_FALSE(m_sound->IsRunning());
 }
 
-TEST_F(WaveDeviceTest, EndOfSoundIsTakenBack) {
-    const std::pair<const char*, std::function<void()>> cases[] = {
-        {"write", [] {}},
-        {"flush",
-         [this] {
-             m_device->Pause();
-             m_device->Flush();
-             m_device->Resume();
-         }},
-        {"open",
-         [this] {
-             m_device->Close();
-             m_device->Open();
-         }},
-    };
-    for (const auto& [name, act] : cases) {
-        SCOPED_TRACE(name);
-        ASSERT_TRUE(m_device->Open());
-        m_device->EndOfSound();
-        act();
+TEST_F(WaveDeviceTest, EndOfSoundIsTakenBackByAWriteAFlushAndAnOpen) {
+    for (const char* steps : {"", "pfr", "co"}) {
+        SCOPED_TRACE(steps);
+        ASSERT_TRUE(m_device.Open());
+        m_device.EndOfSound();
+        Do(steps);
         Write(kThreshold);
-        m_device->Pause();
-        m_device->Resume();
+        Do("pr");
         EXPECT_FALSE(m_sound->IsRunning());
-        m_device->Close();
+        m_device.Close();
     }
 }
 
 TEST_F(WaveDeviceTest, ClientMayStopCloseAndReopenFromWithin) {
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     Write(30);
     m_client.then = [this] {
         m_client.then = nullptr;
-        m_device->Pause();
-        m_device->Flush();
-        m_device->Close();
-        m_device->Open();
+        Do("pfco");
     };
     m_sound->Advance(600);
     HeadlessToolkit::Pump();
     EXPECT_EQ(m_client.played, 1);
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
     Write(21);
     Hear(21);
     EXPECT_EQ(m_client.played, 22);
@@ -384,13 +315,13 @@ TEST_F(WaveDeviceTest, ClientMayStopCloseAndReopenFromWithin) {
 // A writer that falls behind again and again: each underrun must end, with no block lost or counted twice.
 TEST_F(WaveDeviceTest, WriterAndNotificationsMeetWithoutLosingABlock) {
     constexpr int kTotal = 3000;
-    ASSERT_TRUE(m_device->Open());
+    ASSERT_TRUE(m_device.Open());
     std::thread writer([this] {
         while (m_written < kTotal) {
-            if (m_device->GetQueuedCount() + 10 < CWaveDevice::kBlocks) Write(10);
+            if (m_device.GetQueuedCount() + 10 < CWaveDevice::kBlocks) Write(10);
             if (m_written % 70 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        m_device->EndOfSound();
+        m_device.EndOfSound();
     });
     const bool all = HeadlessToolkit::PumpUntil(
         [this] {
@@ -400,7 +331,7 @@ TEST_F(WaveDeviceTest, WriterAndNotificationsMeetWithoutLosingABlock) {
         60000);
     writer.join();
     EXPECT_TRUE(all) << m_client.played << " blocks";
-    EXPECT_EQ(m_device->GetQueuedCount(), 0);
+    EXPECT_EQ(m_device.GetQueuedCount(), 0);
     EXPECT_EQ(HeardBlocks(), Whole(0, kTotal));
 }
 
@@ -413,12 +344,12 @@ TEST_F(WaveDeviceTest, PassesTheVolumeDialogsNewsToTheMainWindow) {
         }
         int news = 0;
     };
-    m_device->SendMessage(WM_VOLUME_CLOSED);  // no application, no main window: nothing happens
+    m_device.SendMessage(WM_VOLUME_CLOSED);  // no application, no main window: nothing happens
     CWinApp app;
     Main main;
     ASSERT_TRUE(main.Create(IDD_ABOUTBOX));
     app.m_pMainWnd = &main;
-    m_device->SendMessage(WM_VOLUME_CLOSED);
+    m_device.SendMessage(WM_VOLUME_CLOSED);
     EXPECT_EQ(main.news, 1);
     main.DestroyWindow();
 }
