@@ -8,79 +8,29 @@
 #include <random>
 #include <vector>
 
-#include "video/vdec_tables.h"
+#include "tests/video/vdec_reference.h"
 
-namespace {
-
-using tools::kPlaneValues;
-
-// The decoder's synthesis of one line, in double precision.
-void SynthesiseLine(std::span<double> line) {
-    const int length = static_cast<int>(line.size());
-    const int half = length / 2;
-    std::vector<double> z(line.size());
-    for (int k = 0; k < half; ++k) {
-        z[static_cast<std::size_t>(2 * k)] = line[static_cast<std::size_t>(k)];
-        z[static_cast<std::size_t>(2 * k + 1)] = line[static_cast<std::size_t>(half + k)];
-    }
-    const auto at = [&](int i) {
-        if (i < 0) i = -i;
-        if (i >= length) i = 2 * (length - 1) - i;
-        return z[static_cast<std::size_t>(i)];
-    };
-    const auto pair = [&](int centre, int distance) { return at(centre - distance) + at(centre + distance); };
-    const SynthTaps& t = synth_taps;
-    for (int i = 0; i < length; i += 2) {
-        line[static_cast<std::size_t>(i)] =
-            t.e0 * at(i) - t.e1 * pair(i, 1) + t.e2 * pair(i, 2) - t.e3 * pair(i, 3);
-        line[static_cast<std::size_t>(i + 1)] = t.o0 * at(i + 1) + t.o1 * pair(i + 1, 1) +
-                                                t.o2 * pair(i + 1, 2) + t.o3 * pair(i + 1, 3) +
-                                                t.o4 * pair(i + 1, 4);
-    }
-}
-
-void SynthesiseRegion(std::span<double> plane, std::size_t width, std::size_t height) {
-    std::vector<double> column(height);
-    for (std::size_t x = 0; x < width; ++x) {
-        for (std::size_t y = 0; y < height; ++y) column[y] = plane[y * kPictureWidth + x];
-        SynthesiseLine(column);
-        for (std::size_t y = 0; y < height; ++y) plane[y * kPictureWidth + x] = column[y];
-    }
-    for (std::size_t y = 0; y < height; ++y) SynthesiseLine(plane.subspan(y * kPictureWidth, width));
-}
-
-}  // namespace
-
-TEST(ForwardDwt, LinesOfEveryLengthComeBack) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<double> sample(-255, 255);
-    for (const std::size_t length : {30U, 40U, 60U, 80U, 120U, 160U, 240U, 320U}) {
-        std::vector<double> line(length);
-        for (double& value : line) value = sample(random);
-        std::vector<double> copy = line;
-        tools::AnalyseLine(copy);
-        SynthesiseLine(copy);
-        for (std::size_t i = 0; i < length; ++i) ASSERT_NEAR(copy[i], line[i], 2e-4) << length << " at " << i;
-    }
-}
-
+// The decoder's straightforward form takes the planes back to what was analysed, but for its floats.
 TEST(ForwardDwt, WholePlanesComeBack) {
     std::mt19937 random(2);
     std::uniform_real_distribution<double> sample(-255, 255);
-    for (const int levels : {3, 4}) {
-        std::vector<double> plane(kPlaneValues);
+    std::array<std::vector<double>, 3> sources;
+    ReferencePlanes planes;
+    for (std::size_t p = 0; p < 3; ++p) {
+        std::vector<double> plane(tools::kPlaneValues);
         for (double& value : plane) value = sample(random);
-        const std::vector<double> source = plane;
-        tools::ForwardDwt(std::span<double, kPlaneValues>(plane.data(), kPlaneValues), levels);
-        for (int level = levels - 1; level >= 0; --level) {
-            SynthesiseRegion(plane, static_cast<std::size_t>(level_width[level]),
-                             static_cast<std::size_t>(level_height[level]));
-        }
-        for (std::size_t i = 0; i < kPlaneValues; ++i) ASSERT_NEAR(plane[i], source[i], 1e-3) << i;
+        sources[p] = plane;
+        tools::ForwardDwt(std::span<double, tools::kPlaneValues>(plane.data(), tools::kPlaneValues),
+                          p == 0 ? 3 : 4);
+        planes.planes[p].assign(plane.begin(), plane.end());
+    }
+    ReferenceInverseDwt(planes);
+    for (std::size_t p = 0; p < 3; ++p) {
+        for (std::size_t i = 0; i < tools::kPlaneValues; ++i)
+            ASSERT_NEAR(planes.planes[p][i], sources[p][i], 2e-3) << "plane " << p << " at " << i;
     }
 }
 
-// Wrong signs or swapped filters can still reconstruct if both directions have them; these cannot.
 TEST(ForwardDwt, SeparatesSlowFromFast) {
     std::array<double, 80> flat;
     flat.fill(100);

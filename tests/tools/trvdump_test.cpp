@@ -10,10 +10,13 @@
 #include <QJsonObject>
 #include <set>
 
+#include "playback/message_format.h"
 #include "tests/tools/run_tool.h"
 #include "video/vdec.h"
 
 namespace {
+
+using Bytes = std::vector<uint8_t>;
 
 QJsonDocument ParseJson(const std::string& text) {
     QJsonParseError error;
@@ -23,7 +26,7 @@ QJsonDocument ParseJson(const std::string& text) {
 }
 
 QJsonArray ExpectedSamples() {
-    const std::vector<uint8_t> bytes = ReadBytes(Sample("expected.json"));
+    const Bytes bytes = ReadBytes(Sample("expected.json"));
     return ParseJson(std::string(bytes.begin(), bytes.end())).array();
 }
 
@@ -37,15 +40,9 @@ std::set<std::string> OddCodes(const std::string& path) {
     return codes;
 }
 
-uint32_t LittleEndianAt(const std::vector<uint8_t>& bytes, std::size_t at, unsigned count) {
-    uint32_t value = 0;
-    for (unsigned i = 0; i < count; ++i) value |= static_cast<uint32_t>(bytes.at(at + i)) << (8 * i);
-    return value;
-}
-
 // A payload of the head alone, with the counts and first skip flags given; its codes are missing.
-std::vector<uint8_t> HeadOnly(uint32_t coarse_count, uint32_t fine_count, uint8_t first_flags) {
-    std::vector<uint8_t> payload(42, 0xFF);
+Bytes HeadOnly(uint32_t coarse_count, uint32_t fine_count, uint8_t first_flags) {
+    Bytes payload(42, 0xFF);
     const uint32_t word = coarse_count | fine_count << 15;
     for (std::size_t i = 0; i < 4; ++i) payload[i] = static_cast<uint8_t>(word >> (8 * i));
     payload[4] = first_flags;
@@ -68,10 +65,10 @@ TEST(TrvdumpSamples, DecodeToTheExpectedDigests) {
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.err, "");
 
-        const std::vector<uint8_t> pcm = ReadBytes(folder.Path("s.raw"));
+        const Bytes pcm = ReadBytes(folder.Path("s.raw"));
         EXPECT_EQ(Sha256(pcm), sample["pcm_sha256"].toString().toStdString());
 
-        const std::vector<uint8_t> wav = ReadBytes(folder.Path("s.wav"));
+        const Bytes wav = ReadBytes(folder.Path("s.wav"));
         ASSERT_EQ(wav.size(), pcm.size() + 44);
         EXPECT_TRUE(std::equal(pcm.begin(), pcm.end(), wav.begin() + 44));
 
@@ -145,24 +142,17 @@ TEST(TrvdumpSamples, OwnMessagesAreWhole) {
     }
 }
 
-TEST(TrvdumpSound, WavHeaderFieldsAreRight) {
+TEST(TrvdumpSound, WavFilesSayWhatTheyHold) {
     const TestFolder folder;
     ASSERT_EQ(RunTrvdump({"--wav", folder.Path("s.wav"), Sample("greeting-voice.trv")}).status, 0);
-    const std::vector<uint8_t> wav = ReadBytes(folder.Path("s.wav"));
-    const uint32_t data = 540 * 320;
-    ASSERT_EQ(wav.size(), data + 44);
-    EXPECT_EQ(std::string(wav.begin(), wav.begin() + 4), "RIFF");
-    EXPECT_EQ(LittleEndianAt(wav, 4, 4), data + 36);
-    EXPECT_EQ(std::string(wav.begin() + 8, wav.begin() + 16), "WAVEfmt ");
-    EXPECT_EQ(LittleEndianAt(wav, 16, 4), 16U);
-    EXPECT_EQ(LittleEndianAt(wav, 20, 2), 1U);      // PCM
-    EXPECT_EQ(LittleEndianAt(wav, 22, 2), 1U);      // channels
-    EXPECT_EQ(LittleEndianAt(wav, 24, 4), 8000U);   // samples per second
-    EXPECT_EQ(LittleEndianAt(wav, 28, 4), 16000U);  // bytes per second
-    EXPECT_EQ(LittleEndianAt(wav, 32, 2), 2U);      // bytes per sample
-    EXPECT_EQ(LittleEndianAt(wav, 34, 2), 16U);     // bits per sample
-    EXPECT_EQ(std::string(wav.begin() + 36, wav.begin() + 40), "data");
-    EXPECT_EQ(LittleEndianAt(wav, 40, 4), data);
+    const Bytes wav = ReadBytes(folder.Path("s.wav"));
+    // 540 frames of 320 bytes: 172800, 0x2A300. PCM, one channel, 8000 samples and 16000 bytes a second, 2
+    // bytes and 16 bits a sample.
+    const Bytes header = {'R', 'I', 'F', 'F', 0x24, 0xA3, 2,   0,   'W', 'A',  'V',  'E',  'f', 'm',  't',
+                          ' ', 16,  0,   0,   0,    1,    0,   1,   0,   0x40, 0x1F, 0,    0,   0x80, 0x3E,
+                          0,   0,   2,   0,   16,   0,    'd', 'a', 't', 'a',  0x00, 0xA3, 2,   0};
+    ASSERT_EQ(wav.size(), header.size() + 172800);
+    EXPECT_TRUE(std::equal(header.begin(), header.end(), wav.begin()));
 
     // On standard output, which cannot be gone back in, it is the same.
     const ToolRun run = RunTrvdump({"--wav", "-", Sample("greeting-voice.trv")});
@@ -174,7 +164,7 @@ TEST(TrvdumpPictures, PngIsUprightAndHasTheDecodersColours) {
     const TestFolder folder;
     const std::string out = folder.Path("pictures");
     ASSERT_EQ(RunTrvdump({"--png", out, "--bgr", out, Sample("greeting-video.trv")}).status, 0);
-    const std::vector<uint8_t> bgr = ReadBytes(out + "/picture-0032.bgr");
+    const Bytes bgr = ReadBytes(out + "/picture-0032.bgr");
     const QImage png(QString::fromStdString(out + "/picture-0032.png"));
     ASSERT_EQ(png.size(), QSize(kPictureWidth, kPictureHeight));
     ASSERT_EQ(bgr.size(), kPictureBytes);
@@ -200,7 +190,7 @@ TEST(TrvdumpPictures, QualityReachesTheDecoder) {
 
 TEST(TrvdumpPictures, VoiceOnlyMessageGivesNoneAsInThePlayer) {
     const TestFolder folder;
-    std::vector<uint8_t> message = MessageHeader(0, 10);
+    Bytes message = MessageHeader(0, 10);
     AppendVideo(message, 42, HeadOnly(0, 0, 0xFF));
     AppendSpeech(message, 0);
     WriteBytes(folder.Path("m.trv"), message);
@@ -214,23 +204,17 @@ TEST(TrvdumpPictures, VoiceOnlyMessageGivesNoneAsInThePlayer) {
 
 TEST(TrvdumpFailures, FilesThatAreNoMessage) {
     const TestFolder folder;
-    const std::vector<uint8_t> whole = MessageHeader(0, 0);
-    std::vector<uint8_t> wrong_magic = whole;
-    wrong_magic[0] = 't';
-    std::vector<uint8_t> wrong_version = whole;
-    wrong_version[7] = '2';
+    Bytes no_count = MessageHeader(0, 0);
+    no_count.pop_back();
     const struct {
         const char* name;
-        std::vector<uint8_t> bytes;
+        Bytes bytes;
         const char* complaint;
     } cases[] = {
         {"empty", {}, "TRV01.01"},
-        {"short", {whole.begin(), whole.begin() + 7}, "TRV01.01"},
-        {"lower-case", wrong_magic, "TRV01.01"},
-        {"other-version", wrong_version, "TRV01.01"},
-        {"no-rate", {whole.begin(), whole.begin() + 8}, "video rate"},
+        {"no-rate", Bytes(std::begin(kMessageMagic), std::end(kMessageMagic)), "video rate"},
         {"rate-6", MessageHeader(6, 0), "video rate 6"},
-        {"no-count", {whole.begin(), whole.begin() + 12}, "frame count"},
+        {"no-count", no_count, "frame count"},
     };
     for (const auto& c : cases) {
         const std::string path = folder.Path(c.name);
@@ -302,114 +286,59 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
 }
 
 TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
-    std::vector<uint8_t> good = MessageHeader(1, 10);
-    const std::vector<uint8_t> video = ReadBytes(Sample("greeting-video.trv"));
+    Bytes good = MessageHeader(1, 10);
+    const Bytes video = ReadBytes(Sample("greeting-video.trv"));
     ASSERT_EQ(video[13], 1U);
-    const std::size_t first_length = LittleEndianAt(video, 14, 2);
-    const std::vector<uint8_t> payload(video.begin() + 16,
-                                       video.begin() + 16 + static_cast<std::ptrdiff_t>(first_length));
+    const std::size_t first_length = video[14] + 256U * video[15];
+    const Bytes payload(video.begin() + 16, video.begin() + 16 + static_cast<std::ptrdiff_t>(first_length));
+    const auto with_video = [&](unsigned length, const Bytes& bytes) {
+        Bytes message = good;
+        AppendVideo(message, length, bytes);
+        return message;
+    };
     AppendVideo(good, static_cast<unsigned>(payload.size()), payload);
     AppendSpeech(good, 0x55);
+    const auto size = static_cast<unsigned>(payload.size());
+    Bytes padded = payload;
+    padded.resize(16384);
+    Bytes wrong_count = good, stray = good, cut_length = good, in_voice = good;
+    wrong_count[9] = 11;
+    stray.insert(stray.begin() + 13, {7, 255});
+    cut_length.insert(cut_length.end(), {1, 0});
+    in_voice[8] = 0;
+    Bytes negative = with_video(0x8000, payload);
+    negative[9] = 20;
+    AppendSpeech(negative, 0);
 
     const struct {
         const char* name;
         std::set<std::string> codes;
-        std::vector<uint8_t> (*make)(std::vector<uint8_t> good, const std::vector<uint8_t>& payload);
+        Bytes message;
     } cases[] = {
-        {"nothing", {}, [](auto m, const auto&) { return m; }},
-        {"wrong count",
-         {"frame-count"},
-         [](auto m, const auto&) {
-             m[9] = 11;
-             return m;
-         }},
-        {"stray bytes",
-         {"passed-over"},
-         [](auto m, const auto&) {
-             m.insert(m.begin() + 13, {7, 255});
-             return m;
-         }},
-        {"cut speech",
-         {"partial-record", "frame-count"},
-         [](auto m, const auto&) {
-             m.pop_back();
-             return m;
-         }},
-        {"cut video",
-         {"partial-record"},
-         [](auto m, const auto& p) {
-             AppendVideo(m, static_cast<unsigned>(p.size()) + 1, p);
-             return m;
-         }},
-        {"cut length",
-         {"partial-record"},
-         [](auto m, const auto&) {
-             m.insert(m.end(), {1, 0});
-             return m;
-         }},
-        {"16385 bytes",
-         {"oversized-length"},
-         [](auto m, const auto&) {
-             AppendVideo(m, 16385, std::vector<uint8_t>(16385));
-             return m;
-         }},
-        {"negative length",
-         {"oversized-length", "frame-count"},
-         [](auto m, const auto& p) {
-             AppendVideo(m, 0x8000, p);
-             m[9] = 20;
-             AppendSpeech(m, 0);
-             return m;
-         }},
-        {"largest length",
-         {},
-         [](auto m, const auto& p) {
-             auto padded = p;
-             padded.resize(16384);
-             AppendVideo(m, 16384, padded);
-             return m;
-         }},
-        {"short payload",
-         {"payload-short"},
-         [](auto m, const auto& p) {
-             AppendVideo(m, static_cast<unsigned>(p.size()) - 1, {p.begin(), p.end() - 1});
-             return m;
-         }},
-        {"empty payload",
-         {"payload-short"},
-         [](auto m, const auto&) {
-             AppendVideo(m, 0, {});
-             return m;
-         }},
+        {"nothing", {}, good},
+        {"wrong count", {"frame-count"}, wrong_count},
+        {"stray bytes", {"passed-over"}, stray},
+        {"cut speech", {"partial-record", "frame-count"}, {good.begin(), good.end() - 1}},
+        {"cut video", {"partial-record"}, with_video(size + 1, payload)},
+        {"cut length", {"partial-record"}, cut_length},
+        {"16385 bytes", {"oversized-length"}, with_video(16385, Bytes(16385))},
+        {"negative length", {"oversized-length", "frame-count"}, negative},
+        {"largest length", {}, with_video(16384, padded)},
+        {"short payload", {"payload-short"}, with_video(size - 1, {payload.begin(), payload.end() - 1})},
+        {"empty payload", {"payload-short"}, with_video(0, {})},
         {"counts beyond the store",
          {"counts-out-of-range", "counts-disagree", "payload-short"},
-         [](auto m, const auto&) {
-             AppendVideo(m, 42, HeadOnly(3601, 9601, 0xFF));
-             return m;
-         }},
+         with_video(42, HeadOnly(3601, 9601, 0xFF))},
         {"counts beside the flags",
          {"counts-disagree", "payload-short"},
-         [](auto m, const auto&) {
-             AppendVideo(m, 42, HeadOnly(12, 32, 0xFC));
-             return m;
-         }},
-        {"pictures in a voice message",
-         {"pictures-in-voice"},
-         [](auto m, const auto&) {
-             m[8] = 0;
-             return m;
-         }},
-        {"no pictures in a video message",
-         {"no-pictures"},
-         [](auto, const auto&) {
-             auto m = MessageHeader(5, 0);
-             return m;
-         }},
+         with_video(42, HeadOnly(12, 32, 0xFC))},
+        {"pictures in a voice message", {"pictures-in-voice"}, in_voice},
+        {"no pictures in a video message", {"no-pictures"}, MessageHeader(5, 0)},
     };
     const TestFolder folder;
     const std::string path = folder.Path("m.trv");
     for (const auto& c : cases) {
-        WriteBytes(path, c.make(good, payload));
+        WriteBytes(path, c.message);
         EXPECT_EQ(OddCodes(path), c.codes) << c.name;
         // People are told as well.
         const ToolRun run = RunTrvdump({path});
