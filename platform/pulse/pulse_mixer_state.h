@@ -17,7 +17,7 @@
 #include "platform/sound/mixer_driver.h"
 
 // Any thread, the lock not held, unless it says otherwise.
-class PulseMixerState : private ConnectionWatcher {
+class PulseMixerState final : private ConnectionWatcher {
 public:
     explicit PulseMixerState(std::shared_ptr<PulseConnection> connection);
     ~PulseMixerState() override;
