@@ -25,7 +25,6 @@ using Clock = std::chrono::steady_clock;
 constexpr UINT_PTR kStepTimer = 1;
 constexpr UINT kPlayMs = 15;     // between steps; the message queue runs meanwhile
 constexpr UINT kAnswerMs = 300;  // for sound to flow before the server is stopped
-constexpr int kRoundsPerOpen = 10;
 
 struct Times {
     const char* what;
@@ -138,8 +137,7 @@ int main(int argc, char** argv) {
     }
     PrivateServer server;  // first: it sets this process's environment
     const int nRounds = argc > 2 ? std::atoi(argv[2]) : 1000;
-    g_pDialog =
-        std::make_unique<CBenchDlg>(server, argv[1], std::max(nRounds / kRoundsPerOpen, 1) * kRoundsPerOpen);
+    g_pDialog = std::make_unique<CBenchDlg>(server, argv[1], std::max(nRounds, 1));
     UseSystemSound();
     UsePlayerResources();
     return AfxWinMain(argc, argv);
