@@ -58,28 +58,13 @@ protected:
 };
 
 TEST_F(Waveform, GridIsAnchoredAtTheRightEdgeInsideItsFrame) {
-    const struct {
-        int x, y;
-        COLORREF color;
-        const char* what;
-    } cases[] = {
-        {0, 0, kBlack, "margin"},
-        {3, 4, kBlack, "left of the frame"},
-        {98, 57, kBlack, "right of the frame"},
-        {50, 58, kBlack, "under the frame"},
-        {4, 4, kGrid, "top left corner"},
-        {97, 4, kGrid, "top right corner"},
-        {97, 57, kGrid, "bottom right corner"},
-        {4, 57, kGrid, "bottom left corner"},
-        {50, 14, kGrid, "first row"},
-        {50, 44, kGrid, "last row"},
-        {50, 54, kBlack, "no fifth row"},
-        {86, 30, kGrid, "first column from the right"},
-        {16, 30, kGrid, "last column"},
-        {6, 30, kBlack, "no column beyond it"},
-        {85, 30, kBlack, "between columns"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Pixel(c.x, c.y), c.color) << c.what;
+    // The corners of the frame, the first and the last row and column.
+    for (const auto& [x, y] :
+         {std::pair(4, 4), {97, 4}, {97, 57}, {4, 57}, {50, 14}, {50, 44}, {86, 30}, {16, 30}})
+        EXPECT_EQ(Pixel(x, y), kGrid) << x << ", " << y;
+    // The margins, where a fifth row and a column beyond the last would be, and between columns.
+    for (const auto& [x, y] : {std::pair(0, 0), {3, 4}, {98, 57}, {50, 58}, {50, 54}, {6, 30}, {85, 30}})
+        EXPECT_EQ(Pixel(x, y), kBlack) << x << ", " << y;
 }
 
 TEST_F(Waveform, FirstSegmentRisesFromTheBottomAndScrollsOnWithoutAGap) {
@@ -131,13 +116,10 @@ TEST_F(Waveform, ResetClearsTheTraceButGoesOnFromTheLastValue) {
 
 TEST_F(Waveform, RefusedRangesChangeNothing) {
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-    const struct {
-        float lower, upper;
-    } refused[] = {{1.0F, 0.5F}, {-3.0F, -1.0F}, {kNan, 1.0F}, {0.0F, kNan}};
-    for (const auto& c : refused) {
+    for (const auto& [lower, upper] : {std::pair(1.0F, 0.5F), {-3.0F, -1.0F}, {kNan, 1.0F}, {0.0F, kNan}}) {
         Scribble(m_wave);
-        m_wave.SetRange(c.lower, c.upper, TRUE);
-        EXPECT_FALSE(Repainted()) << c.lower << " to " << c.upper;
+        m_wave.SetRange(lower, upper, TRUE);
+        EXPECT_FALSE(Repainted()) << lower << " to " << upper;
     }
     m_wave.Invalidate();
     EXPECT_EQ(LevelOf(1.0F), 30);
@@ -163,14 +145,12 @@ TEST_F(Waveform, TheLastValueIsKeptWithinANewRange) {
 TEST_F(Waveform, RangesThatGiveNoUsableScaleDrawWithinTheWindow) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     constexpr float kMax = std::numeric_limits<float>::max();
-    const struct {
-        float lower, upper;
-    } ranges[] = {{1.0F, 1.0F}, {-kInfinity, kInfinity}, {-kMax, kMax}, {0.0F, 1e-30F}, {0.0F, kInfinity}};
-    for (const auto& r : ranges) {
-        m_wave.SetRange(r.lower, r.upper, TRUE);
+    for (const auto& [lower, upper] :
+         {std::pair(1.0F, 1.0F), {-kInfinity, kInfinity}, {-kMax, kMax}, {0.0F, 1e-30F}, {0.0F, kInfinity}}) {
+        m_wave.SetRange(lower, upper, TRUE);
         for (const float value : {0.5F, -kMax, kMax, 1.0F}) m_wave.AppendPoint(value);
-        EXPECT_EQ(Pixel(1, 1), kBlack) << r.lower << " to " << r.upper;
-        EXPECT_EQ(Pixel(86, 1), kBlack) << r.lower << " to " << r.upper;
+        EXPECT_EQ(Pixel(1, 1), kBlack) << lower << " to " << upper;
+        EXPECT_EQ(Pixel(86, 1), kBlack) << lower << " to " << upper;
     }
 }
 
