@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <numbers>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,34 +41,15 @@ bool EventuallySays(const std::vector<std::string>& words, const std::vector<std
 const std::vector<std::string> kSinkVolume{"get-sink-volume", "test"};
 const std::vector<std::string> kStreams{"list", "sink-inputs"};
 
-// A tone's blocks, played over and over.
-class Tone {
-public:
-    Tone(HWAVEOUT handle, double amplitude) : m_handle(handle), m_samples(kBlockSamples * 50), m_headers(50) {
-        for (std::size_t i = 0; i < m_samples.size(); ++i)
-            m_samples[i] = static_cast<std::int16_t>(
-                std::lround(amplitude * std::sin(static_cast<double>(i) * 0.25 * 3.14159265358979)));
-        for (std::size_t i = 0; i < m_headers.size(); ++i) {
-            m_headers[i].lpData = reinterpret_cast<char*>(&m_samples[i * kBlockSamples]);
-            m_headers[i].dwBufferLength = kBlockSamples * sizeof(std::int16_t);
-            waveOutPrepareHeader(m_handle, &m_headers[i], sizeof(WAVEHDR));
-        }
+// A second of a tone.
+std::vector<std::int16_t> Tone() {
+    std::vector<std::int16_t> samples(kBlockSamples * 50);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double phase = static_cast<double>(i) * 0.25 * std::numbers::pi;
+        samples[i] = static_cast<std::int16_t>(std::lround(16000 * std::sin(phase)));
     }
-
-    ~Tone() { waveOutReset(m_handle); }
-    Tone(const Tone&) = delete;
-    Tone& operator=(const Tone&) = delete;
-
-    // A second of it.
-    void Play() {
-        for (WAVEHDR& header : m_headers) waveOutWrite(m_handle, &header, sizeof header);
-    }
-
-private:
-    HWAVEOUT m_handle;
-    std::vector<std::int16_t> m_samples;
-    std::vector<WAVEHDR> m_headers;
-};
+    return samples;
+}
 
 class PulseMixer : public testing::Test {
 protected:
@@ -107,6 +89,11 @@ protected:
 
     void OpenWave() { ASSERT_EQ(OpenVoice(m_wave), MMSYSERR_NOERROR); }
 
+    void PlayTone() {
+        waveOutReset(m_wave);
+        for (std::size_t i = 0; i < m_tone.Count(); ++i) m_tone.Write(m_wave, i);
+    }
+
     void CloseWave() {
         if (m_wave == nullptr) return;
         waveOutReset(m_wave);
@@ -134,11 +121,8 @@ protected:
     std::unique_ptr<PrivateServer> m_server;
     HMIXER m_mixer = nullptr;
     HWAVEOUT m_wave = nullptr;
-    DWORD m_masterVolume = 0;
-    DWORD m_masterMute = 0;
-    DWORD m_waveVolume = 0;
-    DWORD m_waveMute = 0;
-    DWORD m_peak = 0;
+    DWORD m_masterVolume = 0, m_masterMute = 0, m_waveVolume = 0, m_waveMute = 0, m_peak = 0;
+    Blocks m_tone{Tone()};
 
 private:
     void Find(DWORD line, DWORD type, DWORD& id) {
@@ -274,19 +258,14 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
         }
         return static_cast<double>(level);
     };
-    {
-        Tone tone(m_wave, 16000);
-        tone.Play();
-        EXPECT_NEAR(settle(), 16000, 200);
-        EXPECT_NE(meters(), "");
-    }
+    PlayTone();
+    EXPECT_NEAR(settle(), 16000, 200);
+    EXPECT_NE(meters(), "");
     SetValue(m_mixer, m_waveVolume, 32768);
     std::this_thread::sleep_for(100ms);
-    {
-        Tone tone(m_wave, 16000);
-        tone.Play();
-        EXPECT_NEAR(settle(), 16000 / 8.0, 100) << "half of the way is an eighth of the amplitude";
-    }
+    PlayTone();
+    EXPECT_NEAR(settle(), 16000 / 8.0, 100) << "half of the way is an eighth of the amplitude";
+    waveOutReset(m_wave);
     EXPECT_EQ(settle(), 0) << "silence";
     CloseWave();
     EXPECT_EQ(Value(m_peak), 0U);
@@ -298,8 +277,7 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
     })) << "a meter on the new stream";
     EXPECT_TRUE(Eventually([&] { return meters().empty(); })) << "closed when nobody reads";
 
-    Tone tone(m_wave, 16000);
-    tone.Play();
+    PlayTone();
     const double before = watch::ProcessorMs();
     settle();
     const double used = (watch::ProcessorMs() - before) / 600 * 100;

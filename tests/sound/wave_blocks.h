@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "platform/sound/mmsystem.h"
@@ -23,13 +24,11 @@ inline MMRESULT OpenVoice(HWAVEOUT& handle) {
 
 class Blocks {
 public:
-    explicit Blocks(std::size_t count = 16) : m_samples(count * kBlockSamples), m_headers(count) {
-        std::uint32_t state = 1;
-        for (std::int16_t& sample : m_samples) {
-            state = state * 1664525U + 1013904223U;
-            sample = static_cast<std::int16_t>(state >> 18U | 1U);
-        }
-        for (std::size_t i = 0; i < count; ++i) {
+    explicit Blocks(std::size_t count = 16) : Blocks(Named(count * kBlockSamples)) {}
+    // Blocks of these samples, a whole number of blocks.
+    explicit Blocks(std::vector<std::int16_t> samples)
+        : m_samples(std::move(samples)), m_headers(m_samples.size() / kBlockSamples) {
+        for (std::size_t i = 0; i < m_headers.size(); ++i) {
             m_headers[i].lpData = reinterpret_cast<char*>(&m_samples[i * kBlockSamples]);
             m_headers[i].dwBufferLength = kBlockSamples * sizeof(std::int16_t);
         }
@@ -53,6 +52,16 @@ public:
     }
 
 private:
+    static std::vector<std::int16_t> Named(std::size_t count) {
+        std::vector<std::int16_t> samples(count);
+        std::uint32_t state = 1;
+        for (std::int16_t& sample : samples) {
+            state = state * 1664525U + 1013904223U;
+            sample = static_cast<std::int16_t>(state >> 18U | 1U);
+        }
+        return samples;
+    }
+
     std::vector<std::int16_t> m_samples;
     std::vector<WAVEHDR> m_headers;
 };

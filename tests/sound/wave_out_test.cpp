@@ -48,29 +48,34 @@ std::vector<WAVEHDR*> DoneHeaders(HWAVEOUT handle) {
 }
 
 TEST_F(WaveOut, OpenRefusesWhatItCannotPlay) {
-    struct Case {
+    const WAVEFORMATEX good = VoiceFormat();
+    WAVEFORMATEX stereo = good, eight_bits = good, no_rate = good, not_pcm = good, bytes_disagree = good;
+    stereo.nChannels = 2;
+    eight_bits.wBitsPerSample = 8;
+    no_rate.nSamplesPerSec = 0;
+    not_pcm.wFormatTag = 49;
+    bytes_disagree.nAvgBytesPerSec = 8000;
+    const auto window = reinterpret_cast<DWORD_PTR>(kWindow);
+    const struct {
         const char* what;
         MMRESULT expected;
-        void (*change)(WAVEFORMATEX& format, UINT& device, DWORD_PTR& window, DWORD& flags);
+        WAVEFORMATEX format;
+        UINT device;
+        DWORD_PTR window;
+        DWORD flags;
+    } cases[] = {
+        {"stereo", WAVERR_BADFORMAT, stereo, WAVE_MAPPER, window, CALLBACK_WINDOW},
+        {"8 bits", WAVERR_BADFORMAT, eight_bits, WAVE_MAPPER, window, CALLBACK_WINDOW},
+        {"no rate", WAVERR_BADFORMAT, no_rate, WAVE_MAPPER, window, CALLBACK_WINDOW},
+        {"not PCM", WAVERR_BADFORMAT, not_pcm, WAVE_MAPPER, window, CALLBACK_WINDOW},
+        {"bytes disagree", WAVERR_BADFORMAT, bytes_disagree, WAVE_MAPPER, window, CALLBACK_WINDOW},
+        {"device 1", MMSYSERR_BADDEVICEID, good, 1, window, CALLBACK_WINDOW},
+        {"function callback", MMSYSERR_INVALFLAG, good, WAVE_MAPPER, window, 0x30000},
+        {"no such window", MMSYSERR_INVALPARAM, good, WAVE_MAPPER, 12345, CALLBACK_WINDOW},
     };
-    const Case cases[] = {
-        {"stereo", WAVERR_BADFORMAT, [](auto& f, auto&, auto&, auto&) { f.nChannels = 2; }},
-        {"8 bits", WAVERR_BADFORMAT, [](auto& f, auto&, auto&, auto&) { f.wBitsPerSample = 8; }},
-        {"no rate", WAVERR_BADFORMAT, [](auto& f, auto&, auto&, auto&) { f.nSamplesPerSec = 0; }},
-        {"not PCM", WAVERR_BADFORMAT, [](auto& f, auto&, auto&, auto&) { f.wFormatTag = 49; }},
-        {"bytes disagree", WAVERR_BADFORMAT, [](auto& f, auto&, auto&, auto&) { f.nAvgBytesPerSec = 8000; }},
-        {"device 1", MMSYSERR_BADDEVICEID, [](auto&, auto& d, auto&, auto&) { d = 1; }},
-        {"function callback", MMSYSERR_INVALFLAG, [](auto&, auto&, auto&, auto& fl) { fl = 0x30000; }},
-        {"no such window", MMSYSERR_INVALPARAM, [](auto&, auto&, auto& w, auto&) { w = 12345; }},
-    };
-    for (const Case& c : cases) {
-        WAVEFORMATEX format = VoiceFormat();
-        UINT device = WAVE_MAPPER;
-        DWORD_PTR window = reinterpret_cast<DWORD_PTR>(kWindow);
-        DWORD flags = CALLBACK_WINDOW;
-        c.change(format, device, window, flags);
+    for (const auto& c : cases) {
         HWAVEOUT handle = nullptr;
-        EXPECT_EQ(waveOutOpen(&handle, device, &format, window, 0, flags), c.expected) << c.what;
+        EXPECT_EQ(waveOutOpen(&handle, c.device, &c.format, c.window, 0, c.flags), c.expected) << c.what;
         EXPECT_EQ(handle, nullptr) << c.what;
     }
     m_driver->SetOpenResult(MMSYSERR_ALLOCATED);
@@ -135,14 +140,12 @@ TEST_F(WaveOut, BlocksAreDoneInOrderWhenTheirLastSampleIsHeard) {
     EXPECT_TRUE(TakePosted().empty()) << "paused";
 
     waveOutRestart(m_handle);
-    struct Step {
-        unsigned ms;
-        std::vector<std::size_t> done;
-    };
-    for (const Step& step : {Step{19, {}}, {1, {0}}, {39, {1}}, {1, {2}}, {1000, {3, 4}}}) {
-        m_driver->Advance(step.ms);
+    const std::pair<unsigned, std::vector<std::size_t>> steps[] = {
+        {19, {}}, {1, {0}}, {39, {1}}, {1, {2}}, {1000, {3, 4}}};
+    for (const auto& [ms, done] : steps) {
+        m_driver->Advance(ms);
         std::vector<WAVEHDR*> expected;
-        for (const std::size_t i : step.done) expected.push_back(&m_blocks.Header(i));
+        for (const std::size_t i : done) expected.push_back(&m_blocks.Header(i));
         EXPECT_EQ(DoneHeaders(m_handle), expected);
     }
 
@@ -160,12 +163,10 @@ TEST_F(WaveOut, ResetHandsEveryBlockBackOnceAndTheNextPlaysFromItsStart) {
     for (std::size_t i = 0; i < 4; ++i) m_blocks.Write(m_handle, i);
     m_driver->Advance(30);
     waveOutReset(m_handle);
-    waveOutPause(m_handle);
-    const std::vector<WAVEHDR*> expected{&m_blocks.Header(0), &m_blocks.Header(1), &m_blocks.Header(2),
-                                         &m_blocks.Header(3)};
-    EXPECT_EQ(DoneHeaders(m_handle), expected);
+    EXPECT_EQ(DoneHeaders(m_handle), (std::vector<WAVEHDR*>{&m_blocks.Header(0), &m_blocks.Header(1),
+                                                            &m_blocks.Header(2), &m_blocks.Header(3)}));
+    EXPECT_TRUE(m_driver->IsRunning());
     for (std::size_t i = 1; i < 4; ++i) m_blocks.Write(m_handle, i);
-    waveOutRestart(m_handle);
     m_driver->Advance(60);
     EXPECT_EQ(DoneHeaders(m_handle).size(), 3U);
 
@@ -175,16 +176,6 @@ TEST_F(WaveOut, ResetHandsEveryBlockBackOnceAndTheNextPlaysFromItsStart) {
     heard.insert(heard.end(), half.begin(), half.begin() + 80);
     heard.insert(heard.end(), again.begin(), again.end());
     EXPECT_EQ(m_driver->Heard(), heard);
-}
-
-TEST_F(WaveOut, AResetRunningOutputSoundsWithTheNextBlock) {
-    Open();
-    m_blocks.Write(m_handle, 0);
-    waveOutReset(m_handle);
-    EXPECT_TRUE(m_driver->IsRunning());
-    m_blocks.Write(m_handle, 1);
-    m_driver->Advance(20);
-    EXPECT_EQ(m_driver->Heard(), m_blocks.Samples(1, 2));
 }
 
 TEST_F(WaveOut, HoldsFiveHundredAndTwelveBlocksAndRefusesTheNext) {
@@ -202,27 +193,24 @@ TEST_F(WaveOut, HoldsFiveHundredAndTwelveBlocksAndRefusesTheNext) {
     m_handle = nullptr;
 }
 
-TEST_F(WaveOut, SimulatedFaults) {
+TEST_F(WaveOut, ServersMayBeSlowHangAndGo) {
     Open();
-    for (std::size_t i = 0; i < 10; ++i) m_blocks.Write(m_handle, i);
+    for (std::size_t i = 0; i < 3; ++i) m_blocks.Write(m_handle, i);
     m_driver->SetSpeed(50);
     m_driver->Advance(40);
-    EXPECT_EQ(DoneHeaders(m_handle).size(), 1U) << "half as fast";
     m_driver->SetSpeed(0);
     m_driver->Advance(1000);
-    EXPECT_TRUE(TakePosted().empty()) << "hangs";
+    EXPECT_EQ(DoneHeaders(m_handle).size(), 1U);
     m_driver->SetSpeed(100);
     m_driver->FailMidPlay();
     m_driver->Advance(40);
-    EXPECT_EQ(DoneHeaders(m_handle).size(), 2U) << "without a server the clock goes on";
+    EXPECT_EQ(DoneHeaders(m_handle).size(), 2U) << "the clock goes on";
     EXPECT_EQ(m_driver->Heard(), m_blocks.Samples(0, 1)) << "but nothing is heard";
-    waveOutReset(m_handle);
     waveOutClose(m_handle);
     Open();
-    m_blocks.Write(m_handle, 0);
-    m_driver->ForgetHeard();
+    m_blocks.Write(m_handle, 1);
     m_driver->Advance(20);
-    EXPECT_EQ(m_driver->Heard(), m_blocks.Samples(0, 1)) << "a server again";
+    EXPECT_EQ(m_driver->Heard(), m_blocks.Samples(0, 2)) << "a server again";
 }
 
 // The clock's thread and the thread that resets post at the same time: every block is still notified once
