@@ -228,7 +228,7 @@ def main():
     parser.add_argument("--build", default=os.path.join(HERE, "..", "build", "bench"))
     parser.add_argument("--rounds", type=int, default=15)
     parser.add_argument("--seconds", type=int, default=60)
-    parser.add_argument("--speed", type=int, default=20)
+    parser.add_argument("--speed", type=int, default=60)
     parser.add_argument("what", nargs="+", choices=[*WHAT, "all"])
     options = parser.parse_args()
     options.build = os.path.abspath(options.build)

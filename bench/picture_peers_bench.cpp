@@ -203,14 +203,23 @@ void Vdec(benchmark::State& state, const Set& set) {
     });
 }
 
+// Where rows start at a multiple of 32 bytes libjpeg-turbo writes past the caches, which costs it a third
+// more here; so it gets a place between.
+uint8_t* JpegTarget(Bytes& memory) {
+    memory.resize(kPictureBytes + 64);
+    const size_t past = reinterpret_cast<uintptr_t>(memory.data()) % 32;
+    return memory.data() + (past <= 16 ? 16 - past : 48 - past);
+}
+
 void JpegToBgr(benchmark::State& state, const std::vector<Bytes>& jpegs) {
     const tjhandle decompressor = tjInitDecompress();
-    Bytes bgr(kPictureBytes);
+    Bytes memory;
+    uint8_t* const bgr = JpegTarget(memory);
     Run(state, jpegs, [&](const Bytes& data) {
-        if (tjDecompress2(decompressor, data.data(), data.size(), bgr.data(), kPictureWidth, 0,
-                          kPictureHeight, TJPF_BGR, TJFLAG_BOTTOMUP) != 0)
+        if (tjDecompress2(decompressor, data.data(), data.size(), bgr, kPictureWidth, 0, kPictureHeight,
+                          TJPF_BGR, TJFLAG_BOTTOMUP) != 0)
             Fail(tjGetErrorStr2(decompressor));
-        benchmark::DoNotOptimize(bgr.data());
+        benchmark::DoNotOptimize(*bgr);
     });
     tjDestroy(decompressor);
 }
