@@ -13,16 +13,6 @@
 
 namespace {
 
-// Hears of the reader's end.
-class Owner : public CDialog {
-public:
-    int ended = 0;
-    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-        if (message == WM_READER_ENDED) ++ended;
-        return CDialog::WindowProc(message, wParam, lParam);
-    }
-};
-
 class ReaderThread : public PlayerTest {
 protected:
     void SetUp() override {
@@ -62,7 +52,7 @@ protected:
     }
     BOOL HasRoom() const { return HasRoomForRecord(m_video->GetQueuedCount(), m_device->GetQueuedCount()); }
 
-    Owner m_owner;
+    CDialog m_owner;
     std::unique_ptr<CWaveDevice> m_device;
     std::unique_ptr<CVideoWnd> m_video;
     std::FILE* m_file = nullptr;
@@ -92,21 +82,6 @@ TEST_F(ReaderThread, PicturesThatNobodyTakesHoldItUp) {
     m_video->ShowNextFrame();
     m_gate.OnShorterQueue([this] { return HasRoom(); });
     EXPECT_TRUE(HeadlessToolkit::PumpUntil([&] { return m_device->GetQueuedCount() == 100; }));
-}
-
-TEST_F(ReaderThread, EndIsMetAgainUntilRewound) {
-    // Frames after an oversized length must not turn up on a second try either.
-    Start(MessageBuilder(5, 20).Speech(2).Bytes({1, 1, 0x40}).Speech(2));
-    for (int i = 1; i <= 3; ++i) {
-        m_gate.Run();
-        ASSERT_TRUE(HeadlessToolkit::PumpUntil([&] { return m_owner.ended == i; }));
-        EXPECT_FALSE(m_gate.IsRunning());
-        EXPECT_EQ(m_device->GetQueuedCount(), 20);
-    }
-    m_reader.Rewind(m_file);
-    m_gate.Run();
-    ASSERT_TRUE(HeadlessToolkit::PumpUntil([&] { return m_owner.ended == 4; }));
-    EXPECT_EQ(m_device->GetQueuedCount(), 40);
 }
 
 TEST_F(ReaderThread, IsOutOfItsRecordWhenHaltReturns) {

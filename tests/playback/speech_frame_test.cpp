@@ -74,18 +74,6 @@ TEST_F(SpeechFrame, CarriesEveryParameterToLibgsm) {
     }
 }
 
-TEST_F(SpeechFrame, ComesBackFromLibgsmsLayout) {
-    for (int round = 0; round < 2000; ++round) {
-        Frame frame = RandomFrame();
-        gsm_frame repacked;
-        RepackSpeechFrameForGsm(frame.data(), repacked);
-        Frame back;
-        RepackSpeechFrameFromGsm(repacked, back.data());
-        frame[32] &= 0x0F;
-        ASSERT_EQ(back, frame);
-    }
-}
-
 // One decoder state runs through all frames, and only the samples are written.
 TEST_F(SpeechFrame, DecodesLikeLibgsmFrameAfterFrame) {
     const Gsm other(gsm_create());
