@@ -40,6 +40,17 @@ TEST(Drawing, LinesLeaveOutTheirEndPoint) {
     EXPECT_EQ(c.dc.GetPixel(3, 7), kBlack);
 }
 
+TEST(Drawing, FillsHeedClipAndOrigin) {
+    Canvas c(8, 8);
+    const RECT clip{0, 0, 6, 6};
+    c.dc.IntersectClipRect(&clip);
+    c.dc.SetWindowOrg(10, 20);
+    c.dc.FillSolidRect(12, 22, 20, 20, kRed);
+    c.dc.SetWindowOrg(0, 0);
+    for (int at = 0; at < 8; ++at) EXPECT_EQ(c.dc.GetPixel(at, 5), at >= 2 && at < 6 ? kRed : kBlack) << at;
+    EXPECT_EQ(c.dc.GetPixel(5, 6), kBlack);
+}
+
 TEST(Drawing, AnUnknownRasterOperationIsRefused) {
     Canvas from(4, 4);
     Canvas to(8, 8);
