@@ -311,6 +311,21 @@ int LoadAll() {
 
 constexpr int kEverything = 4 + 1 + 12 + 2;
 
+TEST(Resources, BlocksCutShortLoseWhatIsCutAndNoMore) {
+    const std::vector<Entry> entries = SmallEntries();
+    const Bytes block = Block(entries);
+    for (std::size_t size = 0; size <= block.size(); ++size) {
+        const InUse use(Bytes(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(size)));
+        std::size_t start = 0;
+        for (const Entry& entry : entries) {
+            const std::size_t end = start + 32 + entry.data.size();
+            ASSERT_EQ(resources::Find(entry.type, entry.id).has_value(), end <= size)
+                << entry.type << ", " << entry.id << " at " << size;
+            start = (end + 3) / 4 * 4;
+        }
+    }
+}
+
 // The block says that a resource is shorter than it is: every reader meets its end at every place.
 TEST(Resources, ResourcesCutShortAreNotFound) {
     const std::vector<Entry> entries = SmallEntries();
