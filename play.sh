@@ -59,11 +59,12 @@ has_display() {
 
 # A sound server with more than the sink that a server without a card makes up, or a card to start one for.
 has_sound() {
-    local no_start sink
-    no_start=$(mktemp)
-    echo "autospawn = no" >"$no_start"
-    sink=$(PULSE_CLIENTCONFIG=$no_start timeout 5 pactl get-default-sink 2>/dev/null) || sink=
-    rm -f "$no_start"
+    local probe sink
+    probe=$(mktemp -d)
+    echo "autospawn = no" >"$probe/client.conf"
+    sink=$(PULSE_CLIENTCONFIG=$probe/client.conf PULSE_COOKIE=$probe/cookie \
+        timeout 5 pactl get-default-sink 2>/dev/null) || sink=
+    rm -r "$probe"
     case $sink in
         auto_null | @DEFAULT_SINK@) return 1 ;;
         "") [ "$(id -u)" -ne 0 ] && grep -q '^ *[0-9]' /proc/asound/cards 2>/dev/null ;;
