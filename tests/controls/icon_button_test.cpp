@@ -273,11 +273,11 @@ TEST_F(IconButton, TheTipNamesTheButtonAndShowsWhileTheMouseRests) {
 
     Move(Inside());
     EXPECT_FALSE(QToolTip::isVisible());
-    EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::isVisible(); }, 1500));
+    EXPECT_TRUE(ui_test::PumpUntil([] { return QToolTip::isVisible(); }));
     EXPECT_EQ(QToolTip::text(), text);
     Press();
     Release(Inside());
-    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }, 1500)) << "a press hides it";
+    EXPECT_TRUE(ui_test::PumpUntil([] { return !QToolTip::isVisible(); }, 1500)) << "a press hides it";
 }
 
 }  // namespace

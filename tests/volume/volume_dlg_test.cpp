@@ -122,7 +122,7 @@ TEST_F(VolumeDlg, WhatIsMissingIsDisabledAndStaysUntouched) {
             EXPECT_EQ(m_dlg->GetDlgItem(kControls[i])->IsWindowEnabled() != FALSE, !gone) << i;
         }
         m_dlg->Show();
-        QTest::qWait(120);
+        ui_test::PumpFor(120);
         // An id that no control has, and 0, which a control that was not found has.
         for (const LPARAM id : {99, 0}) SendMessage(m_dlg->GetSafeHwnd(), MM_MIXM_CONTROL_CHANGE, 0, id);
         EXPECT_EQ(Box(IDC_MASTER_MUTE).GetCheck() + Box(IDC_WAVE_MUTE).GetCheck(), 0);
@@ -160,7 +160,7 @@ TEST_F(VolumeDlg, AReadThatFailsLeavesWhatIsShown) {
     m_mixer->Change(Driver::kMasterVolume, 1);
     m_mixer->Change(Driver::kWaveMute, 1);
     m_dlg->Show();
-    QTest::qWait(120);
+    ui_test::PumpFor(120);
     EXPECT_EQ(Slider(IDC_MASTER_VOLUME).GetPos(), 65535 - 40000);
     EXPECT_EQ(Box(IDC_WAVE_MUTE).GetCheck(), 0);
     EXPECT_EQ(LitRows(), 0);
@@ -216,27 +216,25 @@ TEST_F(VolumeDlg, TheBoxesMute) {
 
 TEST_F(VolumeDlg, TheMeterRunsExactlyWhileTheDialogIsShown) {
     Make();
-    const auto reads_grow = [&] {
+    const auto reads_grow = [&](int milliseconds) {
         const unsigned before = m_mixer->Reads();
-        QTest::qWait(150);
-        return m_mixer->Reads() > before;
+        return ui_test::PumpUntil([&] { return m_mixer->Reads() > before; }, milliseconds);
     };
-    EXPECT_FALSE(reads_grow());
+    EXPECT_FALSE(reads_grow(150));
     m_mixer->Change(Driver::kWavePeak, static_cast<DWORD>(-32768));
     m_dlg->Show();
-    EXPECT_TRUE(reads_grow());
+    EXPECT_TRUE(reads_grow(5000));
     const int full = LitRows();
     CRect rect;
     m_dlg->GetDlgItem(IDC_LEVEL_METER)->GetClientRect(rect);
     EXPECT_GT(full, rect.Height() * 8 / 10) << "the lowest reading is as loud as can be";
     m_mixer->Change(Driver::kWavePeak, 16384);
-    QTest::qWait(120);
-    EXPECT_NEAR(LitRows(), full / 2, full / 10 + 1);
+    EXPECT_TRUE(ui_test::PumpUntil([&] { return std::abs(LitRows() - full / 2) <= full / 10 + 1; }))
+        << LitRows();
     m_mixer->Change(Driver::kWavePeak, 0);
-    QTest::qWait(120);
-    EXPECT_EQ(LitRows(), 0);
+    EXPECT_TRUE(ui_test::PumpUntil([&] { return LitRows() == 0; })) << LitRows();
     m_dlg->Hide();
-    EXPECT_FALSE(reads_grow());
+    EXPECT_FALSE(reads_grow(150));
 }
 
 TEST_F(VolumeDlg, ItsCloseBoxHidesItAndTellsTheParent) {
