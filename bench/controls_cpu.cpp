@@ -4,15 +4,13 @@
 // Usage: controls_cpu [SECONDS]    (10 when not given; needs no display with QT_QPA_PLATFORM=offscreen)
 #include <sys/resource.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <iterator>
 
+#include "bench/bench_app.h"
 #include "controls/position_bar.h"
 #include "controls/waveform_wnd.h"
-#include "res/player_resources.h"
-#include "res/resource.h"
 
 namespace {
 
@@ -64,13 +62,11 @@ private:
 
 class CBenchDlg : public CDialog {
 public:
-    BOOL OnInitDialog() override {
-        CDialog::OnInitDialog();
+    void Start() {
         m_panel.Create(IDD_MESSAGE_PANEL, &m_panelFrame);
         m_panel.ShowWindow(SW_SHOW);
         m_spent = ProcessorSeconds();
         SetTimer(kValueTimer, kValueMs);
-        return TRUE;
     }
 
 protected:
@@ -108,23 +104,10 @@ BEGIN_MESSAGE_MAP(CBenchDlg, CDialog)
 ON_WM_TIMER()
 END_MESSAGE_MAP()
 
-class CBenchApp : public CWinApp {
-public:
-    BOOL InitInstance() override {
-        m_pMainWnd = &m_dialog;
-        return m_dialog.Create(IDD_PLAYER_DIALOG);
-    }
-
-private:
-    CBenchDlg m_dialog;
-};
-
-CBenchApp g_app;
+CBenchApp<CBenchDlg> g_app;
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1) g_seconds = std::max(std::atoi(argv[1]), 1);
-    UsePlayerResources();
-    return AfxWinMain(argc, argv);
+    return RunBench(argc, argv, g_seconds);
 }

@@ -7,14 +7,11 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <thread>
 #include <vector>
 
-#include "platform/framework/afxcmn.h"
-#include "res/player_resources.h"
-#include "res/resource.h"
+#include "bench/bench_app.h"
 #include "video/video_wnd.h"
 
 namespace {
@@ -127,25 +124,10 @@ BEGIN_MESSAGE_MAP(CBenchDlg, CDialog)
 ON_WM_TIMER()
 END_MESSAGE_MAP()
 
-class CBenchApp : public CWinApp {
-public:
-    BOOL InitInstance() override {
-        m_pMainWnd = &m_dialog;
-        if (!m_dialog.Create(IDD_PLAYER_DIALOG)) return FALSE;
-        m_dialog.Start();
-        return TRUE;
-    }
-
-private:
-    CBenchDlg m_dialog;
-};
-
-CBenchApp g_app;
+CBenchApp<CBenchDlg> g_app;
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1) g_secondsPerRate = std::max(std::atoi(argv[1]), 1);
-    UsePlayerResources();
-    return AfxWinMain(argc, argv);
+    return RunBench(argc, argv, g_secondsPerRate);
 }
