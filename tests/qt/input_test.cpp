@@ -1,13 +1,12 @@
 // Input from the toolkit as the player's windows hear it.
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QAction>
-#include <QCheckBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QSlider>
 #include <QTest>
 #include <QUrl>
 #include <vector>
@@ -32,10 +31,8 @@ public:
         friend bool operator==(const Command&, const Command&) = default;
     };
     std::vector<Command> commands;
-    std::vector<int> positions;  // of the slider, as it stands when the scroll message comes
     std::vector<UINT> system;
     std::vector<std::string> dropped;
-    CSliderCtrl slider;
 
     QWidget* Top() const { return WidgetOf(m_hWnd)->window(); }
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
@@ -45,9 +42,6 @@ public:
 
 protected:
     DECLARE_MESSAGE_MAP()
-    void OnVScroll(UINT, UINT, CScrollBar* bar) {
-        if (bar->GetSafeHwnd() == slider.GetSafeHwnd()) positions.push_back(slider.GetPos());
-    }
     void OnSysCommand(UINT command, LPARAM) { system.push_back(command); }
     void OnDropFiles(HDROP drop) {
         for (UINT i = 0; i < DragQueryFileCount(drop); ++i) dropped.push_back(DragQueryFile(drop, i).Str());
@@ -57,7 +51,6 @@ protected:
 };
 
 BEGIN_MESSAGE_MAP(Noting, CDialog)
-ON_WM_VSCROLL()
 ON_WM_SYSCOMMAND()
 ON_WM_DROPFILES()
 END_MESSAGE_MAP()
@@ -75,59 +68,6 @@ TEST(Input, MenuItemsAndTheirShortcutsSendTheCommand) {
     QApplication::setActiveWindow(dialog.Top());
     QTest::keyClick(dialog.Top(), Qt::Key_O, Qt::ControlModifier);
     EXPECT_EQ(dialog.commands, (std::vector<Noting::Command>{{ID_FILE_OPEN, 0}, {ID_FILE_OPEN, 0}}));
-}
-
-TEST(Input, TabReachesButtonsAndSpacePressesThem) {
-    Noting dialog(IDD_PLAYER_DIALOG);
-    QApplication::setActiveWindow(dialog.Top());
-    QWidget* first = dialog.Top()->findChild<QAbstractButton*>();
-    first->setFocus();
-    QTest::keyClick(first, Qt::Key_Space);
-    QTest::keyClick(first, Qt::Key_Tab);
-    ASSERT_NE(QApplication::focusWidget(), first);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    EXPECT_EQ(dialog.commands, (std::vector<Noting::Command>{{1000, BN_CLICKED}, {1001, BN_CLICKED}}));
-}
-
-// A vertical trackbar has its minimum at the top, and the keys move the thumb the way they point.
-TEST(Input, SliderKeysMoveTheThumbTheWayTheyPoint) {
-    Noting dialog(IDD_VOLUME);
-    CDataExchange dx(&dialog, FALSE);
-    DDX_Control(&dx, IDC_MASTER_VOLUME, dialog.slider);
-    dialog.slider.SetRange(0, 65535);
-    dialog.slider.SetPos(30000);
-    EXPECT_TRUE(dialog.positions.empty()) << "what the program sets is not told back";
-    auto* widget = qobject_cast<QSlider*>(WidgetOf(dialog.slider.m_hWnd));
-    ASSERT_NE(widget, nullptr);
-    const int at = dialog.slider.GetPos();
-    const struct {
-        Qt::Key key;
-        int direction;
-    } cases[] = {{Qt::Key_Up, -1},   {Qt::Key_Down, 1},    {Qt::Key_Left, -1},
-                 {Qt::Key_Right, 1}, {Qt::Key_PageUp, -1}, {Qt::Key_PageDown, 1}};
-    for (const auto& c : cases) {
-        dialog.slider.SetPos(at);
-        dialog.positions.clear();
-        QTest::keyClick(widget, c.key);
-        ASSERT_EQ(dialog.positions.size(), 1U) << c.key;
-        EXPECT_GT(c.direction * (dialog.positions[0] - at), 0) << c.key;
-    }
-    QTest::keyClick(widget, Qt::Key_Home);
-    EXPECT_EQ(dialog.slider.GetPos(), 0);
-    QTest::keyClick(widget, Qt::Key_End);
-    EXPECT_EQ(dialog.slider.GetPos(), 65535);
-}
-
-TEST(Input, CheckBoxesToggleAndTell) {
-    Noting dialog(IDD_VOLUME);
-    CButton box;
-    CDataExchange dx(&dialog, FALSE);
-    DDX_Control(&dx, IDC_MASTER_MUTE, box);
-    box.SetCheck(1);
-    EXPECT_TRUE(dialog.commands.empty());
-    QTest::mouseClick(WidgetOf(box.m_hWnd), Qt::LeftButton, {}, QPoint(6, 8));
-    EXPECT_EQ(box.GetCheck(), 0);
-    EXPECT_EQ(dialog.commands, (std::vector<Noting::Command>{{IDC_MASTER_MUTE, BN_CLICKED}}));
 }
 
 TEST(Input, TheCloseBoxAsksAndDroppedFilesAreNamed) {

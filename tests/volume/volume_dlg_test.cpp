@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "platform/qt/toolkit.h"
 #include "playback/player_messages.h"
@@ -172,8 +173,8 @@ TEST_F(VolumeDlg, TheTopOfASliderIsLoudestAndTheKeysGoThatWay) {
     const struct {
         Qt::Key key;
         int direction;  // of the volume; 2 all the way
-    } keys[] = {{Qt::Key_Up, 1},        {Qt::Key_Down, -1}, {Qt::Key_PageUp, 1},
-                {Qt::Key_PageDown, -1}, {Qt::Key_Home, 2},  {Qt::Key_End, -2}};
+    } keys[] = {{Qt::Key_Up, 1},   {Qt::Key_Down, -1},  {Qt::Key_PageUp, 1}, {Qt::Key_PageDown, -1},
+                {Qt::Key_Left, 1}, {Qt::Key_Right, -1}, {Qt::Key_Home, 2},   {Qt::Key_End, -2}};
     for (const auto& [slider, control] :
          {std::pair(IDC_MASTER_VOLUME, Driver::kMasterVolume), {IDC_WAVE_VOLUME, Driver::kWaveVolume}}) {
         for (const auto& [key, direction] : keys) {
@@ -197,21 +198,18 @@ TEST_F(VolumeDlg, TheTopOfASliderIsLoudestAndTheKeysGoThatWay) {
 
 TEST_F(VolumeDlg, TheBoxesMute) {
     Make();
-    const auto muted = [&] {
-        return std::pair(m_mixer->Value(Driver::kMasterMute), m_mixer->Value(Driver::kWaveMute));
+    m_dlg->Show();
+    const auto click = [&](int box) {
+        const unsigned writes = m_mixer->Writes();
+        QTest::mouseClick(WidgetOf(Box(box).m_hWnd), Qt::LeftButton, {}, QPoint(6, 8));
+        EXPECT_EQ(m_mixer->Writes(), writes + 1);
+        return std::tuple(Box(box).GetCheck(), m_mixer->Value(Driver::kMasterMute),
+                          m_mixer->Value(Driver::kWaveMute));
     };
-    for (const int check : {1, 0}) {
-        const auto value = static_cast<DWORD>(check);
-        Box(IDC_MASTER_MUTE).SetCheck(check);
-        Command(IDC_MASTER_MUTE);
-        EXPECT_EQ(muted(), std::pair(value, 0U));
-    }
-    for (const int check : {1, 0}) {
-        const auto value = static_cast<DWORD>(check);
-        Box(IDC_WAVE_MUTE).SetCheck(check);
-        Command(IDC_WAVE_MUTE);
-        EXPECT_EQ(muted(), std::pair(0U, value));
-    }
+    EXPECT_EQ(click(IDC_MASTER_MUTE), std::tuple(1, 1U, 0U));
+    EXPECT_EQ(click(IDC_MASTER_MUTE), std::tuple(0, 0U, 0U));
+    EXPECT_EQ(click(IDC_WAVE_MUTE), std::tuple(1, 0U, 1U));
+    EXPECT_EQ(click(IDC_WAVE_MUTE), std::tuple(0, 0U, 0U));
 }
 
 TEST_F(VolumeDlg, TheMeterRunsExactlyWhileTheDialogIsShown) {
