@@ -7,6 +7,7 @@ PICTURES.json is what picture_peers_bench --benchmark_out=PICTURES.json writes, 
 """
 
 import json
+import statistics
 import sys
 
 import matplotlib
@@ -39,11 +40,12 @@ def draw_lengths(axes, figures):
     for kind, color in (("video", "tab:blue"), ("voice", "tab:orange")):
         rows = sorted((int(key.split()[-1]), row) for key, row in figures.items()
                       if key.startswith(f"length {kind}"))
-        first = rows[0][1][-1]
         minutes = [length for length, _ in rows]
-        axes.plot(minutes, [row[-1][0] / first[0] for _, row in rows], marker="o", color=color,
+        cost = [statistics.median(cost for cost, _ in row) for _, row in rows]
+        resident = [max(size for _, size in row) for _, row in rows]
+        axes.plot(minutes, [each / cost[0] for each in cost], marker="o", color=color,
                   label=f"{kind}: processor time a minute")
-        memory.plot(minutes, [row[-1][1] for _, row in rows], marker="s", linestyle="--", color=color,
+        memory.plot(minutes, resident, marker="s", linestyle="--", color=color,
                     label=f"{kind}: resident memory (right)")
     axes.set_xscale("log")
     axes.set_ylim(0, 2)
