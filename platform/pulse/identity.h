@@ -2,7 +2,13 @@
 // the player plays under the application id, so that one never changes.
 #pragma once
 
+#include <string_view>
+
 inline constexpr char kApplicationName[] = "Trivelle Message Player";
 inline constexpr char kApplicationId[] = "trivelle.MessagePlayer";
 inline constexpr char kApplicationIcon[] = "trvplayer";
 inline constexpr char kMediaName[] = "Recorded message";
+
+// The name under which the server's stream-restore database keeps them.
+inline constexpr char kRestoreName[] = "sink-input-by-application-id:trivelle.MessagePlayer";
+static_assert(std::string_view(kRestoreName).ends_with(kApplicationId));

@@ -8,15 +8,6 @@
 #include "platform/pulse/identity.h"
 #include "platform/pulse/volume_scale.h"
 
-namespace {
-
-const std::string& RestoreName() {
-    static const std::string name = std::string("sink-input-by-application-id:") + kApplicationId;
-    return name;
-}
-
-}  // namespace
-
 PulseStreamLevel::PulseStreamLevel(ControlChanged changed, std::function<void()> settled)
     : m_changed(std::move(changed)), m_onSettled(std::move(settled)), m_level{kLoudestVolume, false} {}
 
@@ -84,7 +75,7 @@ void PulseStreamLevel::SendMuted() {
 void PulseStreamLevel::WriteRestore() {
     if (!m_restores) return;
     pa_ext_stream_restore_info entry{};
-    entry.name = RestoreName().c_str();
+    entry.name = kRestoreName;
     pa_channel_map_init_mono(&entry.channel_map);
     pa_cvolume_set(&entry.volume, 1, ToServer(m_level.volume));
     entry.device = m_device.empty() ? nullptr : m_device.c_str();
@@ -146,7 +137,7 @@ void PulseStreamLevel::AskRestore() {
 
 void PulseStreamLevel::OnRestored(const pa_ext_stream_restore_info* info, int end) {
     if (end == 0) {
-        if (std::string_view(info->name) != RestoreName()) return;
+        if (std::string_view(info->name) != kRestoreName) return;
         m_device = info->device != nullptr ? info->device : "";
         m_newRestored =
             Level{info->volume.channels != 0 ? FromServer(pa_cvolume_max(&info->volume)) : kLoudestVolume,

@@ -118,8 +118,13 @@ class Window(desktop.DesktopTest):
     def test_minimised_and_restored_it_goes_on(self):
         player = self.start(self.sample("greeting-video.trv"))
         window = player.main_window()
-        subprocess.run(["xdotool", "windowminimize", window], check=True)
-        wait_for(lambda: "Iconic" in run("xprop", "-id", window, "WM_STATE"), what="the icon")
+
+        def minimised():
+            # The window manager passes over what it is asked before it has taken the window in.
+            subprocess.run(["xdotool", "windowminimize", window], check=True)
+            return "Iconic" in run("xprop", "-id", window, "WM_STATE")
+
+        wait_for(minimised, what="the icon")
         subprocess.run(["xdotool", "windowmap", window, "windowactivate", window], check=True)
         wait_for(lambda: "Normal" in run("xprop", "-id", window, "WM_STATE"), what="the window")
         self.wait_for_movement(window)

@@ -45,7 +45,7 @@ void GiveOnly(long count) {
 
 }  // namespace allocation_probe
 
-// The other forms come down to these.
+// Every form, since a sanitizer's own forms for arrays do not come down to the others.
 void* operator new(std::size_t size) {
     return AllocateOrThrow(size);
 }
@@ -68,5 +68,30 @@ void operator delete(void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void* operator new[](std::size_t size) {
+    return AllocateOrThrow(size);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return AllocateOrThrow(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return Allocate(size, static_cast<std::size_t>(alignment));
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
