@@ -245,6 +245,15 @@ TEST_F(PlayerDlg, ExitClosesWhatPlays) {
     EXPECT_EQ(m_app.m_pMainWnd, nullptr);
 }
 
+TEST_F(PlayerDlg, EnterAndEscapeReachNoWindow) {
+    for (const WPARAM key : {VK_RETURN, VK_ESCAPE, VK_SPACE}) {
+        MSG message{m_hWnd, WM_KEYDOWN, key, 0};
+        EXPECT_EQ(m_app.PreTranslateMessage(&message) != FALSE, key != VK_SPACE);
+    }
+    MSG other{m_hWnd, WM_COMMAND, VK_RETURN, 0};
+    EXPECT_FALSE(m_app.PreTranslateMessage(&other));
+}
+
 TEST_F(PlayerDlg, ADroppedMessageOpensAsIfChosen) {
     const auto drop = [&](std::vector<std::string> paths) {
         const DroppedFiles files{std::move(paths)};
