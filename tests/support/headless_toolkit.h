@@ -1,6 +1,6 @@
-// A toolkit without a screen, for tests of windows by their messages and pictures alone. It gives what the real
-// one cannot: timers fire when a test says so; message boxes close at once and are remembered; there is no
-// thread and no allocation but the player's to count; and the thread sanitizer knows all code that runs.
+// A toolkit without a screen, for tests of windows by their messages and pictures alone. It gives what the
+// real one cannot: timers fire when a test says so; message boxes close at once and are remembered; there is
+// no thread and no allocation but the player's to count; and the thread sanitizer knows all code that runs.
 //
 // Make one before the first window and destroy it after the last; the thread that does is the UI thread. The
 // player's resources are in use from then on.
