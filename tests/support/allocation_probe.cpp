@@ -12,7 +12,7 @@ std::atomic<long> g_all = 0;
 thread_local long t_own = 0;
 thread_local long t_left = -1;
 
-void* Allocate(std::size_t size, std::size_t alignment = 1) {
+[[maybe_unused]] void* Allocate(std::size_t size, std::size_t alignment = 1) {
     ++g_all;
     ++t_own;
     if (t_left == 0) return nullptr;
@@ -21,7 +21,7 @@ void* Allocate(std::size_t size, std::size_t alignment = 1) {
     if (alignment <= alignof(std::max_align_t)) return std::malloc(size);
     return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
 }
-void* AllocateOrThrow(std::size_t size, std::size_t alignment = 1) {
+[[maybe_unused]] void* AllocateOrThrow(std::size_t size, std::size_t alignment = 1) {
     void* memory = Allocate(size, alignment);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
@@ -44,6 +44,17 @@ void GiveOnly(long count) {
 }
 
 }  // namespace allocation_probe
+
+bool allocation_probe::Counts() {
+#ifdef __SANITIZE_THREAD__
+    return false;
+#else
+    return true;
+#endif
+}
+
+// The thread sanitizer's own forms know which memory changes hands inside libraries that it cannot see into.
+#ifndef __SANITIZE_THREAD__
 
 // Every form, since a sanitizer's own forms for arrays do not come down to the others.
 void* operator new(std::size_t size) {
@@ -95,3 +106,5 @@ void operator delete[](void* memory, std::align_val_t) noexcept {
 void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
+
+#endif
