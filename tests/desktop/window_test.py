@@ -90,6 +90,8 @@ class Window(desktop.DesktopTest):
             return desktop.Image(x, y, 47, 41).data
 
         self.point(window, outside)
+        # An area of one colour has four bytes at the most: there is no icon on it yet.
+        wait_for(lambda: len(set(stop_button())) > 4, what="the button")
         unlit = stop_button()
         self.point(window, desktop.BUTTONS["stop"])
         wait_for(lambda: stop_button() != unlit, what="the light")
