@@ -66,18 +66,17 @@ protected:
         const std::vector<std::int16_t> wanted = m_blocks.Samples(first, first + done.size());
         const std::ptrdiff_t start = FindIn(recording.Samples(), wanted);
         ASSERT_GE(start, 0) << "not sample for sample, from block " << first;
-        double earliest = 1e9;
-        double latest = -1e9;
+        std::vector<double> late;
         for (std::size_t i = 0; i < done.size(); ++i) {
             ASSERT_EQ(done[i].msg.lParam, reinterpret_cast<LPARAM>(&m_blocks.Header(first + i)));
             const std::size_t end = static_cast<std::size_t>(start) + (i + 1) * kBlockSamples;
-            const double late = Ms(done[i].when - recording.HeardAt(end));
-            earliest = std::min(earliest, late);
-            latest = std::max(latest, late);
+            late.push_back(Ms(done[i].when - recording.HeardAt(end)));
         }
-        std::printf("blocks done after they were heard: %.1f to %.1f ms\n", earliest, latest);
-        EXPECT_GE(earliest, -5);
-        EXPECT_LE(latest, 80);
+        std::sort(late.begin(), late.end());
+        std::printf("blocks done after they were heard: %.1f to %.1f ms\n", late.front(), late.back());
+        EXPECT_GE(late.front(), -5);
+        EXPECT_LE(late[late.size() / 2], 40);
+        EXPECT_LE(late.back(), 250) << "even on a busy machine";
     }
 
     std::unique_ptr<PrivateServer> m_server;
