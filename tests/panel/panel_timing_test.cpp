@@ -1,4 +1,6 @@
 // How long the window waits for the reader, and when the first picture comes.
+#include <sched.h>
+
 #include <algorithm>
 #include <functional>
 
@@ -9,26 +11,37 @@ namespace {
 // The sanitizers slow the decoders down many times.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr double kLimitMs = 200;
+constexpr std::size_t kRounds = 100;
 #else
 constexpr double kLimitMs = 20;
+constexpr std::size_t kRounds = 1000;
 #endif
-constexpr std::size_t kRounds = 400;
+constexpr int kAttempts = 3;
 
 class PanelTiming : public PlayerTest {
 protected:
-    // Times so many calls, each made at another point of the reader's work. A busy machine may hold up some.
+    // Ahead of what else the machine does, where that is allowed; the panel's threads inherit it.
+    void SetUp() override {
+        const sched_param priority = {.sched_priority = 1};
+        sched_setscheduler(0, SCHED_FIFO, &priority);
+        PlayerTest::SetUp();
+    }
+    // The longest of so many calls, each made at another point of the reader's work, is within the limit.
+    // What the player itself makes long is long in each attempt; what a busy machine adds is not.
     static void ExpectPrompt(const char* what, const std::function<void(std::size_t)>& before,
                              const std::function<void()>& call) {
-        std::vector<double> took;
-        for (std::size_t i = 0; i < kRounds; ++i) {
-            before(i);
-            const auto from = watch::Clock::now();
-            call();
-            took.push_back(watch::Ms(watch::Clock::now() - from));
+        double worst = kLimitMs;
+        for (int attempt = 0; attempt < kAttempts && worst >= kLimitMs; ++attempt) {
+            worst = 0;
+            for (std::size_t i = 0; i < kRounds; ++i) {
+                before(i);
+                const auto from = watch::Clock::now();
+                call();
+                worst = std::max(worst, watch::Ms(watch::Clock::now() - from));
+            }
+            std::printf("%s: worst of %zu %.2f ms\n", what, kRounds, worst);
         }
-        std::sort(took.begin(), took.end());
-        std::printf("%s: median %.2f ms, worst %.2f ms\n", what, took[kRounds / 2], took.back());
-        EXPECT_LT(took[kRounds / 2], kLimitMs) << what;
+        EXPECT_LT(worst, kLimitMs) << what;
     }
     static void SpinFor(std::size_t microseconds) {
         const auto end = watch::Clock::now() + std::chrono::microseconds(microseconds);

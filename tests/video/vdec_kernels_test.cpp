@@ -110,6 +110,22 @@ TEST_P(Kernels, FormTheSameDoublesAndRoundThemToFloat) {
     }
 }
 
+TEST_P(Kernels, WrapToSamples) {
+    // Far outside 16 bits: -40000.0 is 25536, 70000.0 is 4464.
+    for (int round = 0; round < 100; ++round) {
+        const double scale = std::ldexp(1.0, round % 24);
+        std::vector<double> low;
+        for (int i = 0; i < 28; ++i) low.push_back(double{RandomValue(0)} / 1000 * scale);
+        std::vector<double> results(48);
+        m_kernels->synth_rows(low.data() + 2, nullptr, 24, results.data());
+        std::vector<int16_t> samples(48);
+        m_kernels->synth_samples(low.data() + 2, 24, samples.data());
+        for (size_t i = 0; i < 48; ++i) {
+            ASSERT_EQ(samples[i], static_cast<int16_t>(static_cast<int32_t>(results[i]))) << results[i];
+        }
+    }
+}
+
 TEST_P(Kernels, ConvertColours) {
     struct {
         int16_t y, u, v;
