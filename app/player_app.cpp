@@ -4,9 +4,9 @@
 #include <string>
 
 #include "app/player_dlg.h"
+#include "codec/message_format.h"
 #include "platform/framework/resources.h"
 #include "platform/shell/file_type.h"
-#include "playback/message_format.h"
 #include "res/resource.h"
 
 namespace {

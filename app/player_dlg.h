@@ -8,7 +8,7 @@
 #include "controls/icon_button.h"
 #include "platform/framework/afxwin.h"
 #include "playback/message_panel.h"
-#include "playback/player_messages.h"
+#include "volume/volume_dlg.h"
 
 class CPlayerDlg : public CDialog {
 public:

@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "platform/framework/afxwin.h"
-#include "playback/player_messages.h"
 #include "volume/volume_dlg.h"
 
 BEGIN_MESSAGE_MAP(CWaveDevice, CStatic)

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "bench/ratio_reporter.h"
-#include "playback/message_reader.h"
-#include "playback/speech_frame.h"
-#include "tests/video/vdec_payload.h"
-#include "tests/video/vdec_reference.h"
-#include "video/vdec.h"
+#include "codec/message_reader.h"
+#include "codec/speech_frame.h"
+#include "codec/vdec.h"
+#include "tests/codec/vdec_payload.h"
+#include "tests/codec/vdec_reference.h"
 
 // The decoders beside their straightforward forms: decoders_bench [benchmark options]
 

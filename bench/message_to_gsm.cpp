@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "playback/message_reader.h"
-#include "playback/speech_frame.h"
+#include "codec/message_reader.h"
+#include "codec/speech_frame.h"
 
 namespace {
 

@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "bench/ratio_reporter.h"
-#include "playback/message_reader.h"
+#include "codec/message_reader.h"
+#include "codec/vdec.h"
 #include "tools/encode/picture_encoder.h"
-#include "video/vdec.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include "playback/message_panel.h"
 #include "res/player_resources.h"
 #include "res/resource.h"
-#include "tests/sound/private_server.h"
+#include "tests/platform/sound/private_server.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "codec/vdec.h"
 #include "platform/shell/regular_file.h"
 #include "res/resource.h"
-#include "video/vdec.h"
 
 namespace {
 

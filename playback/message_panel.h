@@ -8,14 +8,16 @@
 
 #include "audio/wave_client.h"
 #include "audio/wave_device.h"
+#include "codec/message_reader.h"
 #include "controls/position_bar.h"
 #include "controls/waveform_wnd.h"
 #include "platform/framework/afxwin.h"
-#include "playback/message_reader.h"
-#include "playback/player_messages.h"
 #include "playback/reader_gate.h"
 #include "playback/reader_thread.h"
 #include "video/video_wnd.h"
+
+// Sent by the message panel to the main window when a message has been played to its end.
+inline constexpr UINT WM_PLAYBACK_ENDED = WM_USER + 201;
 
 // A modeless dialog that lives in the main window's frame and deletes itself when its window is destroyed,
 // a message that plays included. What it shows follows the sound that is heard: elapsed time, position bar

@@ -3,9 +3,8 @@
 #include <array>
 #include <vector>
 
-#include "playback/player_messages.h"
-#include "playback/speech_frame.h"
-#include "video/vdec.h"
+#include "codec/speech_frame.h"
+#include "codec/vdec.h"
 
 namespace {
 

@@ -6,11 +6,15 @@
 #include <cstdio>
 
 #include "audio/wave_device.h"
+#include "codec/message_reader.h"
 #include "controls/waveform_wnd.h"
 #include "platform/framework/afxmt.h"
-#include "playback/message_reader.h"
 #include "playback/reader_gate.h"
 #include "video/video_wnd.h"
+
+// Posted by the reader thread to the message panel when it has met the end of the message. It only asks the
+// panel to look at how things stand, so one that comes late does no harm.
+inline constexpr UINT WM_READER_ENDED = WM_USER + 202;
 
 // Slots of the renderer's queue; it holds one picture fewer.
 inline constexpr int kPictureSlots = 20;

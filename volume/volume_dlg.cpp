@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "platform/shell/run_program.h"
-#include "playback/player_messages.h"
 #include "res/resource.h"
 
 namespace {

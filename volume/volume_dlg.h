@@ -10,6 +10,10 @@
 #include "platform/framework/afxwin.h"
 #include "volume/mixer.h"
 
+// Sent to the dialog's parent when a person closes the dialog with its close box; the wave device passes it
+// on to the main window.
+inline constexpr UINT WM_VOLUME_CLOSED = WM_USER + 101;
+
 class CVolumeDlg : public CDialog {
 public:
     // The parent gets WM_VOLUME_CLOSED when the person closes the window. Not owned.

@@ -12,7 +12,6 @@
 #include "app/player_app.h"
 #include "app/player_dlg.h"
 #include "platform/framework/drop_files.h"
-#include "playback/player_messages.h"
 #include "res/resource.h"
 #include "tests/support/simulated_sound.h"
 #include "tests/support/test_files.h"

@@ -6,10 +6,10 @@
 #include <thread>
 
 #include "platform/framework/afxwin.h"
-#include "playback/player_messages.h"
 #include "res/resource.h"
 #include "tests/support/headless_toolkit.h"
 #include "tests/support/simulated_sound.h"
+#include "volume/volume_dlg.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <memory>
 
-#include "playback/message_reader.h"
-#include "playback/speech_frame.h"
+#include "codec/message_reader.h"
+#include "codec/speech_frame.h"
 
 // Any bytes as a message: header, every record to the end, and the same again after a rewind.
 

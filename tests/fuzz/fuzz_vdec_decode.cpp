@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "video/vdec.h"
+#include "codec/vdec.h"
 
 // Any bytes as a payload, whole pictures. The first byte chooses the quality level.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

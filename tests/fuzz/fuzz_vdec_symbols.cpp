@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "video/vdec_stages.h"
+#include "codec/vdec_stages.h"
 
 // Any bytes as a payload, symbols only: the look-up tables against one bit a step.
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "playback/message_reader.h"
+#include "codec/message_reader.h"
 
 // make_seeds CORPORA MESSAGE…: for each message its payloads and a few short messages of its first records.
 

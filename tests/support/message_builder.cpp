@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "playback/speech_frame.h"
+#include "codec/speech_frame.h"
 
 MessageBuilder::MessageBuilder(int rate, uint32_t frameCount) {
     m_data.assign(std::begin(kMessageMagic), std::end(kMessageMagic));

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "tests/video/vdec_reference.h"
+#include "tests/codec/vdec_reference.h"
 
 // The decoder's straightforward form takes the planes back to what was analysed, but for its floats.
 TEST(ForwardDwt, WholePlanesComeBack) {

@@ -8,9 +8,9 @@
 #include <random>
 #include <vector>
 
+#include "codec/vdec.h"
+#include "codec/vdec_stages.h"
 #include "tools/dump/payload_facts.h"
-#include "video/vdec.h"
-#include "video/vdec_stages.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <QCryptographicHash>
 #include <iterator>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 
 ToolRun RunTrvdump(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), TRVDUMP_PATH);

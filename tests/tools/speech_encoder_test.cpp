@@ -6,7 +6,7 @@
 #include <cmath>
 #include <random>
 
-#include "playback/speech_frame.h"
+#include "codec/speech_frame.h"
 
 // What libgsm decodes from its own frames and what a player decodes from ours must be the same samples.
 TEST(SpeechEncoder, FramesDecodeAsLibgsmDecodesItsOwn) {

@@ -10,9 +10,9 @@
 #include <QJsonObject>
 #include <set>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
+#include "codec/vdec.h"
 #include "tests/tools/run_tool.h"
-#include "video/vdec.h"
 
 namespace {
 

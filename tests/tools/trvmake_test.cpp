@@ -12,8 +12,8 @@
 #include <numbers>
 #include <span>
 
+#include "codec/vdec.h"
 #include "tests/tools/run_tool.h"
-#include "video/vdec.h"
 
 namespace {
 

@@ -8,7 +8,6 @@
 #include <tuple>
 
 #include "platform/qt/toolkit.h"
-#include "playback/player_messages.h"
 #include "res/resource.h"
 #include "tests/support/simulated_sound.h"
 #include "tests/support/test_files.h"

@@ -9,12 +9,12 @@
 #include <optional>
 #include <vector>
 
-#include "playback/speech_frame.h"
+#include "codec/speech_frame.h"
+#include "codec/vdec.h"
 #include "tools/dump/picture_output.h"
 #include "tools/dump/sound_output.h"
 #include "tools/progress.h"
 #include "tools/tool_error.h"
-#include "video/vdec.h"
 
 namespace tools {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "playback/message_reader.h"
+#include "codec/message_reader.h"
 
 namespace tools {
 

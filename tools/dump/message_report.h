@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "playback/message_reader.h"
+#include "codec/message_reader.h"
 #include "tools/dump/message_file.h"
 #include "tools/dump/payload_facts.h"
 

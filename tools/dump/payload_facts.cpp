@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "video/vdec_stages.h"
+#include "codec/vdec_stages.h"
 
 namespace tools {
 PayloadInspector::PayloadInspector() {

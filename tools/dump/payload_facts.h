@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-#include "video/huff.h"
-#include "video/vdec_tables.h"
+#include "codec/huff.h"
+#include "codec/vdec_tables.h"
 
 namespace tools {
 

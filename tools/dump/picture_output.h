@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <span>
 
-#include "video/vdec.h"
+#include "codec/vdec.h"
 
 namespace tools {
 

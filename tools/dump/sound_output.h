@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 
 namespace tools {
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "codec/huff.h"
+#include "codec/vdec_tables.h"
 #include "tools/encode/bit_writer.h"
-#include "video/huff.h"
-#include "video/vdec_tables.h"
 
 namespace tools {
 

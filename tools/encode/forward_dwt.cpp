@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-#include "video/vdec_tables.h"
+#include "codec/vdec_tables.h"
 
 namespace tools {
 namespace {

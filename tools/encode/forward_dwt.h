@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <span>
 
-#include "video/vdec.h"
+#include "codec/vdec.h"
 
 namespace tools {
 

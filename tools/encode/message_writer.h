@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <span>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 #include "tools/encode/atomic_file.h"
 
 namespace tools {

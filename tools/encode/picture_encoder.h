@@ -7,10 +7,10 @@
 #include <span>
 #include <vector>
 
+#include "codec/vdec.h"
+#include "codec/vdec_tables.h"
 #include "tools/encode/code_table.h"
 #include "tools/encode/colour_planes.h"
-#include "video/vdec.h"
-#include "video/vdec_tables.h"
 
 namespace tools {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <new>
 
-#include "playback/speech_frame.h"
+#include "codec/speech_frame.h"
 
 namespace tools {
 namespace {

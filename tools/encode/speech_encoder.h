@@ -7,7 +7,7 @@
 #include <random>
 #include <span>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 
 namespace tools {
 

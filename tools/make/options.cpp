@@ -3,7 +3,7 @@
 #include <charconv>
 #include <optional>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 #include "tools/tool_error.h"
 
 namespace tools {

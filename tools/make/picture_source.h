@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "video/vdec.h"
+#include "codec/vdec.h"
 
 namespace tools {
 

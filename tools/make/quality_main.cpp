@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "codec/vdec.h"
 #include "tools/encode/picture_encoder.h"
 #include "tools/make/picture_source.h"
 #include "tools/tool_error.h"
-#include "video/vdec.h"
 
 namespace tools {
 namespace {

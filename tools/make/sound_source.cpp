@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-#include "playback/message_format.h"
+#include "codec/message_format.h"
 #include "tools/tool_error.h"
 
 namespace tools {

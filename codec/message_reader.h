@@ -1,0 +1,76 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <span>
+
+#include "codec/message_format.h"
+
+// Why a file is not a message.
+enum class MessageHeaderError {
+    None,
+    BadMagic,      // shorter than eight bytes, or other bytes
+    NoVideoRate,   // ends before the video rate
+    BadVideoRate,  // above kMaxVideoRate
+    NoFrameCount,  // ends within the frame count
+};
+
+// The header is read in two steps, because a window wants to know the kind of message before the rest.
+// The first reads magic and video rate from the start of a stream; `video_rate` is set when the rate byte
+// could be read, even when it is out of range.
+MessageHeaderError ReadMessageKind(std::FILE* file, uint8_t& video_rate);
+
+// The second reads the number of 20 ms speech frames and leaves the stream at kMessageDataStart. Any value is
+// accepted; nothing says that it agrees with the records.
+MessageHeaderError ReadMessageFrameCount(std::FILE* file, uint32_t& frame_count);
+
+enum class MessageRecordKind {
+    Speech,      // body: kSpeechBlockBytes
+    Video,       // body: one payload, 0 to kMaxRecordBytes
+    PassedOver,  // one byte that is no record's type
+    End,
+};
+
+enum class MessageEnd {
+    None,
+    Clean,          // the file ends between two records
+    PartialRecord,  // the file ends within a record, which is dropped
+    BadLength,      // a video record claims more than kMaxRecordBytes
+    ReadError,      // the system could not read on
+};
+
+struct MessageRecord {
+    MessageRecordKind kind = MessageRecordKind::End;
+    std::span<const uint8_t> body;      // in the reader's buffer, valid until its next Read
+    MessageEnd end = MessageEnd::None;  // for End
+    unsigned declared_bytes = 0;        // for Speech and Video, and for the record that brought the end
+};
+
+// Reads the records of a message one by one. The stream is the caller's at every call: the reader neither
+// keeps nor closes it. One thread at a time.
+class MessageReader {
+public:
+    // Reads from the stream's position: one record, or one byte that is passed over. Once the message has
+    // ended, it stays ended, for the same reason, until Rewind.
+    MessageRecord Read(std::FILE* file);
+
+    // Goes back to the first record and counts bytes passed over from 0. False when the stream cannot seek;
+    // the message has then ended.
+    bool Rewind(std::FILE* file);
+
+    // For a stream that the caller has put at the first record, such as the one of another message.
+    void Reset();
+
+    // Bytes passed over since the start or the last rewind.
+    uint64_t PassedOverBytes() const { return m_passed_over; }
+
+private:
+    MessageRecord ReadBody(std::FILE* file, MessageRecordKind kind, size_t bytes);
+    MessageRecord EndWith(std::FILE* file, MessageEnd reason, unsigned declared_bytes);
+
+    std::array<uint8_t, kMaxRecordBytes> m_buffer;
+    MessageRecord m_end;  // kind End; its reason is None while there is more to read
+    uint64_t m_passed_over = 0;
+};

@@ -1,0 +1,31 @@
+#include "codec/vdec_kernels.h"
+
+#include <initializer_list>
+
+#include "codec/vdec_kernels_scalar.h"
+#ifdef __x86_64__
+#include "codec/vdec_kernels_avx2.h"
+#include "codec/vdec_kernels_sse2.h"
+#endif
+
+const VdecKernels* vdec_kernels_for(VdecIsa isa) {
+    switch (isa) {
+        case VdecIsa::Scalar:
+            return &vdec_kernels_scalar;
+#ifdef __x86_64__
+        case VdecIsa::Sse2:
+            return &vdec_kernels_sse2;
+        case VdecIsa::Avx2:
+            return __builtin_cpu_supports("avx2") ? &vdec_kernels_avx2 : nullptr;
+#endif
+        default:
+            return nullptr;
+    }
+}
+
+const VdecKernels& vdec_best_kernels() {
+    for (const VdecIsa isa : {VdecIsa::Avx2, VdecIsa::Sse2}) {
+        if (const VdecKernels* kernels = vdec_kernels_for(isa)) return *kernels;
+    }
+    return vdec_kernels_scalar;
+}

@@ -1,0 +1,5 @@
+#pragma once
+
+#include "codec/vdec_kernels.h"
+
+extern const VdecKernels vdec_kernels_avx2;

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "codec/huff_lookup.h"
+#include "codec/vdec_kernels.h"
+#include "codec/vdec_tables.h"
+
+// The stages of vdec_decode, on data of their own so that each can be run and looked at alone. None
+// allocates, none keeps anything between calls.
+
+// Code trees and their look-up tables, by group.
+struct VdecCodes {
+    std::array<HuffTree, kGroupCount> trees;
+    std::array<HuffLookup, kGroupCount> lookups;
+};
+
+// False when memory runs out.
+bool vdec_build_codes(VdecCodes& codes);
+
+// What stands before a payload's codes. Of a payload without its whole head, missing flag bytes count as set
+// and counts that are not there whole as 0.
+struct VdecHead {
+    int32_t coarse_count;  // as the payload has them, in range or not
+    int32_t fine_count;
+    std::array<uint8_t, kSkipFlagBytes> skip_flags;
+
+    bool IsSkipped(int block) const {
+        return ((skip_flags[static_cast<size_t>(block) / 8] >> (block % 8)) & 1) != 0;
+    }
+};
+VdecHead vdec_read_head(const uint8_t* payload, size_t length);
+
+// All that a payload says.
+struct VdecSymbols {
+    VdecHead head;
+    std::array<int16_t, kValueCount + kHuffValueSlack> values;  // by vdec_groups; the rest is undefined
+};
+
+// Stage 1. Values that the payload does not give, by its counts or by its length, are 0; those that have no
+// room in their group are read and dropped.
+void vdec_read_symbols(const VdecCodes& codes, const uint8_t* payload, size_t length, VdecSymbols& symbols);
+
+// Wavelet coefficients: the bands that a payload can reach, each row after row without gaps. All other bands
+// are 0. Coefficients and samples are single-precision values, kept as doubles because all sums are formed in
+// double precision.
+struct VdecCoefficients {
+    static constexpr int kCoarseSize = 40 * 30;
+    static constexpr int kFineSize = 80 * 60;
+    static constexpr int kChromaSize = 20 * 15;
+
+    // Of Y: level 3, then level 2.
+    alignas(64) std::array<double, kCoarseSize> y_approx;
+    alignas(64) std::array<double, kCoarseSize> coarse_right;     // high-pass along rows
+    alignas(64) std::array<double, kCoarseSize> coarse_below;     // high-pass along columns
+    alignas(64) std::array<double, kCoarseSize> coarse_diagonal;  // both
+    alignas(64) std::array<double, kFineSize> fine_right;
+    alignas(64) std::array<double, kFineSize> fine_below;
+    // Level 4.
+    alignas(64) std::array<double, kChromaSize> u_approx;
+    alignas(64) std::array<double, kChromaSize> v_approx;
+};
+
+// Stage 2, with the quantiser steps of `quality` (0 to 3).
+void vdec_reconstruct(const VdecSymbols& symbols, int quality, VdecCoefficients& coefficients);
+
+// The three planes at half their width and height: what is left to do is one level without detail.
+struct VdecHalfPlanes {
+    static constexpr int kWidth = kPlaneWidth / 2;
+    static constexpr int kHeight = kPlaneHeight / 2;
+    using Plane = std::array<double, size_t{kWidth} * kHeight>;
+
+    alignas(64) Plane y;
+    alignas(64) Plane u;
+    alignas(64) Plane v;
+    // The levels on the way, for one plane at a time.
+    alignas(64) std::array<double, 80 * 60> quarter;
+    alignas(64) std::array<double, 40 * 30> eighth;
+};
+
+// Stage 3: the inverse transform up to half size.
+void vdec_inverse_dwt(const VdecKernels& kernels, const VdecCoefficients& coefficients,
+                      VdecHalfPlanes& planes);
+
+// Stage 4: the last level of the transform, two rows at a time, straight into colour conversion. The full
+// planes are never stored.
+void vdec_to_bgr(const VdecKernels& kernels, const VdecHalfPlanes& planes, uint8_t* picture);

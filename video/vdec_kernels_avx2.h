@@ -1,5 +1,0 @@
-#pragma once
-
-#include "video/vdec_kernels.h"
-
-extern const VdecKernels vdec_kernels_avx2;
