@@ -1,6 +1,7 @@
 #!/bin/sh
-# Draws the pictures that player.rc takes in, from the SVG files beside this script, into the folder above.
-# Needs rsvg-convert (librsvg2-bin), icotool (icoutils) and convert (imagemagick); building the player does not.
+# Draws the pictures that player.rc takes in, from the SVG files beside this script, into the folder above, and the
+# icons that are installed into icons/ there. What it draws is kept in the repository, so that building needs no renderer.
+# Needs rsvg-convert (librsvg2-bin), icotool (icoutils) and convert (imagemagick).
 set -eu
 art=$(cd "$(dirname "$0")" && pwd)
 res=$(dirname "$art")
@@ -31,3 +32,18 @@ icotool -c --cursor --hotspot-x=13 --hotspot-y=9 -o "$res/hand.cur" "$work/hand.
 
 draw about 195 198 about
 convert "$work/about.png" -alpha off -type TrueColor "BMP3:$res/about.bmp"
+
+# The icon theme's folders. The smallest drawings serve the sizes next to their own too.
+install_icon() { # DRAWING SIZE KIND NAME
+    mkdir -p "$res/icons/hicolor/$2x$2/$3"
+    rsvg-convert -w "$2" -h "$2" "$art/$1.svg" -o "$res/icons/hicolor/$2x$2/$3/$4.png"
+}
+for size in 16 22 24 32 48 64 128 256; do
+    case $size in
+        16 | 22 | 24) program=trvplayer-$((size < 22 ? 16 : 32)) message=message-16 ;;
+        32) program=trvplayer-32 message=message ;;
+        *) program=trvplayer message=message ;;
+    esac
+    install_icon "$program" "$size" apps com.trivelle.MessagePlayer
+    install_icon "$message" "$size" mimetypes com.trivelle.MessagePlayer.message
+done
