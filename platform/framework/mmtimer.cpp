@@ -3,11 +3,12 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
+
+#include "platform/framework/handle_table.h"
 
 namespace {
 
@@ -15,8 +16,13 @@ using Clock = std::chrono::steady_clock;
 
 class Timer {
 public:
-    Timer(MMTIMERID id, UINT period, TIMECALLBACK callback, DWORD_PTR user)
-        : m_id(id), m_period(period), m_callback(callback), m_user(user), m_thread([this] { Run(); }) {}
+    Timer(MMTIMERID id, UINT delay, UINT period, TIMECALLBACK callback, DWORD_PTR user)
+        : m_id(id),
+          m_period(period),
+          m_callback(callback),
+          m_user(user),
+          m_first(Clock::now() + std::chrono::milliseconds(delay)),
+          m_thread([this] { Run(); }) {}
 
     ~Timer() {
         {
@@ -29,7 +35,7 @@ public:
 
 private:
     void Run() {
-        Clock::time_point due = m_start + m_period;
+        Clock::time_point due = m_first;
         std::unique_lock lock(m_mutex);
         while (!m_stop) {
             if (m_condition.wait_until(lock, due, [this] { return m_stop; })) return;
@@ -47,16 +53,14 @@ private:
     const std::chrono::milliseconds m_period;
     const TIMECALLBACK m_callback;
     const DWORD_PTR m_user;
-    const Clock::time_point m_start = Clock::now();
+    const Clock::time_point m_first;
     std::mutex m_mutex;
     std::condition_variable m_condition;
     bool m_stop = false;
     std::thread m_thread;  // last: it uses all of the above
 };
 
-std::mutex g_mutex;
-std::map<MMTIMERID, std::unique_ptr<Timer>> g_timers;
-MMTIMERID g_lastId = 0;
+HandleTable<Timer, MMTIMERID> g_timers;
 std::atomic<int> g_periodRequests{0};
 
 }  // namespace
@@ -75,26 +79,23 @@ int timeGetPeriodRequests() {
     return g_periodRequests;
 }
 
-MMTIMERID timeSetEvent(UINT period, UINT, TIMECALLBACK callback, DWORD_PTR user, UINT flags) {
+MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user, UINT flags) {
+    return timeSetEventAfter(period, period, resolution, callback, user, flags);
+}
+
+MMTIMERID timeSetEventAfter(UINT delay, UINT period, UINT, TIMECALLBACK callback, DWORD_PTR user,
+                            UINT flags) {
     if (period == 0 || flags != TIME_PERIODIC) return 0;
-    const std::scoped_lock lock(g_mutex);
-    const MMTIMERID id = ++g_lastId;
+    const MMTIMERID id = g_timers.Reserve();
     try {
-        g_timers.emplace(id, std::make_unique<Timer>(id, period, callback, user));
+        g_timers.Add(id, std::make_shared<Timer>(id, delay, period, callback, user));
     } catch (const std::system_error&) {
-        return 0;
+        return 0;  // no thread left
     }
     return id;
 }
 
 UINT timeKillEvent(MMTIMERID timer) {
-    std::unique_ptr<Timer> ended;
-    {
-        const std::scoped_lock lock(g_mutex);
-        const auto found = g_timers.find(timer);
-        if (found == g_timers.end()) return 1;
-        ended = std::move(found->second);
-        g_timers.erase(found);
-    }
-    return 0;
+    // Waits for a running callback as it is destroyed.
+    return g_timers.Remove(timer) == nullptr ? 1 : 0;
 }

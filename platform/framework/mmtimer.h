@@ -20,6 +20,11 @@ int timeGetPeriodRequests();
 // Only TIME_PERIODIC is supported.
 MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user, UINT flags);
 
+// Addition: the same, with its first call after so many milliseconds (0: at once) and the others at whole
+// periods from that one. So a timer that was ended within a period goes on where it was.
+MMTIMERID timeSetEventAfter(UINT delay, UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user,
+                            UINT flags);
+
 // Ends a timer. Difference from the original: returns only when the callback is not running and will not
 // run again. Not to be called from the callback. Unknown identifiers are ignored.
 UINT timeKillEvent(MMTIMERID timer);

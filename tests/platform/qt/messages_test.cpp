@@ -1,5 +1,6 @@
 // Messages: maps, posting and sending across threads, timers, life and death of windows.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <array>
 #include <atomic>
@@ -173,35 +174,63 @@ TEST(Threads, AreWaitedForWhenTheyWereMadeSo) {
     delete thread;
 }
 
-// A callback that takes longer than a period loses the calls in between; the others stay on the beat.
+// A callback that takes longer than a period loses the calls in between; the others stay on the beat, which a
+// delay of the first call moves.
 TEST(MultimediaTimer, KeepsItsBeatAndDropsWhatIsOverdue) {
     using watch::Clock;
     struct Record {
         Clock::time_point start = Clock::now();
         std::array<double, 64> at;
         std::atomic<std::size_t> calls = 0;
-    } record;
-    const MMTIMERID timer = timeSetEvent(
-        20, 1,
-        [](UINT, UINT, DWORD_PTR user, DWORD_PTR, DWORD_PTR) {
-            auto* r = reinterpret_cast<Record*>(user);
-            if (r->calls == r->at.size()) return;
-            r->at[r->calls] = watch::Ms(Clock::now() - r->start);
-            if (++r->calls == 2) Sleep(50);
-        },
-        reinterpret_cast<DWORD_PTR>(&record), TIME_PERIODIC);
-    ASSERT_NE(timer, 0U);
-    EXPECT_TRUE(watch::Eventually([&] { return record.calls >= 5; }, std::chrono::seconds(10)));
+    };
+    const auto callback = [](UINT, UINT, DWORD_PTR user, DWORD_PTR, DWORD_PTR) {
+        auto* r = reinterpret_cast<Record*>(user);
+        if (r->calls == r->at.size()) return;
+        r->at[r->calls] = watch::Ms(Clock::now() - r->start);
+        if (++r->calls == 2) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    };
+    for (const UINT delay : {20U, 90U}) {
+        SCOPED_TRACE(delay);
+        Record record;
+        const auto user = reinterpret_cast<DWORD_PTR>(&record);
+        const MMTIMERID timer = delay == 20 ? timeSetEvent(20, 1, callback, user, TIME_PERIODIC)
+                                            : timeSetEventAfter(delay, 20, 1, callback, user, TIME_PERIODIC);
+        ASSERT_NE(timer, 0U);
+        EXPECT_TRUE(watch::Eventually([&] { return record.calls >= 5; }, std::chrono::seconds(10)));
+        EXPECT_EQ(timeKillEvent(timer), 0U);
+        const std::size_t calls = record.calls;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(record.calls, calls) << "no call after the end";
+        EXPECT_NE(timeKillEvent(timer), 0U);
+        // Calls 1 and 2 at 0 and 20 from the first one; those of 40 and 60 are lost; the next one comes
+        // at 80.
+        EXPECT_GE(record.at[0], delay);
+        EXPECT_GE(record.at[1], delay + 20.0);
+        for (std::size_t i = 2; i < calls; ++i)
+            EXPECT_GE(record.at[i], delay + 80.0 + 20.0 * static_cast<double>(i - 2));
+    }
+    // The first call does not wait for a period.
+    Record record;
+    const MMTIMERID timer =
+        timeSetEventAfter(0, 60000, 1, callback, reinterpret_cast<DWORD_PTR>(&record), TIME_PERIODIC);
+    EXPECT_TRUE(watch::Eventually([&] { return record.calls == 1; }, std::chrono::seconds(10)));
     EXPECT_EQ(timeKillEvent(timer), 0U);
-    const std::size_t calls = record.calls;
-    Sleep(50);
-    EXPECT_EQ(record.calls, calls) << "no call after the end";
-    EXPECT_NE(timeKillEvent(timer), 0U);
-    // Calls 1 and 2 at 20 and 40; those of 60 and 80 are lost; the next one comes at 100.
-    EXPECT_GE(record.at[2], 100.0);
-    for (std::size_t i = 3; i < calls; ++i)
-        EXPECT_GE(record.at[i], 100.0 + 20.0 * static_cast<double>(i - 2));
     EXPECT_EQ(timeSetEvent(0, 1, nullptr, 0, TIME_PERIODIC), 0U);
+}
+
+// Every thread to come asks for a stack that no address space has.
+TEST(Threads, ThatCannotStartAreReported) {
+    pthread_attr_t normal;
+    pthread_getattr_default_np(&normal);
+    pthread_attr_t endless = normal;
+    pthread_attr_setstacksize(&endless, std::size_t{1} << 47U);
+    ASSERT_EQ(pthread_setattr_default_np(&endless), 0);
+    EXPECT_EQ(timeSetEvent(
+                  20, 1, [](UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) {}, 0, TIME_PERIODIC),
+              0U);
+    EXPECT_EQ(AfxBeginThread([](LPVOID) -> UINT { return 0; }, nullptr), nullptr);
+    pthread_setattr_default_np(&normal);
+    pthread_attr_destroy(&normal);
 }
 
 }  // namespace
