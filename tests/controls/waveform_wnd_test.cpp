@@ -85,6 +85,12 @@ TEST_F(Waveform, FirstSegmentRisesFromTheBottomAndScrollsOnWithoutAGap) {
     for (int i = 0; i < 60; ++i) m_wave.AppendPoint(1.0F);
     for (int x = 5; x < 95; ++x) EXPECT_TRUE(Lit(x, 30)) << x;
     for (int x = 0; x < 100; ++x) EXPECT_FALSE(Lit(x, 56)) << "the first segment has left, at " << x;
+
+    m_wave.Reset();
+    for (int x = 5; x < 95; ++x) EXPECT_FALSE(Lit(x, 30)) << x;
+    EXPECT_EQ(Pixel(86, 30), kGrid);
+    m_wave.AppendPoint(1.0F);
+    EXPECT_TRUE(Lit(93, 30)) << "goes on from the last value";
 }
 
 TEST_F(Waveform, ValuesAtAndBeyondTheRangeAreDrawnAtItsEdges) {
@@ -95,23 +101,6 @@ TEST_F(Waveform, ValuesAtAndBeyondTheRangeAreDrawnAtItsEdges) {
     } cases[] = {{2.0F, 5},   {3.5F, 5},        {kInfinity, 5},      {1.9999F, 5}, {0.0F, 56},
                  {-1.0F, 56}, {-kInfinity, 56}, {std::nanf(""), 56}, {1.0F, 30},   {0.5F, 43}};
     for (const auto& c : cases) EXPECT_EQ(LevelOf(c.value), c.row) << c.value;
-}
-
-TEST_F(Waveform, TraceIsCombinedWithTheGridByOr) {
-    ASSERT_EQ(LevelOf(22.2F / 26.0F), 34);  // on the third row of the grid
-    EXPECT_EQ(Pixel(93, 34), kGreenOnGrid);
-    EXPECT_EQ(Pixel(93, 33), kBlack);
-}
-
-TEST_F(Waveform, ResetClearsTheTraceButGoesOnFromTheLastValue) {
-    m_wave.AppendPoint(1.0F);
-    m_wave.Reset();
-    EXPECT_FALSE(Lit(93, 56));
-    EXPECT_FALSE(Lit(95, 31));
-    EXPECT_EQ(Pixel(86, 30), kGrid);
-    m_wave.AppendPoint(1.0F);
-    EXPECT_TRUE(Lit(93, 30));
-    EXPECT_FALSE(Lit(93, 56));
 }
 
 TEST_F(Waveform, RefusedRangesChangeNothing) {
@@ -125,35 +114,6 @@ TEST_F(Waveform, RefusedRangesChangeNothing) {
     EXPECT_EQ(LevelOf(1.0F), 30);
 }
 
-TEST_F(Waveform, ANewRangeWithoutRedrawKeepsTheScale) {
-    Scribble(m_wave);
-    m_wave.SetRange(0.0F, 1.0F, FALSE);
-    EXPECT_FALSE(Repainted());
-    m_wave.Invalidate();
-    EXPECT_EQ(LevelOf(0.5F), 43) << "26 pixels a unit as before";
-    m_wave.SetRange(0.0F, 1.0F, TRUE);
-    EXPECT_EQ(LevelOf(0.5F), 30) << "52 pixels a unit";
-}
-
-TEST_F(Waveform, TheLastValueIsKeptWithinANewRange) {
-    m_wave.AppendPoint(1.75F);
-    m_wave.SetRange(0.0F, 1.0F, TRUE);
-    m_wave.AppendPoint(0.5F);
-    EXPECT_TRUE(Lit(93, 4));
-}
-
-TEST_F(Waveform, RangesThatGiveNoUsableScaleDrawWithinTheWindow) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    constexpr float kMax = std::numeric_limits<float>::max();
-    for (const auto& [lower, upper] :
-         {std::pair(1.0F, 1.0F), {-kInfinity, kInfinity}, {-kMax, kMax}, {0.0F, 1e-30F}, {0.0F, kInfinity}}) {
-        m_wave.SetRange(lower, upper, TRUE);
-        for (const float value : {0.5F, -kMax, kMax, 1.0F}) m_wave.AppendPoint(value);
-        EXPECT_EQ(Pixel(1, 1), kBlack) << lower << " to " << upper;
-        EXPECT_EQ(Pixel(86, 1), kBlack) << lower << " to " << upper;
-    }
-}
-
 TEST_F(Waveform, OnlyWhatNeedsPaintingIsPaintedAndFromItsOwnPlace) {
     ASSERT_EQ(LevelOf(22.2F / 26.0F), 34);
     Scribble(m_wave);
@@ -164,27 +124,6 @@ TEST_F(Waveform, OnlyWhatNeedsPaintingIsPaintedAndFromItsOwnPlace) {
     EXPECT_EQ(PixelOf(m_wave, 85, 31), kBlack);
     for (const auto& [x, y] : {std::pair(79, 34), {96, 34}, {86, 29}, {86, 40}, {0, 0}}) {
         EXPECT_TRUE(IsScribbled(m_wave, x, y)) << x << ", " << y;
-    }
-}
-
-TEST_F(Waveform, SettingWhatIsInForceDoesNotRepaint) {
-    Scribble(m_wave);
-    m_wave.SetBackgroundColor(m_wave.GetBackgroundColor());
-    m_wave.SetGridColor(kGrid);
-    m_wave.SetPlotColor(kGreen);
-    m_wave.ShowNextValue();
-    EXPECT_FALSE(Repainted());
-    m_wave.SetPlotColor(RGB(0xFF, 0, 0));
-    EXPECT_TRUE(Repainted());
-    m_wave.AppendPoint(1.0F);
-    EXPECT_EQ(Pixel(93, 56), RGB(0xFF, 0, 0));
-}
-
-TEST_F(Waveform, BackgroundsAllFillTheSame) {
-    for (const COLORREF color : {RGB(0xFF, 0xFF, 0xFF), RGB(0x20, 0x10, 0x40), kBlack}) {
-        m_wave.SetBackgroundColor(color);
-        EXPECT_EQ(Pixel(50, 30), color);
-        EXPECT_EQ(Pixel(5, 5), color);
     }
 }
 
@@ -207,27 +146,6 @@ TEST_F(Waveform, QueuedValuesAreShownOldestFirstAndCanBeDropped) {
     Scribble(m_wave);
     m_wave.ShowNextValue();
     EXPECT_FALSE(Repainted());
-}
-
-// A window too small for a plot or a grid, or without any client area, is painted without harm.
-TEST_F(Waveform, TinyWindows) {
-    for (const int size : {0, 1, 2, 3, 9, 11, 12, 16}) {
-        CWaveformWnd tiny;
-        ASSERT_TRUE(tiny.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, size, size), &m_host, 0)) << size;
-        tiny.SetRange(0.0F, 2.0F, TRUE);
-        tiny.AppendPoint(1.0F);
-        tiny.UpdateWindow();
-    }
-}
-
-TEST(WaveformWithoutWindow, DoesNothing) {
-    CWaveformWnd wave;
-    EXPECT_FALSE(wave.Create(WS_CHILD, CRect(0, 0, 50, 50), nullptr, 0));
-    wave.SetRange(0.0F, 2.0F, TRUE);
-    wave.SetGridColor(kGreen);
-    wave.QueueValue(1.0F);
-    wave.ShowNextValue();
-    wave.Reset();
 }
 
 }  // namespace
