@@ -86,11 +86,11 @@ void CMessagePanel::SetViewMode(int nMode) {
 }
 
 BOOL CMessagePanel::Open(const CString& strPath) {
-    if (m_pFile != nullptr) Close();
+    Handle(PanelEvent::Close);
     m_pFile = OpenRegularFile(strPath);
     if (m_pFile == nullptr) return FALSE;
     if (!ReadHeader()) {
-        Close();
+        Release();
         return FALSE;
     }
 
@@ -111,11 +111,11 @@ BOOL CMessagePanel::Open(const CString& strPath) {
         vdec_init();
         vdec_set_quality(kQuality);
     }
-    m_bStopped = FALSE;
     if (m_hSpeech == nullptr || !StartReader(bSound)) {
-        Close();
+        Release();
         return FALSE;
     }
+    Handle(PanelEvent::Opened);
     if (bSound) return TRUE;
 
     // Last of all, because the window goes on living under the box: this message may be closed, and the panel
@@ -158,34 +158,66 @@ BOOL CMessagePanel::StartReader(BOOL bSound) {
 }
 
 void CMessagePanel::Play() {
-    if (m_pFile == nullptr || m_gate.IsRunning()) return;
-    m_bPlaying = TRUE;
-    m_bStopped = FALSE;
+    Handle(PanelEvent::Play);
+}
+
+void CMessagePanel::Pause() {
+    Handle(PanelEvent::Pause);
+}
+
+void CMessagePanel::Stop() {
+    Handle(PanelEvent::Stop);
+}
+
+void CMessagePanel::Close() {
+    Handle(PanelEvent::Close);
+}
+
+void CMessagePanel::Handle(PanelEvent event) {
+    const PanelStep step = Step(m_state, event);
+    m_state = step.state;
+    switch (step.action) {
+        case PanelAction::Start:
+            Start();
+            break;
+        case PanelAction::Hold:
+            Hold();
+            break;
+        case PanelAction::Rewind:
+            Rewind();
+            break;
+        case PanelAction::Release:
+            Release();
+            break;
+        case PanelAction::End:
+            Rewind();
+            if (CWnd* pMainWnd = AfxGetMainWnd()) pMainWnd->SendMessage(WM_PLAYBACK_ENDED);
+            break;
+        case PanelAction::Move:
+        case PanelAction::None:
+            break;
+    }
+}
+
+void CMessagePanel::Start() {
     // The device first: while it is paused it drops what the reader writes.
     m_pWaveDevice->Resume();
     m_gate.Run();
     m_pVideo->Play();
 }
 
-void CMessagePanel::Pause() {
-    if (m_pFile == nullptr || !m_bPlaying) return;
-    m_bPlaying = FALSE;
+void CMessagePanel::Hold() {
     KillTimer(kLastPictureTimer);
     m_gate.Halt();
     m_pWaveDevice->Pause();
     m_pVideo->Pause();
 }
 
-void CMessagePanel::Stop() {
-    if (m_pFile == nullptr || m_bStopped) return;
-    m_bStopped = TRUE;
-    m_bPlaying = FALSE;
-    KillTimer(kLastPictureTimer);
-    m_gate.Halt();
+void CMessagePanel::Rewind() {
+    Hold();
     m_reader.Rewind(m_pFile);
     m_nMinutes = 0;
     m_fSeconds = 0.0F;
-    m_pWaveDevice->Pause();
     m_pWaveDevice->Flush();
     m_pVideo->Stop();
     m_pVideo->Clear();
@@ -197,9 +229,10 @@ void CMessagePanel::Stop() {
     m_current.SetWindowText(m_strElapsed);
 }
 
-void CMessagePanel::Close() {
-    Stop();
+// Also what an Open that has failed halfway leaves behind.
+void CMessagePanel::Release() {
     if (m_pReaderThread != nullptr) {
+        Rewind();
         m_gate.End();
         WaitForSingleObject(m_pReaderThread->m_hThread, INFINITE);
         delete m_pReaderThread;
@@ -233,8 +266,7 @@ void CMessagePanel::OnBlockPlayed() {
     }
     ShowElapsed();
     m_gate.OnShorterQueue([this] { return HasRoom(); });
-    // With more to be read, a queue that has run dry only waits for the reader.
-    if (IsDraining() && m_pWaveDevice->GetQueuedCount() == 0) EndPlayback();
+    if (m_pWaveDevice->GetQueuedCount() == 0) Handle(PanelEvent::RanDry);
 }
 
 void CMessagePanel::OnFrameShown() {
@@ -243,13 +275,14 @@ void CMessagePanel::OnFrameShown() {
 
 // While blocks are queued, the last of them will bring the end of the message. Without any this is the place.
 LRESULT CMessagePanel::OnReaderEnded(WPARAM, LPARAM) {
-    if (!IsDraining() || m_pWaveDevice->GetQueuedCount() != 0) return 0;
-    if (!m_pWaveDevice->IsOpen()) return 0;
+    if (m_gate.IsRunning()) return 0;  // it has been told to go on meanwhile
+    Handle(PanelEvent::ReadAll);
+    if (m_pWaveDevice->GetQueuedCount() != 0 || !m_pWaveDevice->IsOpen()) return 0;
     if (m_nViewMode == kVideo) {
         m_bLastShown = FALSE;
         SetTimer(kLastPictureTimer, static_cast<UINT>(1000 / m_nVideoRate));
     } else {
-        EndPlayback();
+        Handle(PanelEvent::RanDry);
     }
     return 0;
 }
@@ -258,24 +291,15 @@ LRESULT CMessagePanel::OnReaderEnded(WPARAM, LPARAM) {
 void CMessagePanel::OnTimer(UINT_PTR nIDEvent) {
     if (nIDEvent != kLastPictureTimer) {
         CDialog::OnTimer(nIDEvent);
-        return;
-    }
-    if (!IsDraining()) {
-        KillTimer(kLastPictureTimer);
     } else if (m_bLastShown) {
-        EndPlayback();
-    } else if (m_pVideo->GetQueuedCount() == 0) {
-        m_bLastShown = TRUE;
+        Handle(PanelEvent::RanDry);
+    } else {
+        m_bLastShown = m_pVideo->GetQueuedCount() == 0;
     }
 }
 
 BOOL CMessagePanel::HasRoom() const {
     return HasRoomForRecord(m_pVideo->GetQueuedCount(), m_pWaveDevice->GetQueuedCount());
-}
-
-// Playing, with everything read.
-BOOL CMessagePanel::IsDraining() {
-    return m_bPlaying && !m_gate.IsRunning();
 }
 
 void CMessagePanel::ShowElapsed() {
@@ -284,12 +308,6 @@ void CMessagePanel::ShowElapsed() {
     if (strElapsed == m_strElapsed) return;
     m_strElapsed = strElapsed;
     m_current.SetWindowText(m_strElapsed);
-}
-
-// The main window may do anything in answer: nothing of the panel is touched afterwards.
-void CMessagePanel::EndPlayback() {
-    Stop();
-    if (CWnd* pMainWnd = AfxGetMainWnd()) pMainWnd->SendMessage(WM_PLAYBACK_ENDED);
 }
 
 void CMessagePanel::OnOK() {

@@ -12,6 +12,7 @@
 #include "controls/position_bar.h"
 #include "controls/waveform_wnd.h"
 #include "platform/framework/afxwin.h"
+#include "playback/panel_state.h"
 #include "playback/reader_gate.h"
 #include "playback/reader_thread.h"
 #include "video/video_wnd.h"
@@ -73,9 +74,14 @@ private:
     BOOL ReadHeader();
     BOOL StartReader(BOOL bSound);
     BOOL HasRoom() const;
-    BOOL IsDraining();
+    // Goes on to the next state and does what that asks for. After an End the main window may have done
+    // anything: nothing of the panel is touched afterwards.
+    void Handle(PanelEvent event);
+    void Start();
+    void Hold();
+    void Rewind();
+    void Release();
     void ShowElapsed();
-    void EndPlayback();
 
     CPositionBar m_positionBar;
     CStatic m_pictureFrame;  // parent of waveform, wave device and renderer
@@ -94,8 +100,7 @@ private:
     int m_nMinutes = 0;  // time heard
     float m_fSeconds = 0.0F;
     CString m_strElapsed;
-    BOOL m_bPlaying = FALSE;  // from Play to Pause, Stop or the end; the reader's run flag is in the gate
-    BOOL m_bStopped = FALSE;
+    PanelState m_state = PanelState::NoMessage;
     BOOL m_bLastShown = FALSE;  // a message without sound: its last picture has been seen to be shown
     MessageReader m_reader;     // the reader thread's while it is in a record
     CReaderGate m_gate;

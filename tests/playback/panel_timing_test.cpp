@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <thread>
 
 #include "tests/playback/player_fixture.h"
 
@@ -90,6 +91,23 @@ TEST_F(PanelTiming, FirstPictureComesOnePeriodOfTheMessagesRateAfterPlay) {
         EXPECT_GE(took, 1000 / rate);
         EXPECT_LT(took, 1000 / rate + 450);
     }
+}
+
+// A reader that has nothing to do uses no processor time, whatever it waits for.
+TEST_F(PanelTiming, TheReaderSleepsWhileItWaits) {
+    const auto expectIdle = [&](const char* what) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const double before = watch::ProcessorMs();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        EXPECT_LT(watch::ProcessorMs() - before, 10.0) << what;
+    };
+    ASSERT_TRUE(Open(MessageBuilder(0, 400).Speech(40)));
+    expectIdle("before Play");
+    Panel().Play();
+    WaitForReader();
+    expectIdle("full queue");
+    Panel().Pause();
+    expectIdle("paused");
 }
 
 }  // namespace

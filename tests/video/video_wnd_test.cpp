@@ -219,22 +219,6 @@ TEST_F(VideoWnd, TheRateChangesOnlyWhileStopped) {
     EXPECT_GE(m_times.Get()[fast] - start, 499ms);
 }
 
-TEST_F(VideoWnd, PlayTwiceIsPlayOnce) {
-    const int requests = timeGetPeriodRequests();
-    CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 10, 20);
-    QueueNumbers(video, 1, 19);
-    const auto start = Clock::now();
-    video.Play();
-    video.Play();
-    EXPECT_EQ(timeGetPeriodRequests(), requests + 1);
-    ASSERT_TRUE(m_times.WaitFor(5));
-    video.Pause();
-    EXPECT_GE(m_times.Get()[4] - start, 499ms) << "two timers would show ten in that time";
-    EXPECT_EQ(timeGetPeriodRequests(), requests);
-    video.Pause();
-    EXPECT_EQ(timeGetPeriodRequests(), requests);
-}
-
 TEST_F(VideoWnd, PicturesThatHaveNoBitmapAreDropped) {
     // A picture without any area cannot have one.
     CVideoWnd video(&m_host, &m_times, 0, kHeight, 100, 3);
@@ -245,15 +229,6 @@ TEST_F(VideoWnd, PicturesThatHaveNoBitmapAreDropped) {
     video.ShowNextFrame();
     EXPECT_EQ(video.GetQueuedCount(), 1);
     EXPECT_TRUE(m_times.Get().empty());
-}
-
-TEST_F(VideoWnd, IsDestroyedWhilePlaying) {
-    for (int i = 0; i < 20; ++i) {
-        CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 1000, 20);
-        QueueNumbers(video, 1, 19);
-        video.Play();
-        if (i % 2 != 0) std::this_thread::sleep_for(2ms);
-    }
 }
 
 }  // namespace

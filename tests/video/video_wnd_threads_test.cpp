@@ -1,5 +1,4 @@
-// The renderer with all its threads at work: what is shown is whole, in order, and only while playing; and
-// what runs per picture allocates nothing.
+// The renderer with all its threads at work: what is shown is whole, in order, and only while playing.
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -7,7 +6,6 @@
 #include <thread>
 
 #include "res/resource.h"
-#include "tests/support/allocation_probe.h"
 #include "tests/support/ui_test.h"
 #include "tests/support/watch.h"
 #include "video/video_wnd.h"
@@ -145,25 +143,6 @@ TEST(VideoWndThreads, RandomPlayPauseStopNeverTearsReordersOrDrawsAfterwards) {
     EXPECT_LT(watch::Ms(longest), 200);
 }
 
-// Pause finds the pacing thread at each stage of its start.
-TEST(VideoWndThreads, PlayAndPauseBackToBackLeaveNoThread) {
-    ui_test::HostDialog host(IDD_PLAYER_DIALOG);
-    CVideoWnd video(&host, nullptr, kWidth, kHeight, 5, kSlots);
-    video.Play();
-    video.Pause();
-    const int before = watch::ThreadCount();
-    for (int i = 0; i < 2000; ++i) {
-        video.Play();
-        const auto until = Clock::now() + std::chrono::microseconds(i % 120);
-        while (Clock::now() < until) {
-        }
-        video.Pause();
-    }
-    // The system may list a thread a little longer than it runs.
-    EXPECT_TRUE(watch::Eventually([&] { return watch::ThreadCount() == before; }, 5s));
-    EXPECT_EQ(timeGetPeriodRequests(), 0);
-}
-
 // Pause comes when the pacing thread has seen that it shall run, but does not wait for a tick yet.
 TEST(VideoWndThreads, PauseBetweenThePacingThreadsLookAndItsWaitEndsItAllTheSame) {
     ui_test::HostDialog host(IDD_PLAYER_DIALOG);
@@ -178,46 +157,6 @@ TEST(VideoWndThreads, PauseBetweenThePacingThreadsLookAndItsWaitEndsItAllTheSame
     video.Pause();
     release.join();
     EXPECT_FALSE(g_endWasLost);
-}
-
-// The UI thread sits in a long operation; pictures go on to the window's picture all the same.
-TEST(VideoWndThreads, DrawingDoesNotWaitForTheUiThread) {
-    ui_test::HostDialog host(IDD_PLAYER_DIALOG);
-    Checker checker;
-    CVideoWnd video(&host, &checker, kWidth, kHeight, 100, kSlots);
-    checker.m_pVideo = &video;
-    checker.m_playing = true;
-    Producer producer(video);
-    video.Play();
-    EXPECT_TRUE(watch::Eventually([&] { return checker.m_shown >= 20; }, 10s));
-    video.Pause();
-}
-
-class AllocationCounter : public CVideoWndClient {
-public:
-    void OnFrameShown() override {
-        if (m_shown == 0) m_first = allocation_probe::OnThisThread();
-        m_last = allocation_probe::OnThisThread();
-        ++m_shown;
-    }
-    long m_first = 0;
-    long m_last = 0;
-    std::atomic<int> m_shown = 0;
-};
-
-TEST(VideoWndThreads, NothingIsAllocatedPerPicture) {
-    if (!allocation_probe::Counts()) GTEST_SKIP() << "allocations are not counted in this build";
-    ui_test::HostDialog host(IDD_PLAYER_DIALOG);
-    AllocationCounter counter;
-    CVideoWnd video(&host, &counter, kWidth, kHeight, 500, kSlots);
-    const std::vector<BYTE> picture(static_cast<std::size_t>(kWidth) * kHeight * 3);
-    const long before = allocation_probe::OnThisThread();
-    for (int i = 0; i < kSlots - 1; ++i) ASSERT_TRUE(video.QueueFrame(picture.data()));
-    EXPECT_EQ(allocation_probe::OnThisThread(), before) << "by the producer";
-    video.Play();
-    EXPECT_TRUE(watch::Eventually([&] { return counter.m_shown == kSlots - 1; }, 10s));
-    video.Pause();
-    EXPECT_EQ(counter.m_last, counter.m_first) << "by the pacing thread";
 }
 
 }  // namespace
