@@ -3,12 +3,13 @@ _trvdump() {
     local cur prev words cword
     _init_completion || return
     case $prev in
-        --wav | --pcm) _filedir && return ;;
+        --wav | --pcm | --thumbnail) _filedir && return ;;
         --png | --bgr) _filedir -d && return ;;
         --quality) COMPREPLY=($(compgen -W '0 1 2 3' -- "$cur")) && return ;;
+        --size) COMPREPLY=($(compgen -W '128 256 512 1024' -- "$cur")) && return ;;
     esac
     if [[ $cur == -* ]]; then
-        COMPREPLY=($(compgen -W '--json --wav --pcm --png --bgr --quality -h --help --version' -- "$cur"))
+        COMPREPLY=($(compgen -W '--json --wav --pcm --png --bgr --quality --thumbnail --size -h --help --version' -- "$cur"))
     else
         _filedir 'trv'
     fi

@@ -9,6 +9,7 @@
 #include "tools/dump/message_report.h"
 #include "tools/dump/options.h"
 #include "tools/dump/report_json.h"
+#include "tools/dump/thumbnail.h"
 #include "tools/tool_error.h"
 
 namespace tools {
@@ -44,6 +45,11 @@ public:
 private:
     void Treat(const std::string& path) {
         try {
+            if (options_.thumbnail) {
+                WriteThumbnail(path, *options_.thumbnail,
+                               options_.thumbnail_size.value_or(DumpOptions::kThumbnailSize));
+                return;
+            }
             MessageFile message(path);
             const MessageReport report = ReportOn(message);
             if (options_.Writes()) {

@@ -3,6 +3,7 @@
 #include <getopt.h>
 
 #include <array>
+#include <charconv>
 #include <cstring>
 
 #include "tools/tool_error.h"
@@ -24,6 +25,9 @@ as the player does it. Without options it prints a summary of each message.
       --bgr DIR     write the decoder's bytes as DIR/picture-0001.bgr and so on: rows of
                     320 times B, G, R, the bottom row first, 230400 bytes
       --quality N   decode pictures at level 0 to 3 (default 3, as players do)
+      --thumbnail FILE  write one small picture of the message (PNG): the first that is
+                    not nearly one colour, or for speech alone its levels
+      --size N      longer side of the thumbnail, 16 to 1024 pixels (default 256)
   -h, --help        print this and end
       --version     print the version and end
 
@@ -37,15 +41,17 @@ Exit status: 0 on success, 1 when a file is no message or something cannot be wr
 
 namespace {
 
-enum LongOption { kJson = 256, kWav, kPcm, kPng, kBgr, kQuality, kVersion };
+enum LongOption { kJson = 256, kWav, kPcm, kPng, kBgr, kQuality, kThumbnail, kSize, kVersion };
 
-constexpr std::array<option, 9> kLongOptions = {{
+constexpr std::array<option, 11> kLongOptions = {{
     {"json", no_argument, nullptr, kJson},
     {"wav", required_argument, nullptr, kWav},
     {"pcm", required_argument, nullptr, kPcm},
     {"png", required_argument, nullptr, kPng},
     {"bgr", required_argument, nullptr, kBgr},
     {"quality", required_argument, nullptr, kQuality},
+    {"thumbnail", required_argument, nullptr, kThumbnail},
+    {"size", required_argument, nullptr, kSize},
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, kVersion},
     {nullptr, 0, nullptr, 0},
@@ -58,6 +64,16 @@ int ParseQuality(const char* text) {
     return *text - '0';
 }
 
+int ParseSize(const char* text) {
+    int size = 0;
+    const char* const end = text + std::strlen(text);
+    const auto [stopped, error] = std::from_chars(text, end, size);
+    if (error != std::errc{} || stopped != end || size < 16 || size > 1024) {
+        throw UsageError(std::string("--size takes a number from 16 to 1024, not '") + text + "'");
+    }
+    return size;
+}
+
 void Check(const DumpOptions& options) {
     if (options.messages.empty()) throw UsageError("no message given");
     if (options.Writes() && options.messages.size() > 1) throw UsageError("writing takes one message");
@@ -66,6 +82,11 @@ void Check(const DumpOptions& options) {
     const bool sound_goes_there = options.wav == "-" || options.pcm == "-";
     if (sound_goes_there && to_standard_output > 1) throw UsageError("standard output takes one thing only");
     if (options.wav && options.wav == options.pcm) throw UsageError("--wav and --pcm name the same file");
+    if (options.thumbnail && (options.Writes() || options.json)) {
+        throw UsageError("--thumbnail is written alone");
+    }
+    if (options.thumbnail && options.messages.size() > 1) throw UsageError("writing takes one message");
+    if (options.thumbnail_size && !options.thumbnail) throw UsageError("--size needs --thumbnail");
 }
 
 }  // namespace
@@ -93,6 +114,12 @@ DumpOptions ParseDumpOptions(int argc, char** argv) {
                 break;
             case kQuality:
                 options.quality = ParseQuality(optarg);
+                break;
+            case kThumbnail:
+                options.thumbnail = optarg;
+                break;
+            case kSize:
+                options.thumbnail_size = ParseSize(optarg);
                 break;
             case 'h':
                 options.help = true;

@@ -14,8 +14,13 @@ struct DumpOptions {
     std::optional<std::string> png;
     std::optional<std::string> bgr;
     int quality = 3;
+    std::optional<std::string> thumbnail;
+    std::optional<int> thumbnail_size;
     bool help = false;
     bool version = false;
+
+    // The longer side of a thumbnail in pixels, where none is asked for.
+    static constexpr int kThumbnailSize = 256;
 
     bool WritesSound() const { return wav || pcm; }
     bool WritesPictures() const { return png || bgr; }
