@@ -67,6 +67,7 @@ BOOL CIconButton::SetTooltipText(UINT nString) {
         m_toolTip.AddTool(this, text, client, kTipTool);
     }
     m_toolTip.UpdateTipText(text, this, kTipTool);
+    SetAccessibleName(text);
     m_toolTip.Activate(TRUE);
     return TRUE;
 }

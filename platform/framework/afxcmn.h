@@ -47,7 +47,7 @@ public:
     void Activate(BOOL active);
     int GetToolCount() const { return m_hasTool ? 1 : 0; }
     BOOL AddTool(CWnd* window, LPCTSTR text, const RECT* rect, UINT_PTR id);
-    // Also becomes the window's accessible name.
+    // Shown when the pointer moves next, also in place of a text that is up.
     void UpdateTipText(LPCTSTR text, CWnd* window, UINT_PTR id);
     // Shows, moves and hides the tip as the mouse messages of its window ask.
     void RelayEvent(const MSG* message);

@@ -38,6 +38,12 @@ namespace afx {
 // The window behind a handle carried by a message, null for none (CWnd::FromHandle without its header).
 CWnd* WindowFromMessage(LPARAM handle);
 
+// The position that a mouse message carries.
+inline CPoint PointOf(LPARAM lp) {
+    const auto at = static_cast<DWORD_PTR>(lp);
+    return CPoint(static_cast<std::int16_t>(LOWORD(at)), static_cast<std::int16_t>(HIWORD(at)));
+}
+
 template <class C>
 struct ClassOf;
 template <class C, class R, class... A>
@@ -82,9 +88,19 @@ LRESULT CallSysCommand(CWnd* w, WPARAM wp, LPARAM lp) {
 }
 template <auto H>
 LRESULT CallMouse(CWnd* w, WPARAM wp, LPARAM lp) {
-    const auto at = static_cast<DWORD_PTR>(lp);
-    (Target<H>(w)->*H)(static_cast<UINT>(wp),
-                       CPoint(static_cast<std::int16_t>(LOWORD(at)), static_cast<std::int16_t>(HIWORD(at))));
+    (Target<H>(w)->*H)(static_cast<UINT>(wp), PointOf(lp));
+    return 0;
+}
+// The position is one on the screen.
+template <auto H>
+LRESULT CallWheel(CWnd* w, WPARAM wp, LPARAM lp) {
+    return (Target<H>(w)->*H)(LOWORD(wp), static_cast<std::int16_t>(HIWORD(wp)), PointOf(lp));
+}
+// The key, how often it counts, and bits that say more about it (KF_…).
+template <auto H>
+LRESULT CallKey(CWnd* w, WPARAM wp, LPARAM lp) {
+    const auto detail = static_cast<DWORD_PTR>(lp);
+    (Target<H>(w)->*H)(static_cast<UINT>(wp), LOWORD(detail), HIWORD(detail));
     return 0;
 }
 template <auto H>
@@ -149,8 +165,14 @@ protected:                                             \
 #define ON_WM_VSCROLL() {WM_VSCROLL, 0, 0, &afx::CallScroll<&ThisClass::OnVScroll>},
 #define ON_WM_SYSCOMMAND() {WM_SYSCOMMAND, 0, 0, &afx::CallSysCommand<&ThisClass::OnSysCommand>},
 #define ON_WM_MOUSEMOVE() {WM_MOUSEMOVE, 0, 0, &afx::CallMouse<&ThisClass::OnMouseMove>},
+#define ON_WM_LBUTTONDOWN() {WM_LBUTTONDOWN, 0, 0, &afx::CallMouse<&ThisClass::OnLButtonDown>},
+#define ON_WM_LBUTTONUP() {WM_LBUTTONUP, 0, 0, &afx::CallMouse<&ThisClass::OnLButtonUp>},
+#define ON_WM_LBUTTONDBLCLK() {WM_LBUTTONDBLCLK, 0, 0, &afx::CallMouse<&ThisClass::OnLButtonDblClk>},
+#define ON_WM_MOUSEWHEEL() {WM_MOUSEWHEEL, 0, 0, &afx::CallWheel<&ThisClass::OnMouseWheel>},
+#define ON_WM_KEYDOWN() {WM_KEYDOWN, 0, 0, &afx::CallKey<&ThisClass::OnKeyDown>},
 #define ON_WM_CAPTURECHANGED() \
     {WM_CAPTURECHANGED, 0, 0, &afx::CallWindowLParam<&ThisClass::OnCaptureChanged>},
+#define ON_WM_SETFOCUS() {WM_SETFOCUS, 0, 0, &afx::CallWindowWParam<&ThisClass::OnSetFocus>},
 #define ON_WM_KILLFOCUS() {WM_KILLFOCUS, 0, 0, &afx::CallWindowWParam<&ThisClass::OnKillFocus>},
 #define ON_WM_SETCURSOR() {WM_SETCURSOR, 0, 0, &afx::CallSetCursor<&ThisClass::OnSetCursor>},
 #define ON_WM_QUERYDRAGICON() {WM_QUERYDRAGICON, 0, 0, &afx::CallIcon<&ThisClass::OnQueryDragIcon>},

@@ -130,7 +130,14 @@ protected:
     afx_msg void OnVScroll(UINT, UINT, CScrollBar*) { Default(); }
     afx_msg void OnSysCommand(UINT, LPARAM) { Default(); }
     afx_msg void OnMouseMove(UINT, CPoint) { Default(); }
+    afx_msg void OnLButtonDown(UINT, CPoint) { Default(); }
+    afx_msg void OnLButtonUp(UINT, CPoint) { Default(); }
+    afx_msg void OnLButtonDblClk(UINT, CPoint) { Default(); }
+    // FALSE lets the parent have it.
+    afx_msg BOOL OnMouseWheel(UINT, short, CPoint) { return static_cast<BOOL>(Default()); }
+    afx_msg void OnKeyDown(UINT, UINT, UINT) { Default(); }
     afx_msg void OnCaptureChanged(CWnd*) { Default(); }
+    afx_msg void OnSetFocus(CWnd*) { Default(); }
     afx_msg void OnKillFocus(CWnd*) { Default(); }
     afx_msg BOOL OnSetCursor(CWnd*, UINT, UINT) { return static_cast<BOOL>(Default()); }
     afx_msg void OnDropFiles(HDROP) { Default(); }
@@ -138,6 +145,9 @@ protected:
 private:
     bool Dispatch(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
 };
+
+// Whether VK_SHIFT or VK_CONTROL is held: negative if so. Other keys end the program with a message.
+short GetKeyState(int key);
 
 // Ends the capture, if a window of the application has it (WM_CAPTURECHANGED tells that window).
 BOOL ReleaseCapture();

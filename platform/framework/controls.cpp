@@ -43,17 +43,16 @@ void CToolTipCtrl::Activate(BOOL active) {
     m_active = active != FALSE;
 }
 
-BOOL CToolTipCtrl::AddTool(CWnd* window, LPCTSTR text, const RECT* rect, UINT_PTR id) {
+BOOL CToolTipCtrl::AddTool(CWnd*, LPCTSTR text, const RECT* rect, UINT_PTR) {
     if (m_parent == nullptr || m_hasTool) return FALSE;
     m_hasTool = true;
     m_rect = *rect;
-    UpdateTipText(text, window, id);
+    m_text = text;
     return TRUE;
 }
 
-void CToolTipCtrl::UpdateTipText(LPCTSTR text, CWnd* window, UINT_PTR) {
+void CToolTipCtrl::UpdateTipText(LPCTSTR text, CWnd*, UINT_PTR) {
     m_text = text;
-    window->SetAccessibleName(text);
 }
 
 void CToolTipCtrl::RelayEvent(const MSG* message) {
@@ -61,9 +60,7 @@ void CToolTipCtrl::RelayEvent(const MSG* message) {
     if (toolkit == nullptr || !m_active || !m_hasTool || message->hwnd != m_parent) return;
     switch (message->message) {
         case WM_MOUSEMOVE: {
-            const auto at = static_cast<DWORD_PTR>(message->lParam);
-            const CPoint point(static_cast<std::int16_t>(LOWORD(at)), static_cast<std::int16_t>(HIWORD(at)));
-            if (m_rect.PtInRect(point) != FALSE)
+            if (m_rect.PtInRect(afx::PointOf(message->lParam)) != FALSE)
                 toolkit->OfferTip(m_parent, m_text.Str(), {m_initial, m_reshow, m_autoPop});
             else
                 toolkit->HideTip();

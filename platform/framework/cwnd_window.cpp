@@ -280,6 +280,12 @@ int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
     return IDOK;
 }
 
+short GetKeyState(int key) {
+    const auto code = static_cast<WPARAM>(key);
+    if (code != VK_SHIFT && code != VK_CONTROL) Unsupported("key to ask for", code);
+    return Toolkit()->IsKeyHeld(code) ? -0x8000 : 0;
+}
+
 COLORREF GetSysColor(int index) {
     return Toolkit() == nullptr ? 0 : Toolkit()->SystemColor(index);
 }

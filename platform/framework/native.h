@@ -77,9 +77,11 @@ public:
     virtual HWND ActiveWindow() = 0;
     virtual HWND FocusWindow() = 0;
     virtual HWND WindowAt(POINT screen) = 0;
+    // VK_SHIFT or VK_CONTROL.
+    virtual bool IsKeyHeld(WPARAM key) = 0;
 
-    // The pointer moved over a window that has a tip: shows it after the delay, unless it is up already or
-    // has been up since the pointer came.
+    // The pointer moved over a window that has a tip: shows it after the delay, or shows the new text of one
+    // that has been shown since the pointer came.
     struct TipDelays {
         int initialMs;
         int reshowMs;  // in place of initialMs when another tip was up a moment ago

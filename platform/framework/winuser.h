@@ -28,6 +28,7 @@ inline constexpr UINT WM_MOUSEMOVE = 0x0200;
 inline constexpr UINT WM_LBUTTONDOWN = 0x0201;
 inline constexpr UINT WM_LBUTTONUP = 0x0202;
 inline constexpr UINT WM_LBUTTONDBLCLK = 0x0203;
+inline constexpr UINT WM_MOUSEWHEEL = 0x020A;
 inline constexpr UINT WM_CAPTURECHANGED = 0x0215;
 inline constexpr UINT WM_DROPFILES = 0x0233;
 inline constexpr UINT WM_USER = 0x0400;
@@ -39,11 +40,30 @@ inline constexpr UINT SC_MAXIMIZE = 0xF030;
 inline constexpr UINT SC_CLOSE = 0xF060;
 inline constexpr UINT SC_RESTORE = 0xF120;
 inline constexpr UINT MK_LBUTTON = 0x0001;
+inline constexpr UINT MK_SHIFT = 0x0004;
+inline constexpr UINT MK_CONTROL = 0x0008;
+inline constexpr int WHEEL_DELTA = 120;  // one notch
 inline constexpr UINT HTCLIENT = 1;
 
+// Letters and digits have the numbers of their capital characters.
+inline constexpr WPARAM VK_BACK = 0x08;
 inline constexpr WPARAM VK_RETURN = 0x0D;
+inline constexpr WPARAM VK_SHIFT = 0x10;
+inline constexpr WPARAM VK_CONTROL = 0x11;
 inline constexpr WPARAM VK_ESCAPE = 0x1B;
 inline constexpr WPARAM VK_SPACE = 0x20;
+inline constexpr WPARAM VK_PRIOR = 0x21;
+inline constexpr WPARAM VK_NEXT = 0x22;
+inline constexpr WPARAM VK_END = 0x23;
+inline constexpr WPARAM VK_HOME = 0x24;
+inline constexpr WPARAM VK_LEFT = 0x25;
+inline constexpr WPARAM VK_UP = 0x26;
+inline constexpr WPARAM VK_RIGHT = 0x27;
+inline constexpr WPARAM VK_DOWN = 0x28;
+inline constexpr WPARAM VK_OEM_COMMA = 0xBC;
+inline constexpr WPARAM VK_OEM_PERIOD = 0xBE;
+inline constexpr WPARAM VK_OEM_4 = 0xDB;  // [
+inline constexpr WPARAM VK_OEM_6 = 0xDD;  // ]
 
 // Window styles.
 inline constexpr DWORD WS_POPUP = 0x80000000U;

@@ -4,6 +4,10 @@
 #include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QWheelEvent>
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "platform/framework/afxwin.h"
 #include "platform/qt/qt_toolkit.h"
@@ -15,22 +19,45 @@ LPARAM PackPoint(const QPoint& point) {
                                static_cast<std::uint32_t>(static_cast<std::uint16_t>(point.y())) << 16U);
 }
 
-// The player only asks for these; other keys have the number 0 and stay the toolkit's.
-WPARAM VirtualKey(int key) {
-    switch (key) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            return VK_RETURN;
-        case Qt::Key_Escape:
-            return VK_ESCAPE;
-        case Qt::Key_Space:
-            return VK_SPACE;
-        default:
-            return 0;
-    }
+// Other keys, and those that are pressed with Alt, have the number 0 and stay the toolkit's.
+WPARAM VirtualKey(const QKeyEvent& event) {
+    constexpr std::pair<int, WPARAM> kKeys[] = {
+        {Qt::Key_Backspace, VK_BACK},
+        {Qt::Key_Return, VK_RETURN},
+        {Qt::Key_Enter, VK_RETURN},
+        {Qt::Key_Escape, VK_ESCAPE},
+        {Qt::Key_Space, VK_SPACE},
+        {Qt::Key_PageUp, VK_PRIOR},
+        {Qt::Key_PageDown, VK_NEXT},
+        {Qt::Key_End, VK_END},
+        {Qt::Key_Home, VK_HOME},
+        {Qt::Key_Left, VK_LEFT},
+        {Qt::Key_Up, VK_UP},
+        {Qt::Key_Right, VK_RIGHT},
+        {Qt::Key_Down, VK_DOWN},
+        {Qt::Key_Comma, VK_OEM_COMMA},
+        {Qt::Key_Period, VK_OEM_PERIOD},
+        {Qt::Key_BracketLeft, VK_OEM_4},
+        {Qt::Key_BracketRight, VK_OEM_6},
+    };
+    const int key = event.key();
+    if ((event.modifiers() & Qt::AltModifier) != 0) return 0;
+    if ((key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9))
+        return static_cast<WPARAM>(key);
+    const auto* found =
+        std::find_if(std::begin(kKeys), std::end(kKeys), [key](const auto& k) { return k.first == key; });
+    return found == std::end(kKeys) ? 0 : found->second;
 }
 
-constexpr LPARAM kOutside = -1;  // both coordinates −1
+// MK_…
+WPARAM HeldKeys(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) {
+    return ((buttons & Qt::LeftButton) != 0 ? MK_LBUTTON : 0) |
+           ((modifiers & Qt::ShiftModifier) != 0 ? MK_SHIFT : 0) |
+           ((modifiers & Qt::ControlModifier) != 0 ? MK_CONTROL : 0);
+}
+
+constexpr LPARAM kOutside = -1;          // both coordinates −1
+constexpr LPARAM kWasDown = 0x40000000;  // the key repeats
 
 }  // namespace
 
@@ -38,8 +65,8 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
     const auto mouse = [&](UINT message) -> std::optional<MSG> {
         const auto* e = static_cast<QMouseEvent*>(event);
         if (message != WM_MOUSEMOVE && e->button() != Qt::LeftButton) return std::nullopt;
-        const WPARAM keys = (e->buttons() & Qt::LeftButton) != 0 ? MK_LBUTTON : 0;
-        return MSG{window, message, keys, PackPoint(e->position().toPoint())};
+        return MSG{window, message, HeldKeys(e->buttons(), e->modifiers()),
+                   PackPoint(e->position().toPoint())};
     };
     switch (event->type()) {
         case QEvent::MouseMove:
@@ -50,8 +77,18 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
             return mouse(WM_LBUTTONDBLCLK);
         case QEvent::MouseButtonRelease:
             return mouse(WM_LBUTTONUP);
-        case QEvent::KeyPress:
-            return MSG{window, WM_KEYDOWN, VirtualKey(static_cast<QKeyEvent*>(event)->key()), 0};
+        case QEvent::Wheel: {
+            // The toolkit counts a notch as the framework does. Turning sideways stays its own.
+            const auto* e = static_cast<QWheelEvent*>(event);
+            const auto delta = static_cast<std::uint16_t>(e->angleDelta().y());
+            if (delta == 0) return std::nullopt;
+            return MSG{window, WM_MOUSEWHEEL, HeldKeys(e->buttons(), e->modifiers()) | WPARAM{delta} << 16U,
+                       PackPoint(e->globalPosition().toPoint())};
+        }
+        case QEvent::KeyPress: {
+            const auto* e = static_cast<QKeyEvent*>(event);
+            return MSG{window, WM_KEYDOWN, VirtualKey(*e), 1 | (e->isAutoRepeat() ? kWasDown : 0)};
+        }
         case QEvent::FocusIn:
             return MSG{window, WM_SETFOCUS, 0, 0};
         case QEvent::FocusOut:
@@ -77,8 +114,8 @@ void TellPointerCrossing(HWND window, QEvent::Type type) {
     if (type != QEvent::Leave) return;
     const CWnd* capturing = CWnd::GetCapture();
     if (capturing != nullptr && capturing->GetSafeHwnd() == window) {
-        const WPARAM keys = (QApplication::mouseButtons() & Qt::LeftButton) != 0 ? MK_LBUTTON : 0;
-        windows::DeliverInput({window, WM_MOUSEMOVE, keys, kOutside});
+        windows::DeliverInput(
+            {window, WM_MOUSEMOVE, HeldKeys(QApplication::mouseButtons(), Qt::NoModifier), kOutside});
     }
     QtToolkit::Instance().PointerLeft(window);
 }

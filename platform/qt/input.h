@@ -56,8 +56,10 @@ protected:
         }
         const QPointer<QWidget> alive(this);
         QEvent* outer = std::exchange(m_current, event);
-        windows::DeliverInput(*message);
+        const LRESULT result = windows::DeliverInput(*message);
         if (alive == nullptr) return true;
+        // The wheel is the parent's when this window has not turned anything.
+        if (message->message == WM_MOUSEWHEEL && m_current != nullptr) event->setAccepted(result != 0);
         m_current = outer;
         if (message->message == WM_LBUTTONUP) TellPointerStays(this, m_window);
         return true;

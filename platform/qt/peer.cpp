@@ -218,6 +218,7 @@ LRESULT QtPeer::ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONUP:
         case WM_LBUTTONDBLCLK:
+        case WM_MOUSEWHEEL:
         case WM_KEYDOWN:
         case WM_SETFOCUS:
         case WM_KILLFOCUS:

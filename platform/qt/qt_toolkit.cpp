@@ -9,6 +9,7 @@
 #include <QToolTip>
 #include <clocale>
 #include <cstdint>
+#include <utility>
 
 #include "platform/framework/message_queue.h"
 #include "platform/framework/window.h"
@@ -47,13 +48,7 @@ QtToolkit::QtToolkit(int& argc, char** argv)
     QObject::connect(&m_wakeNotifier, &QSocketNotifier::activated, [this] { OnWake(); });
     m_tipTimer.setSingleShot(true);
     m_tipGone.setSingleShot(true);
-    QObject::connect(&m_tipTimer, &QTimer::timeout, [this] {
-        if (QWidget* widget = WidgetOf(m_tipWindow)) {
-            m_tipSpent = m_tipWindow;
-            QToolTip::showText(QCursor::pos(), m_tipText, widget, {}, m_tipAutoPopMs);
-            m_tipGone.start(m_tipAutoPopMs);
-        }
-    });
+    QObject::connect(&m_tipTimer, &QTimer::timeout, [this] { ShowTip(); });
 }
 
 QtToolkit::~QtToolkit() {
@@ -193,29 +188,45 @@ HWND QtToolkit::WindowAt(POINT screen) {
     return widget == nullptr ? nullptr : HandleOf(widget);
 }
 
+bool QtToolkit::IsKeyHeld(WPARAM key) {
+    return QApplication::keyboardModifiers().testFlag(key == VK_SHIFT ? Qt::ShiftModifier
+                                                                      : Qt::ControlModifier);
+}
+
 void QtToolkit::OfferTip(HWND window, const std::string& text, TipDelays delays) {
     // While another program is active the buttons do not light and name nothing.
     if (QApplication::activeWindow() == nullptr) return;
-    if (m_tipSpent == window || (m_tipWindow == window && m_tipTimer.isActive())) return;
-    m_tipWindow = window;
-    m_tipSpent = nullptr;
-    m_tipText = QString::fromStdString(text);
-    m_tipAutoPopMs = delays.autoPopMs;
-    m_tipTimer.start(m_tipGone.isActive() ? delays.reshowMs : delays.initialMs);
+    const bool come = m_tipWindow != window || m_tip == Tip::kNone;
+    if (!come && m_tip == Tip::kSpent) return;
+    const QString before = std::exchange(m_tipText, QString::fromStdString(text));
+    if (come) {
+        m_tip = Tip::kWaiting;
+        m_tipWindow = window;
+        m_tipAutoPopMs = delays.autoPopMs;
+        m_tipTimer.start(m_tipGone.isActive() ? delays.reshowMs : delays.initialMs);
+    } else if (m_tip == Tip::kShown && m_tipText != before) {
+        ShowTip();
+    }
+}
+
+void QtToolkit::ShowTip() {
+    QWidget* widget = WidgetOf(m_tipWindow);
+    if (widget == nullptr) return;
+    m_tip = Tip::kShown;
+    QToolTip::showText(QCursor::pos(), m_tipText, widget, {}, m_tipAutoPopMs);
+    m_tipGone.start(m_tipAutoPopMs);
 }
 
 void QtToolkit::HideTip() {
     m_tipTimer.stop();
-    m_tipSpent = m_tipWindow;
+    m_tip = Tip::kSpent;
     QToolTip::hideText();
 }
 
 void QtToolkit::PointerLeft(HWND window) {
     if (m_tipWindow != window) return;
-    m_tipTimer.stop();
-    m_tipWindow = nullptr;
-    m_tipSpent = nullptr;
-    QToolTip::hideText();
+    HideTip();
+    m_tip = Tip::kNone;
 }
 
 QImage ToQImage(const Image& image) {

@@ -36,6 +36,7 @@ public:
     HWND ActiveWindow() override;
     HWND FocusWindow() override;
     HWND WindowAt(POINT screen) override;
+    bool IsKeyHeld(WPARAM key) override;
     void OfferTip(HWND window, const std::string& text, TipDelays delays) override;
     void HideTip() override;
 
@@ -48,6 +49,7 @@ public:
 
 private:
     void OnWake();
+    void ShowTip();
     // Runs a dialog of the toolkit's own until it is closed or its owner goes.
     int RunDialog(HWND owner, QDialog* dialog);
     struct Modal {
@@ -64,12 +66,14 @@ private:
     QFont m_dialogFont;
     std::vector<Modal> m_modals;
 
-    QTimer m_tipTimer;
-    QTimer m_tipGone;  // runs for a moment after a tip was up
+    // Spent: not to be shown before the pointer has left the window.
+    enum class Tip { kNone, kWaiting, kShown, kSpent };
+    Tip m_tip = Tip::kNone;
     HWND m_tipWindow = nullptr;
-    HWND m_tipSpent = nullptr;  // the window whose tip is not offered until the pointer leaves it
     QString m_tipText;
     int m_tipAutoPopMs = 0;
+    QTimer m_tipTimer;
+    QTimer m_tipGone;  // runs for a moment after a tip was up
 };
 
 // Window widgets carry their handle.

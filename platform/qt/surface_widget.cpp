@@ -11,6 +11,16 @@
 #include "platform/framework/drop_files.h"
 #include "platform/qt/widgets.h"
 
+namespace {
+
+// A program that was told of a move would delete its file.
+void AcceptCopy(QDropEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+}  // namespace
+
 SurfaceWidget::SurfaceWidget(HWND window, QWidget* parent) : WindowWidget<QWidget>(window, parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
@@ -38,16 +48,22 @@ void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
 }
 
 void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
+    dragMoveEvent(event);
+}
+
+void SurfaceWidget::dragMoveEvent(QDragMoveEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
-        event->acceptProposedAction();
+        AcceptCopy(event);
 }
 
 void SurfaceWidget::dropEvent(QDropEvent* event) {
     DroppedFiles dropped;
     for (const QUrl& url : event->mimeData()->urls())
         if (url.isLocalFile()) dropped.paths.push_back(url.toLocalFile().toStdString());
-    event->acceptProposedAction();
+    AcceptCopy(event);
+    // One that offers nothing but a move is told that nothing was done.
+    if (event->dropAction() != Qt::CopyAction) event->setDropAction(Qt::IgnoreAction);
     if (dropped.paths.empty()) return;
     // Told later, as the program that the files come from waits until this event has been handled, and the
     // player may show a message box.

@@ -63,6 +63,7 @@ public:
     HWND ActiveWindow() override { return nullptr; }
     HWND FocusWindow() override { return nullptr; }
     HWND WindowAt(POINT) override { return nullptr; }
+    bool IsKeyHeld(WPARAM) override { return false; }
     void OfferTip(HWND, const std::string&, TipDelays) override {}
     void HideTip() override {}
 
