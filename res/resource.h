@@ -35,6 +35,7 @@
 #define IDS_TIME_FORMAT 10
 #define IDS_CANNOT_OPEN_FILE 11
 #define IDS_REGISTRY_KEY 12
+#define IDS_POSITION_OF 13
 
 // Controls of the main window
 #define IDC_PLAY_PAUSE 1000
