@@ -1,5 +1,5 @@
 #!/bin/bash
-# Sets up, builds the player and plays a message, or the sample where none is named.
+# Sets up, builds the player alone and plays a message, or the sample where none is named.
 #
 #   ./play.sh [--for SECONDS] [--player PROGRAM] [MESSAGE]
 #
@@ -36,20 +36,23 @@ fi
 cd "$root"
 
 if [ -z "$program" ]; then
-    ./setup.sh
-    cmake --preset release --log-level=WARNING >/dev/null
-    cmake --build --preset release --target trvplayer -- --quiet
-    program=build/release/app/trvplayer
+    ./setup.sh play
+    cmake --preset player --log-level=WARNING >/dev/null
+    cmake --build --preset player -- --quiet
 fi
-player=("$(realpath -- "$program")" "$message")
+player=("$(realpath -- "${program:-build/player/app/trvplayer}")" "$message")
 if [ -n "$seconds" ]; then
     player=("$root/scripts/close-after" "$seconds" "${player[@]}")
 fi
 
-# An X display that answers, or a Wayland one that the installed Qt can use.
+# An X display that answers, or a Wayland one that the installed Qt can use. An X display counts as answering
+# where nothing can ask it.
 has_display() {
-    if [ -n "${DISPLAY:-}" ] && timeout 5 xdpyinfo >/dev/null 2>&1; then
-        return 0
+    if [ -n "${DISPLAY:-}" ]; then
+        command -v xdpyinfo >/dev/null || return 0
+        if timeout 5 xdpyinfo >/dev/null 2>&1; then
+            return 0
+        fi
     fi
     local socket=${WAYLAND_DISPLAY:-}
     [ -n "$socket" ] || return 1
@@ -71,10 +74,16 @@ has_sound() {
     esac
 }
 
+session=()
+needs=()
 if ! has_display; then
-    exec scripts/private-session --say "${player[@]}"
+    session=(scripts/private-session --say)
+    needs=(display sound)
 elif ! has_sound; then
-    exec scripts/private-session --say --only-sound "${player[@]}"
-else
-    exec "${player[@]}"
+    session=(scripts/private-session --say --only-sound)
+    needs=(sound)
 fi
+if [ -z "$program" ] && [ ${#needs[@]} -gt 0 ]; then
+    ./setup.sh "${needs[@]}"
+fi
+exec "${session[@]}" "${player[@]}"

@@ -1,93 +1,162 @@
 #!/bin/bash
-# Installs the Debian packages that building, playing and testing need; quick when nothing is missing.
+# Installs the Debian packages that are missing, and removes none: where one cannot be installed beside what is
+# there, it says which and why, and installs nothing. Quick when nothing is missing.
 #
-#   ./setup.sh              what ./play.sh and ./test.sh need
-#   ./setup.sh --fuzz       also the compiler for the fuzz preset
-#   ./setup.sh --bench      also the programs that bench/ measures against
-#   ./setup.sh --check      installs nothing; names what is missing and exits 1 if anything is
+#   ./setup.sh [--check] [LEVEL...]
+#
+#   play       what building and playing need (the default)
+#   display    a virtual display, for a machine that has none
+#   sound      a sound server for private sessions: PipeWire's where its PulseAudio service is installed
+#   test       all of these, and what the tests need
+#   fuzz       test, and the compiler for the presets fuzz and clang
+#   bench      test, and the programs that bench/ measures against
+#
+# --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
+# all that is done: programs, pkg-config modules and headers are looked for.
 set -euo pipefail
+export LC_ALL=C
 
-# Compilers and libraries.
-build=(
-    g++ cmake ninja-build pkg-config git
-    qt6-base-dev libgl1-mesa-dev
-    libpulse-dev
-    libgsm1-dev
-    libsndfile1-dev libsamplerate0-dev libpng-dev
-    binutils-mingw-w64-i686 # windres, for res/player.rc
-    libgtest-dev            # the tests belong to every configuration
-)
+# Level, Debian package, and what shows that it is there where no package manager says so: a program, a
+# pkg-config module (pc:), a header (h:), or nothing (-).
+packages='
+play g++ c++
+play cmake cmake
+play ninja-build ninja
+play pkg-config pkg-config
+play qt6-base-dev pc:Qt6Widgets
+play libpulse-dev pc:libpulse
+play libgsm1-dev h:gsm/gsm.h
+play binutils-mingw-w64-i686 i686-w64-mingw32-windres
+play fonts-liberation -
+play shared-mime-info update-mime-database
+play desktop-file-utils update-desktop-database
+play xdg-utils xdg-mime
+play pulseaudio-utils pactl
+display xvfb Xvfb
+display openbox openbox
+display x11-utils xprop
+display xdotool xdotool
+display imagemagick import
+test git git
+test python3 python3
+test libgtest-dev pc:gtest
+test libsndfile1-dev pc:sndfile
+test libsamplerate0-dev pc:samplerate
+test libpng-dev pc:libpng
+test libglib2.0-bin gio
+test dbus-daemon dbus-daemon
+fuzz clang clang++
+fuzz libclang-rt-14-dev -
+bench libbenchmark-dev pc:benchmark
+bench mpv mpv
+bench ffmpeg ffmpeg
+bench sox sox
+bench libturbojpeg0-dev pc:libturbojpeg
+bench libopenjp2-7-dev pc:libopenjp2
+bench libsox-fmt-all -
+bench python3-xlib -
+bench python3-matplotlib -
+bench espeak-ng espeak-ng
+'
+# PulseAudio's daemon excludes PipeWire's sound packages; one of the two serves.
+if ! command -v pulseaudio >/dev/null && command -v pipewire-pulse >/dev/null; then
+    packages+='
+sound pipewire pipewire
+sound wireplumber wireplumber
+sound pipewire-pulse pipewire-pulse
+sound dbus-daemon dbus-daemon
+'
+else
+    packages+='
+sound pulseaudio pulseaudio
+'
+fi
 
-# What the player needs around it: a sans face, the shared MIME database, the sound client's tools, and a
-# display and sound server of its own where the machine has none.
-run=(
-    qt6-qpa-plugins
-    fonts-liberation
-    shared-mime-info desktop-file-utils xdg-utils libglib2.0-bin
-    pulseaudio pulseaudio-utils
-    xvfb openbox x11-utils xdotool imagemagick
-)
-
-# What the tests need besides.
-test=(
-    python3
-    clang-format # the style is a test
-)
-
-fuzz=(
-    clang libclang-rt-14-dev
-)
-
-bench=(
-    libbenchmark-dev
-    mpv ffmpeg sox
-    libturbojpeg0-dev libopenjp2-7-dev libsox-fmt-all python3-xlib python3-matplotlib
-    espeak-ng # tools/sample makes the sample messages with it
-)
-
-wanted=("${build[@]}" "${run[@]}" "${test[@]}")
 check=
+levels=' '
 for argument in "$@"; do
     case $argument in
-        --fuzz) wanted+=("${fuzz[@]}") ;;
-        --bench) wanted+=("${bench[@]}") ;;
         --check) check=1 ;;
+        play | display | sound) levels+="$argument " ;;
+        test | fuzz | bench) levels+="play display sound test $argument " ;;
         *)
-            echo "usage: setup.sh [--fuzz] [--bench] [--check]" >&2
+            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench]..." >&2
             exit 2
             ;;
     esac
 done
+[ "$levels" != ' ' ] || levels=' play '
 
-if ! command -v dpkg-query >/dev/null; then
-    echo "setup.sh: this is no Debian system; install what stands for: ${wanted[*]}" >&2
-    exit 1
+is_there() {
+    case $1 in
+        -) true ;;
+        pc:*) pkg-config --exists "${1#pc:}" 2>/dev/null ;;
+        h:*) c++ -E -x c++ - <<<"#include <${1#h:}>" >/dev/null 2>&1 ;;
+        *) command -v "$1" >/dev/null ;;
+    esac
+}
+
+apt=
+if command -v apt-get >/dev/null && command -v dpkg-query >/dev/null; then
+    apt=1
+    # A package that another one stands in for counts under its own name only, which all of these have.
+    installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' 2>/dev/null |
+        sed -n 's/^installed \([^: ]*\).*/\1/p') || true
 fi
-
-# A package that another one provides counts as installed under its own name only, which all of these have.
-installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' "${wanted[@]}" 2>/dev/null |
-    sed -n 's/^installed \([^:]*\).*/\1/p') || true
 missing=()
-for package in "${wanted[@]}"; do
-    grep -qxF -- "$package" <<<"$installed" || missing+=("$package")
-done
+while read -r level package probe; do
+    [[ -n $level && $levels == *" $level "* ]] || continue
+    if [ -n "$apt" ]; then
+        [[ $'\n'$installed$'\n' == *$'\n'$package$'\n'* ]] || missing+=("$package")
+    else
+        is_there "$probe" || missing+=("${probe#*:}")
+    fi
+done <<<"$packages"
 if [ ${#missing[@]} -eq 0 ]; then
     exit 0
 fi
-if [ -n "$check" ]; then
+if [ -n "$check" ] || [ -z "$apt" ]; then
     echo "setup.sh: missing: ${missing[*]}" >&2
+    [ -n "$apt" ] || echo "setup.sh: there is no apt here; install what they belong to" >&2
     exit 1
 fi
 
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
     if ! command -v sudo >/dev/null; then
-        echo "setup.sh: run as root: apt-get install --no-install-recommends ${missing[*]}" >&2
+        echo "setup.sh: run as root: apt-get install --no-remove --no-install-recommends ${missing[*]}" >&2
         exit 1
     fi
     as_root=(sudo)
 fi
-echo "setup.sh: installing ${missing[*]}"
+options=(-y -qq --no-remove --no-install-recommends)
+
+# What would be done, without doing it.
+simulate() {
+    apt-get -s "${options[@]}" install "$@" 2>&1
+}
+
 "${as_root[@]}" apt-get update -qq
-"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+if ! plan=$(simulate "${missing[@]}") || grep -q '^Remv' <<<"$plan"; then
+    echo "setup.sh: nothing was installed." >&2
+    alone=1
+    for package in "${missing[@]}"; do
+        plan=$(apt-get -s -qq --no-install-recommends install "$package" 2>&1) || {
+            alone=
+            echo "setup.sh: $package cannot be installed:" >&2
+            sed 's/^/    /' <<<"$plan" >&2
+            continue
+        }
+        removed=$(sed -n 's/^Remv \([^ ]*\).*/\1/p' <<<"$plan" | paste -sd ' ')
+        [ -n "$removed" ] || continue
+        alone=
+        echo "setup.sh: $package cannot be installed without removing $removed" >&2
+    done
+    if [ -n "$alone" ]; then
+        echo "setup.sh: ${missing[*]} cannot be installed together:" >&2
+        simulate "${missing[@]}" | sed 's/^/    /' >&2
+    fi
+    exit 1
+fi
+echo "setup.sh: installing ${missing[*]}"
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get "${options[@]}" install "${missing[@]}"

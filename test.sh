@@ -9,28 +9,19 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")"
 
-suites=("$@")
-[ ${#suites[@]} -gt 0 ] || suites=(release asan tsan)
-for suite in "${suites[@]}"; do
-    case $suite in
-        release | asan | tsan) ;;
-        *)
-            echo "usage: test.sh [release|asan|tsan]..." >&2
-            exit 2
-            ;;
-    esac
+[ $# -gt 0 ] || set -- release asan tsan
+for suite in "$@"; do
+    if ! [[ $suite =~ ^(release|asan|tsan)$ ]]; then
+        echo "usage: test.sh [release|asan|tsan]..." >&2
+        exit 2
+    fi
 done
 
-./setup.sh
+./setup.sh test
 
-jobs=$(nproc)
-work=$(mktemp -d "${TMPDIR:-/tmp}/trv-test.XXXXXX")
-trap 'rm -rf "$work"' EXIT
-export TRV_TEST_HOME=$work
-# Building runs the test programs too, to list their tests.
-mkdir -m 700 "$work/run"
-export HOME=$work XDG_RUNTIME_DIR=$work/run QT_QPA_PLATFORM=offscreen
-unset DISPLAY WAYLAND_DISPLAY PULSE_SERVER
+TRV_TEST_HOME=$(mktemp -d "${TMPDIR:-/tmp}/trv-test.XXXXXX")
+trap 'rm -rf "$TRV_TEST_HOME"' EXIT
+export TRV_TEST_HOME CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$(nproc)}
 
 # The sanitizers' shadow memory has fixed addresses that a fully randomised address space can collide with.
 fixed_addresses=()
@@ -39,15 +30,9 @@ if setarch -R true 2>/dev/null; then
 fi
 
 failed=()
-for suite in "${suites[@]}"; do
-    prefix=()
-    [ "$suite" = release ] || prefix=("${fixed_addresses[@]}")
-    echo "== $suite"
-    cmake --preset "$suite" --log-level=WARNING >/dev/null
-    "${prefix[@]}" cmake --build --preset "$suite" -- -j"$jobs" --quiet
-    "${prefix[@]}" ctest --preset "$suite" -j"$jobs" --no-tests=error || failed+=("$suite")
+for suite in "$@"; do
+    "${fixed_addresses[@]}" cmake --workflow --preset "$suite" || failed+=("$suite")
 done
-
 if [ ${#failed[@]} -gt 0 ]; then
     echo "test.sh: failed: ${failed[*]}" >&2
     exit 1

@@ -3,6 +3,8 @@
 # Lets this folder's headers be included as "folder/header.h" by the target itself and by those that link it, and by
 # nobody else: each folder is reached through an include directory of its own, which holds nothing but a link to it. So
 # the build fails where an include runs against the order in which the targets stand on each other.
+#
+# They are the target's header set too, so that all_verify_interface_header_sets compiles each by itself.
 function(trv_room target)
   set(scope PUBLIC)
   if(ARGC GREATER 1)
@@ -15,4 +17,11 @@ function(trv_room target)
   file(MAKE_DIRECTORY ${root}/${above})
   file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${folder} SYMBOLIC)
   target_include_directories(${target} ${scope} ${root})
+
+  if(CMAKE_VERIFY_INTERFACE_HEADER_SETS AND scope STREQUAL "PUBLIC")
+    file(GLOB headers CONFIGURE_DEPENDS ${root}/${folder}/*.h)
+    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${root} FILES ${headers})
+    # The check sees what the target's users see; headers of the target's own also use what only it links.
+    target_link_libraries(${target} INTERFACE $<TARGET_PROPERTY:${target},LINK_LIBRARIES>)
+  endif()
 endfunction()
