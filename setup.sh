@@ -8,8 +8,9 @@
 #   display    a virtual display, for a machine that has none
 #   sound      a sound server for private sessions: PipeWire's where its PulseAudio service is installed
 #   test       all of these, and what the tests need
-#   fuzz       test, and the compiler for the presets fuzz and clang
-#   bench      test, and the programs that bench/ measures against
+#   fuzz       test, and the compiler for the preset fuzz
+#   bench      test, what bench/ is built with, and the programs that it measures against
+#   ci         test, fuzz, what bench/ is built with, and the formatter: what .ci/run needs
 #
 # --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
 # all that is done: programs, pkg-config modules and headers are looked for.
@@ -47,16 +48,17 @@ test libglib2.0-bin gio
 test dbus-daemon dbus-daemon
 fuzz clang clang++
 fuzz libclang-rt-14-dev -
-bench libbenchmark-dev pc:benchmark
+build-bench libbenchmark-dev pc:benchmark
+build-bench libturbojpeg0-dev pc:libturbojpeg
+build-bench libopenjp2-7-dev pc:libopenjp2
 bench mpv mpv
 bench ffmpeg ffmpeg
 bench sox sox
-bench libturbojpeg0-dev pc:libturbojpeg
-bench libopenjp2-7-dev pc:libopenjp2
 bench libsox-fmt-all -
 bench python3-xlib -
 bench python3-matplotlib -
 bench espeak-ng espeak-ng
+ci clang-format-14 clang-format-14
 '
 # PulseAudio's daemon excludes PipeWire's sound packages; one of the two serves.
 if ! command -v pulseaudio >/dev/null && command -v pipewire-pulse >/dev/null; then
@@ -78,9 +80,11 @@ for argument in "$@"; do
     case $argument in
         --check) check=1 ;;
         play | display | sound) levels+="$argument " ;;
-        test | fuzz | bench) levels+="play display sound test $argument " ;;
+        test | fuzz) levels+="play display sound test $argument " ;;
+        bench) levels+="play display sound test build-bench bench " ;;
+        ci) levels+="play display sound test fuzz build-bench ci " ;;
         *)
-            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench]..." >&2
+            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|ci]..." >&2
             exit 2
             ;;
     esac
