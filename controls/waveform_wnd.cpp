@@ -177,10 +177,13 @@ int CWaveformWnd::PlotY(float fValue) const {
     return m_rectPlot.bottom - static_cast<int>(std::clamp(rise, -kFar, kFar));
 }
 
-void CWaveformWnd::AppendPoint(float fValue) {
+float CWaveformWnd::InRange(float fValue) const {
     if (fValue >= m_fUpper) fValue = m_fUpper - kEdge;
-    if (!(fValue > m_fLower)) fValue = m_fLower + kEdge;
+    return fValue > m_fLower ? fValue : m_fLower + kEdge;
+}
 
+void CWaveformWnd::AppendPoint(float fValue) {
+    fValue = InRange(fValue);
     if (m_trace.Exists()) {
         CDC& dc = m_trace.dc;
         const CRect plot = m_rectPlot;
@@ -196,6 +199,32 @@ void CWaveformWnd::AppendPoint(float fValue) {
         m_fLast = fValue;
     }
     Invalidate(TRUE);
+}
+
+int CWaveformWnd::GetVisibleCount() const {
+    if (m_nShift <= 0) return 0;
+    return std::max(m_rectPlot.Width() - m_nHalfShift + m_nShift - 1, 0) / m_nShift + 1;
+}
+
+// One line through all of them takes as long as a few that scroll.
+void CWaveformWnd::ShowValues(const float* pValues, int nCount) {
+    RedrawAll();
+    const int count = std::min(nCount, GetVisibleCount());
+    if (count <= 0 || !m_trace.Exists()) return;
+    const float* const values = pValues + (nCount - count);
+    const CRect plot = m_rectPlot;
+    CDC& dc = m_trace.dc;
+    CPen* const pPrevPen = dc.SelectObject(&m_penPlot);
+    int x = plot.right - m_nHalfShift - (count - 1) * m_nShift;
+    dc.MoveTo(x, PlotY(InRange(values[0])));
+    for (int i = 1; i < count; ++i) {
+        x += m_nShift;
+        dc.LineTo(x, PlotY(InRange(values[i])));
+    }
+    dc.SelectObject(pPrevPen);
+    // What has scrolled out of the plot is not seen beside it.
+    FillBackground(dc, CRect(0, plot.top, plot.left, plot.bottom + 1), m_clrBackground);
+    m_fLast = InRange(values[count - 1]);
 }
 
 void CWaveformWnd::OnPaint() {

@@ -39,6 +39,11 @@ public:
     void ClearQueue();
     // Clears the trace; the next segment still starts at the last value drawn, and waiting values stay.
     void Reset();
+    // How many values the plot shows at once, the one where its first segment starts included.
+    int GetVisibleCount() const;
+    // Clears the trace and draws values as if each had been appended, oldest first; of more than can be seen
+    // the last are drawn. Waiting values stay.
+    void ShowValues(const float* pValues, int nCount);
 
     // More than the values of the sound that the player ever reads ahead.
     static constexpr int kQueueReserve = 300;
@@ -62,6 +67,7 @@ private:
     void RecalcLayout();
     void RedrawAll();
     void DrawGrid();
+    float InRange(float fValue) const;
     int PlotY(float fValue) const;
 
     float m_fLower = 0.0F;

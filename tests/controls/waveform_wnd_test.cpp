@@ -93,6 +93,33 @@ TEST_F(Waveform, FirstSegmentRisesFromTheBottomAndScrollsOnWithoutAGap) {
     EXPECT_TRUE(Lit(93, 30)) << "goes on from the last value";
 }
 
+// What ShowValues draws at once is what appending draws, pixel by pixel, and what comes after joins it.
+TEST_F(Waveform, ShownValuesLookAsIfTheyHadBeenAppended) {
+    const auto picture = [&] {
+        std::vector<COLORREF> pixels;
+        for (int i = 0; i < 100 * 60; ++i) pixels.push_back(Pixel(i % 100, i / 100));
+        return pixels;
+    };
+    std::vector<float> values;
+    for (int i = 0; i < 200; ++i) values.push_back(static_cast<float>(i * 37 % 101) / 45.0F - 0.1F);
+    EXPECT_EQ(m_wave.GetVisibleCount(), 47);
+    for (const int count : {200, 48, 47}) {
+        for (const float value : values) m_wave.AppendPoint(value);
+        for (int i = 0; i < 3; ++i) m_wave.AppendPoint(1.0F);
+        const auto appended = picture();
+        m_wave.ShowValues(values.data() + 200 - count, count);
+        for (int i = 0; i < 3; ++i) m_wave.AppendPoint(1.0F);
+        EXPECT_TRUE(picture() == appended) << count;
+    }
+    const float few[] = {0.5F, 1.0F, 1.0F};
+    m_wave.ShowValues(few, 3);
+    EXPECT_TRUE(Lit(94, 30));
+    EXPECT_TRUE(Lit(91, 43));
+    for (int y = 0; y < 60; ++y) EXPECT_FALSE(Lit(90, y)) << "nothing before the first, " << y;
+    m_wave.ShowValues(few, 0);
+    EXPECT_FALSE(Lit(94, 30));
+}
+
 TEST_F(Waveform, ValuesAtAndBeyondTheRangeAreDrawnAtItsEdges) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     const struct {
