@@ -13,22 +13,21 @@ TITLE = "Trivelle Message Player"
 # The client area's place of things, below the menu bar, in pixels: a dialog unit is 6/4 by 13/8 of one.
 BUTTONS = {"play": (34, 32), "stop": (85, 32), "volume": (334, 32)}
 PICTURE = (320, 240)
+CLIENT_HEIGHT = 379
 
 
 def run(*command):
     return subprocess.run(command, capture_output=True, text=True, check=False).stdout
 
 
-def wait_for(condition, seconds=10.0, what="the condition"):
-    """What the condition gives once it is true; a person's patience is the limit."""
+def wait_for(condition, seconds=30.0, what="the condition"):
+    """What the condition returns once it is true; the time is for a machine that is busy with much else."""
     deadline = time.monotonic() + seconds
-    while True:
-        result = condition()
-        if result:
-            return result
+    while not (result := condition()):
         if time.monotonic() > deadline:
             raise AssertionError(f"{what} did not come about within {seconds} s")
         time.sleep(0.02)
+    return result
 
 
 def windows(pid, name=".*"):
@@ -38,6 +37,13 @@ def windows(pid, name=".*"):
 
 def title(window):
     return run("xdotool", "getwindowname", window).rstrip("\n")
+
+
+def keyboard_window():
+    """The window that keys go to, once display and window manager agree on it: the manager names the active
+    window before the program has taken the keyboard to it, and keys typed meanwhile would go to another one."""
+    focus = run("xdotool", "getwindowfocus", "-f").strip()
+    return focus if focus == run("xdotool", "getactivewindow").strip() else None
 
 
 def geometry(window):
@@ -50,13 +56,17 @@ def geometry(window):
 class Image:
     """Rows of R, G, B bytes, the top one first."""
 
-    def __init__(self, x, y, width, height):
-        self.width, self.height = width, height
-        self.data = subprocess.run(
-            ["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", "-depth", "8", "rgb:-"],
-            capture_output=True, check=True).stdout
-        if len(self.data) != width * height * 3:
-            raise AssertionError("the screen could not be read")
+    def __init__(self, place):
+        """place() returns x, y, width and height on the screen. A window that is just being placed reaches over
+        its edge for a moment, and its picture comes out cut: it is then read again."""
+        def read():
+            x, y, self.width, self.height = place()
+            self.data = subprocess.run(
+                ["import", "-window", "root", "-crop", f"{self.width}x{self.height}+{x}+{y}", "+repage", "-depth", "8",
+                 "rgb:-"], capture_output=True, check=False).stdout
+            return len(self.data) == self.width * self.height * 3
+
+        wait_for(read, what="a whole picture of the window")
 
     def crop(self, x, y, width, height):
         row = self.width * 3
@@ -111,17 +121,28 @@ class Ear:
 
 
 class Player:
-    def __init__(self, program, *arguments, folder=None):
-        self.process = subprocess.Popen([program, *arguments], cwd=folder)
+    def __init__(self, program, *arguments, folder=None, scale=1):
+        self.process = subprocess.Popen([program, *arguments], cwd=folder,
+                                        env={**os.environ, "QT_SCALE_FACTOR": str(scale)})
         self.pid = self.process.pid
+        self.scale = scale
+        self.main = None
 
     def main_window(self):
         """Waits until it is there and has the keyboard."""
-        window = wait_for(lambda: windows(self.pid, f"^{TITLE}"), what="the main window")[0]
-        wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the keyboard focus")
-        return window
+        self.main = wait_for(lambda: windows(self.pid, f"^{TITLE}"), what="the main window")[0]
+        return self.wait_for_keyboard()
 
-    def ended(self, seconds=5.0):
+    def wait_for_keyboard(self):
+        wait_for(lambda: keyboard_window() == self.main, what="the main window's keyboard focus")
+        return self.main
+
+    def dialog(self, name):
+        """A further window, once it has the keyboard."""
+        return wait_for(lambda: {keyboard_window()} & {*windows(self.pid, name)} - {self.main},
+                        what=f"the window {name!r}").pop()
+
+    def ended(self, seconds=30.0):
         try:
             return self.process.wait(seconds)
         except subprocess.TimeoutExpired:
@@ -156,24 +177,20 @@ class DesktopTest(unittest.TestCase):
     def type(self, text):
         subprocess.run(["xdotool", "type", "--delay", "5", text], check=True)
 
-    def click(self, window, place):
-        x, y = self.place(window, place)
-        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+    def click(self, player, place):
+        self.point(player, place, "click", "1")
 
-    def point(self, window, place):
-        x, y = self.place(window, place)
-        subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
+    def point(self, player, place, *then):
+        x, y = self.place(player, place)
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), *then], check=True)
 
-    def place(self, window, place):
+    def place(self, player, place):
         """Where a place of the client area is on the screen; the menu bar is what the window has more."""
-        x, y, _, height = geometry(window)
-        return x + place[0], y + height - 379 + place[1]
+        x, y, _, height = geometry(player.main)
+        return (round(x + player.scale * place[0]), round(y + height + player.scale * (place[1] - CLIENT_HEIGHT)))
 
     def grab(self, window):
-        return Image(*geometry(window))
-
-    def dialog(self, player, name):
-        return wait_for(lambda: windows(player.pid, name), what=f"the window {name!r}")[0]
+        return Image(lambda: geometry(window))
 
     def assert_gone(self, player, name):
         wait_for(lambda: not windows(player.pid, name), what=f"the end of the window {name!r}")

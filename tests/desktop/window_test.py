@@ -40,14 +40,12 @@ class Window(desktop.DesktopTest):
         player = self.start()
         window = player.main_window()
         self.assertEqual(TITLE, desktop.title(window))
-        self.keys("alt+f")
-        self.keys("o")
-        dialog = self.dialog(player, "^Open Trivelle Message")
+        self.keys("alt+f", "o")
+        player.dialog("^Open Trivelle Message")
         self.type(self.sample("greeting-voice.trv"))
         self.keys("Return")
         self.assert_gone(player, "^Open Trivelle Message")
-        self.assertNotEqual(window, dialog)
-        self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
+        self.wait_for_title(player.wait_for_keyboard(), f"{TITLE} - greeting-voice.trv")
         self.keys("ctrl+w")
         self.wait_for_title(window, TITLE)
         self.keys("alt+f", "x")
@@ -60,7 +58,7 @@ class Window(desktop.DesktopTest):
         self.keys("Return", "KP_Enter", "Escape")
         self.assert_stays(lambda: desktop.title(window) == f"{TITLE} - greeting-voice.trv")
         self.keys("alt+h", "a")
-        self.dialog(player, "^About Message Player$")
+        player.dialog("^About Message Player$")
         self.keys("Return", "Escape")
         self.assert_stays(lambda: windows(player.pid, "^About Message Player$"))
         self.keys("space")
@@ -71,9 +69,9 @@ class Window(desktop.DesktopTest):
         window = player.main_window()
         self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
         before = len(popups())
-        self.point(window, desktop.BUTTONS["play"])
+        self.point(player, desktop.BUTTONS["play"])
         wait_for(lambda: len(popups()) > before, what="the tool tip")
-        wait_for(lambda: len(popups()) == before, seconds=4, what="the end of the tool tip")
+        wait_for(lambda: len(popups()) == before, what="the end of the tool tip")
         # The focus is on Play/Pause: held, the window stands still; pressed again, it moves.
         self.keys("space")
         self.wait_for_stillness(window)
@@ -82,26 +80,25 @@ class Window(desktop.DesktopTest):
 
     def test_a_button_is_lit_just_as_long_as_the_pointer_is_over_it(self):
         player = self.start()
-        window = player.main_window()
+        player.main_window()
         outside = (180, 200)
 
         def stop_button():
-            x, y = self.place(window, (61, 11))
-            return desktop.Image(x, y, 47, 41).data
+            return desktop.Image(lambda: (*self.place(player, (61, 11)), 47, 41)).data
 
-        self.point(window, outside)
+        self.point(player, outside)
         # An area of one colour has four bytes at the most: there is no icon on it yet.
         wait_for(lambda: len(set(stop_button())) > 4, what="the button")
         unlit = stop_button()
-        self.point(window, desktop.BUTTONS["stop"])
+        self.point(player, desktop.BUTTONS["stop"])
         wait_for(lambda: stop_button() != unlit, what="the light")
-        self.point(window, outside)
+        self.point(player, outside)
         wait_for(lambda: stop_button() == unlit, what="its end")
         # The pointer stays where it clicked, and then leaves at once.
-        self.click(window, desktop.BUTTONS["stop"])
+        self.click(player, desktop.BUTTONS["stop"])
         wait_for(lambda: stop_button() != unlit, what="the light after a click")
         self.assert_stays(lambda: stop_button() != unlit, 0.3)
-        self.point(window, outside)
+        self.point(player, outside)
         wait_for(lambda: stop_button() == unlit, what="its end after a click")
 
     def test_a_file_that_is_no_message_is_reported_and_closes_what_played(self):
@@ -109,10 +106,10 @@ class Window(desktop.DesktopTest):
         window = player.main_window()
         self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
         self.keys("ctrl+o")
-        self.dialog(player, "^Open Trivelle Message")
+        player.dialog("^Open Trivelle Message")
         self.type(self.sample("expected.json"))
         self.keys("Return")
-        wait_for(lambda: len(windows(player.pid, f"^{TITLE}")) == 2, what="the message box")
+        player.dialog(f"^{TITLE}$")
         self.keys("Return")
         self.wait_for_title(window, TITLE)
         self.assertEqual(1, len(windows(player.pid, f"^{TITLE}")))
@@ -139,6 +136,14 @@ class Window(desktop.DesktopTest):
         self.assertNotIn("MAXIMIZE", allowed)
         self.assertNotIn("RESIZE", allowed)
 
+    def test_on_a_scaled_screen_it_is_larger_and_clicks_land(self):
+        player = self.start(scale=1.5)
+        _, _, width, height = desktop.geometry(player.main_window())
+        self.assertEqual(552, width)
+        self.assertTrue(1.5 * desktop.CLIENT_HEIGHT < height < 1.5 * desktop.CLIENT_HEIGHT + 60)
+        self.click(player, desktop.BUTTONS["volume"])
+        player.dialog("^Audio Volume Controls$")
+
     def test_alt_f4_closes_what_has_the_keyboard(self):
         cases = {"the window": (), "About": ("alt+h", "a"), "Open": ("ctrl+o",)}
         for name, keys in cases.items():
@@ -148,10 +153,9 @@ class Window(desktop.DesktopTest):
                 self.wait_for_title(window, f"{TITLE} - greeting-voice.trv")
                 if keys:
                     self.keys(*keys)
-                    wait_for(lambda: len(windows(player.pid)) > 1, what="the dialog")
-                    wait_for(lambda: run("xdotool", "getactivewindow").strip() != window, what="its focus")
+                    player.dialog(f"^{name}")
                     self.keys("alt+F4")
-                    wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the focus back")
+                    player.wait_for_keyboard()
                 self.keys("alt+F4")
                 self.assertEqual(0, player.ended())
 
@@ -160,9 +164,8 @@ class Window(desktop.DesktopTest):
         player = self.start(self.sample("greeting-voice.trv"))
         window = player.main_window()
         wait_for(lambda: "no" in run("pactl", "get-sink-mute", os.environ["TRV_SINK"]), what="the sound back")
-        self.click(window, desktop.BUTTONS["volume"])
-        dialog = self.dialog(player, "^Audio Volume Controls$")
-        wait_for(lambda: run("xdotool", "getactivewindow").strip() == dialog, what="its focus")
+        self.click(player, desktop.BUTTONS["volume"])
+        player.dialog("^Audio Volume Controls$")
         for key, volume in (("End", " 0%"), ("Home", " 100%")):
             self.keys(key)
             wait_for(lambda: volume in run("pactl", "get-sink-volume", os.environ["TRV_SINK"]), what=volume)
@@ -170,10 +173,11 @@ class Window(desktop.DesktopTest):
         self.assert_stays(lambda: windows(player.pid, "^Audio Volume Controls$"), 0.3)
         self.keys("alt+F4")
         self.assert_gone(player, "^Audio Volume Controls$")
-        wait_for(lambda: run("xdotool", "getactivewindow").strip() == window, what="the focus back")
-        self.click(window, desktop.BUTTONS["volume"])
-        self.dialog(player, "^Audio Volume Controls$")
-        subprocess.run(["xdotool", "windowactivate", "--sync", window], check=True)
+        player.wait_for_keyboard()
+        self.click(player, desktop.BUTTONS["volume"])
+        player.dialog("^Audio Volume Controls$")
+        subprocess.run(["xdotool", "windowactivate", window], check=True)
+        player.wait_for_keyboard()
         self.keys("alt+F4")
         self.assertEqual(0, player.ended())
 
