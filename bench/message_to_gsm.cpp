@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "bench/gsm_layout.h"
 #include "codec/message_reader.h"
-#include "codec/speech_frame.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
         if (record.kind != MessageRecordKind::Speech) continue;
         for (size_t at = 0; at < kSpeechBlockBytes; at += kSpeechFrameBytes) {
             gsm_byte layout[kSpeechFrameBytes];
-            RepackSpeechFrameForGsm(record.body.data() + at, layout);
+            ToGsmLayout(record.body.data() + at, layout);
             std::fwrite(layout, sizeof layout, 1, target.get());
         }
     }

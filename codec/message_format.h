@@ -6,9 +6,9 @@
 // The figures of the message file (.trv). docs/message-format.md describes the format.
 
 constexpr char kMessageMagic[] = {'T', 'R', 'V', '0', '1', '.', '0', '1'};
-constexpr int kMaxVideoRate = 5;           // pictures per second; 0 stands for a message of speech alone
-constexpr long kMessageDataStart = 13;     // file offset of the first record
-constexpr size_t kMaxRecordBytes = 16384;  // the most that a video record may hold
+constexpr int kMaxVideoRate = 5;            // pictures per second; 0 stands for a message of speech alone
+constexpr long kMessageDataStart = 13;      // file offset of the first record
+constexpr size_t kMaxPayloadBytes = 16384;  // of a video record
 
 constexpr uint8_t kSpeechRecord = 0;
 constexpr uint8_t kVideoRecord = 1;

@@ -26,9 +26,9 @@ MessageRecord MessageReader::Read(std::FILE* file) {
     if (type == EOF) return EndWith(file, MessageEnd::Clean, 0);
     if (type == kSpeechRecord) return ReadBody(file, MessageRecordKind::Speech, kSpeechBlockBytes);
     if (type != kVideoRecord) {
-        ++m_passed_over;
+        ++m_skipped;
         MessageRecord record;
-        record.kind = MessageRecordKind::PassedOver;
+        record.kind = MessageRecordKind::Skipped;
         return record;
     }
 
@@ -37,7 +37,7 @@ MessageRecord MessageReader::Read(std::FILE* file) {
         return EndWith(file, MessageEnd::PartialRecord, 0);
     }
     const unsigned length = length_bytes[0] | unsigned{length_bytes[1]} << 8;
-    if (length > kMaxRecordBytes) return EndWith(file, MessageEnd::BadLength, length);
+    if (length > kMaxPayloadBytes) return EndWith(file, MessageEnd::BadLength, length);
     return ReadBody(file, MessageRecordKind::Video, length);
 }
 
@@ -50,7 +50,7 @@ bool MessageReader::Rewind(std::FILE* file) {
 
 void MessageReader::Reset() {
     m_end = MessageRecord();
-    m_passed_over = 0;
+    m_skipped = 0;
 }
 
 MessageRecord MessageReader::ReadBody(std::FILE* file, MessageRecordKind kind, size_t bytes) {

@@ -27,9 +27,9 @@ MessageHeaderError ReadMessageKind(std::FILE* file, uint8_t& video_rate);
 MessageHeaderError ReadMessageFrameCount(std::FILE* file, uint32_t& frame_count);
 
 enum class MessageRecordKind {
-    Speech,      // body: kSpeechBlockBytes
-    Video,       // body: one payload, 0 to kMaxRecordBytes
-    PassedOver,  // one byte that is no record's type
+    Speech,   // body: kSpeechBlockBytes
+    Video,    // body: one payload, 0 to kMaxPayloadBytes
+    Skipped,  // one byte that is no record's type
     End,
 };
 
@@ -37,7 +37,7 @@ enum class MessageEnd {
     None,
     Clean,          // the file ends between two records
     PartialRecord,  // the file ends within a record, which is dropped
-    BadLength,      // a video record claims more than kMaxRecordBytes
+    BadLength,      // a video record claims more than kMaxPayloadBytes
     ReadError,      // the system could not read on
 };
 
@@ -52,25 +52,25 @@ struct MessageRecord {
 // keeps nor closes it. One thread at a time.
 class MessageReader {
 public:
-    // Reads from the stream's position: one record, or one byte that is passed over. Once the message has
+    // Reads from the stream's position: one record, or one byte that is skipped. Once the message has
     // ended, it stays ended, for the same reason, until Rewind.
     MessageRecord Read(std::FILE* file);
 
-    // Goes back to the first record and counts bytes passed over from 0. False when the stream cannot seek;
+    // Goes back to the first record and counts skipped bytes from 0. False when the stream cannot seek;
     // the message has then ended.
     bool Rewind(std::FILE* file);
 
     // For a stream that the caller has put at the first record, such as the one of another message.
     void Reset();
 
-    // Bytes passed over since the start or the last rewind.
-    uint64_t PassedOverBytes() const { return m_passed_over; }
+    // Bytes skipped since the start or the last rewind.
+    uint64_t SkippedBytes() const { return m_skipped; }
 
 private:
     MessageRecord ReadBody(std::FILE* file, MessageRecordKind kind, size_t bytes);
     MessageRecord EndWith(std::FILE* file, MessageEnd reason, unsigned declared_bytes);
 
-    std::array<uint8_t, kMaxRecordBytes> m_buffer;
+    std::array<uint8_t, kMaxPayloadBytes> m_buffer;
     MessageRecord m_end;  // kind End; its reason is None while there is more to read
-    uint64_t m_passed_over = 0;
+    uint64_t m_skipped = 0;
 };

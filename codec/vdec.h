@@ -3,18 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codec/picture_geometry.h"
+
 // The video decoder: one compressed picture in, one 24-bit picture out. It has one state for the process,
 // without a lock: the caller sees to it that no two of these functions run at the same time.
 // docs/message-format.md describes the payload.
-
-constexpr int kPictureWidth = 320;
-constexpr int kPictureHeight = 240;
-
-// A picture: rows of 320 pixels of the bytes B, G, R, without gaps. Row 0 is the bottom line when shown.
-constexpr size_t kPictureBytes = size_t{3} * kPictureWidth * kPictureHeight;
-
-// The most that a video record can carry.
-constexpr size_t kMaxPayloadBytes = 16384;
 
 // Allocates everything that decoding needs, builds the code trees and sets the quality level to 3. On a ready
 // decoder it starts anew. When memory runs out the decoder is left not initialised.

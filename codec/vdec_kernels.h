@@ -6,9 +6,6 @@
 // give the same results to the last bit: sums are formed in double precision in one fixed order, each result
 // is rounded to single precision, and nothing is fused or reassociated.
 
-constexpr int kPlaneWidth = 320;
-constexpr int kPlaneHeight = 240;
-
 // A line to be synthesised lies in two halves, low-pass s[0 … n - 1] and high-pass d[0 … n - 1]; its results
 // 2k and 2k + 1 need s[k - 1 … k + 2] and d[k - 2 … k + 2], mirrored at the ends.
 constexpr int kLowTaps = 4;

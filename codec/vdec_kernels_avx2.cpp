@@ -55,9 +55,6 @@ void BgrRow(const int16_t* y_row, const int16_t* u_row, const int16_t* v_row, in
 }  // namespace
 
 const VdecKernels vdec_kernels_avx2 = {
-    "AVX2",
-    vdec_synth_columns<Avx2Vector, RoundToFloat>,
-    vdec_synth_rows<Avx2Vector, RoundToFloat>,
-    vdec_synth_samples<Avx2Vector>,
+    "AVX2", vdec_synth_columns<Avx2Vector>, vdec_synth_rows<Avx2Vector>, vdec_synth_samples<Avx2Vector>,
     BgrRow,
 };

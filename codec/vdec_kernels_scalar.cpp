@@ -24,8 +24,8 @@ void BgrRow(const int16_t* y, const int16_t* u, const int16_t* v, int width, uin
 
 const VdecKernels vdec_kernels_scalar = {
     "scalar",
-    vdec_synth_columns<ScalarVector, RoundToFloat>,
-    vdec_synth_rows<ScalarVector, RoundToFloat>,
+    vdec_synth_columns<ScalarVector>,
+    vdec_synth_rows<ScalarVector>,
     vdec_synth_samples<ScalarVector>,
     BgrRow,
 };

@@ -43,24 +43,21 @@ struct VdecSymbols {
 // room in their group are read and dropped.
 void vdec_read_symbols(const VdecCodes& codes, const uint8_t* payload, size_t length, VdecSymbols& symbols);
 
-// Wavelet coefficients: the bands that a payload can reach, each row after row without gaps. All other bands
-// are 0. Coefficients and samples are single-precision values, kept as doubles because all sums are formed in
-// double precision.
+// Wavelet coefficients: the subbands that a payload can reach, named by plane, kind and level, each row after
+// row without gaps. All others are 0. Coefficients and samples are single-precision values, kept as doubles
+// because all sums are formed in double precision.
 struct VdecCoefficients {
-    static constexpr int kCoarseSize = 40 * 30;
-    static constexpr int kFineSize = 80 * 60;
-    static constexpr int kChromaSize = 20 * 15;
+    template <int Level>
+    using Subband = std::array<double, LevelSize(Level)>;
 
-    // Of Y: level 3, then level 2.
-    alignas(64) std::array<double, kCoarseSize> y_approx;
-    alignas(64) std::array<double, kCoarseSize> coarse_right;     // high-pass along rows
-    alignas(64) std::array<double, kCoarseSize> coarse_below;     // high-pass along columns
-    alignas(64) std::array<double, kCoarseSize> coarse_diagonal;  // both
-    alignas(64) std::array<double, kFineSize> fine_right;
-    alignas(64) std::array<double, kFineSize> fine_below;
-    // Level 4.
-    alignas(64) std::array<double, kChromaSize> u_approx;
-    alignas(64) std::array<double, kChromaSize> v_approx;
+    alignas(64) Subband<3> y_ll3;
+    alignas(64) Subband<3> y_hl3;
+    alignas(64) Subband<3> y_lh3;
+    alignas(64) Subband<3> y_hh3;
+    alignas(64) Subband<2> y_hl2;
+    alignas(64) Subband<2> y_lh2;
+    alignas(64) Subband<4> u_ll4;
+    alignas(64) Subband<4> v_ll4;
 };
 
 // Stage 2, with the quantiser steps of `quality` (0 to 3).
@@ -68,16 +65,16 @@ void vdec_reconstruct(const VdecSymbols& symbols, int quality, VdecCoefficients&
 
 // The three planes at half their width and height: what is left to do is one level without detail.
 struct VdecHalfPlanes {
-    static constexpr int kWidth = kPlaneWidth / 2;
-    static constexpr int kHeight = kPlaneHeight / 2;
-    using Plane = std::array<double, size_t{kWidth} * kHeight>;
+    static constexpr int kWidth = LevelWidth(1);
+    static constexpr int kHeight = LevelHeight(1);
+    using Plane = std::array<double, LevelSize(1)>;
 
     alignas(64) Plane y;
     alignas(64) Plane u;
     alignas(64) Plane v;
     // The levels on the way, for one plane at a time.
-    alignas(64) std::array<double, 80 * 60> quarter;
-    alignas(64) std::array<double, 40 * 30> eighth;
+    alignas(64) std::array<double, LevelSize(2)> quarter;
+    alignas(64) std::array<double, LevelSize(3)> eighth;
 };
 
 // Stage 3: the inverse transform up to half size.

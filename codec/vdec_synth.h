@@ -5,18 +5,10 @@
 #include "codec/vdec_kernels.h"
 #include "codec/vdec_tables.h"
 
-// The synthesis filters, for a vector type V (vdec_vector_….h). `Rounding` says what becomes of a double
-// result: RoundToFloat in the decoder.
+// The synthesis filters, for a vector type V (vdec_vector_….h).
 //
 // Files that instantiate these are compiled for different instruction sets. Everything here therefore depends
 // on V, and nothing from the standard library is called: the linker must not get to choose between copies.
-
-struct RoundToFloat {
-    template <class V>
-    static typename V::Reg Apply(typename V::Reg value) {
-        return V::RoundToFloat(value);
-    }
-};
 
 template <class V>
 struct SynthFilter {
@@ -49,7 +41,7 @@ struct SynthFilter {
     }
 };
 
-template <class V, class Rounding>
+template <class V>
 void vdec_synth_columns(const double* const* low, const double* const* high, int width, double* even,
                         double* odd) {
     using Reg = typename V::Reg;
@@ -58,8 +50,8 @@ void vdec_synth_columns(const double* const* low, const double* const* high, int
         for (int x = 0; x < width; x += V::kLanes) {
             const Reg s[] = {V::Load(low[0] + x), V::Load(low[1] + x), V::Load(low[2] + x),
                              V::Load(low[3] + x)};
-            V::Store(even + x, Rounding::template Apply<V>(filter.EvenLow(s)));
-            V::Store(odd + x, Rounding::template Apply<V>(filter.OddLow(s)));
+            V::Store(even + x, V::RoundToFloat(filter.EvenLow(s)));
+            V::Store(odd + x, V::RoundToFloat(filter.OddLow(s)));
         }
         return;
     }
@@ -67,12 +59,12 @@ void vdec_synth_columns(const double* const* low, const double* const* high, int
         const Reg s[] = {V::Load(low[0] + x), V::Load(low[1] + x), V::Load(low[2] + x), V::Load(low[3] + x)};
         const Reg d[] = {V::Load(high[0] + x), V::Load(high[1] + x), V::Load(high[2] + x),
                          V::Load(high[3] + x), V::Load(high[4] + x)};
-        V::Store(even + x, Rounding::template Apply<V>(filter.Even(s, d)));
-        V::Store(odd + x, Rounding::template Apply<V>(filter.Odd(s, d)));
+        V::Store(even + x, V::RoundToFloat(filter.Even(s, d)));
+        V::Store(odd + x, V::RoundToFloat(filter.Odd(s, d)));
     }
 }
 
-template <class V, class Rounding>
+template <class V>
 void vdec_synth_rows(const double* low, const double* high, int half_width, double* line) {
     using Reg = typename V::Reg;
     const SynthFilter<V> filter;
@@ -91,8 +83,7 @@ void vdec_synth_rows(const double* low, const double* high, int half_width, doub
             even = filter.Even(s, d);
             odd = filter.Odd(s, d);
         }
-        V::StoreInterleaved(line + 2 * k, Rounding::template Apply<V>(even),
-                            Rounding::template Apply<V>(odd));
+        V::StoreInterleaved(line + 2 * k, V::RoundToFloat(even), V::RoundToFloat(odd));
     }
 }
 

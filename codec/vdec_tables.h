@@ -3,27 +3,25 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codec/picture_geometry.h"
+
 // The constants of the picture format, shared by the decoder and by whoever writes payloads.
 
 // A payload: a 32-bit header word, 38 bytes of skip flags, then the code bits.
 constexpr size_t kSkipFlagBytes = 38;
 constexpr size_t kPayloadHeadBytes = 4 + kSkipFlagBytes;
 
-// Detail belongs to block positions; position b is at column b mod 20, row b div 20. Its skip flag is bit
-// b mod 8 of flag byte b div 8: set when the position carries no detail.
-constexpr int kBlockColumns = 20;
-constexpr int kBlockRows = 15;
-constexpr int kBlockCount = kBlockColumns * kBlockRows;
-constexpr int kCoarsePerBlock = 12;  // three groups of 2 x 2 values
-constexpr int kFinePerBlock = 32;    // two groups of 4 x 4 values
+// The skip flag of block position b is bit b mod 8 of flag byte b div 8: set when the position carries no
+// detail.
 
 // The value store: the approximation bands of Y, U and V, then the coarse and the fine detail.
 constexpr size_t kYApproxStart = 0;
-constexpr size_t kUApproxStart = 1200;
-constexpr size_t kVApproxStart = 1500;
-constexpr size_t kCoarseStart = 1800;
-constexpr size_t kFineStart = 5400;
-constexpr size_t kValueCount = 15000;
+constexpr size_t kUApproxStart = kYApproxStart + LevelSize(kLumaLevels);
+constexpr size_t kVApproxStart = kUApproxStart + LevelSize(kChromaLevels);
+constexpr size_t kCoarseStart = kVApproxStart + LevelSize(kChromaLevels);
+constexpr size_t kFineStart = kCoarseStart + size_t{kBlockCount} * kCoarsePerBlock;
+constexpr size_t kValueCount = kFineStart + size_t{kBlockCount} * kFinePerBlock;
+static_assert(kValueCount == 15000);
 
 // A symbol group: the symbols of one alphabet, in the order in which they stand in the payload.
 enum VdecGroup { kYApprox, kUApprox, kVApprox, kCoarseDetail, kFineDetail, kGroupCount };
@@ -57,12 +55,6 @@ constexpr uint16_t quant_steps[kQualityLevels][kStepCount] = {
     {18, 24, 24, 28, 32, 40},
     {8, 14, 14, 18, 22, 30},
 };
-
-// The regions that a synthesis level fills, from the whole picture down. Y is rebuilt from region 2 up, U and
-// V from region 3 up. The low-low quarter of a region is the next region.
-constexpr int kRegionCount = 4;
-constexpr int level_width[kRegionCount] = {320, 160, 80, 40};
-constexpr int level_height[kRegionCount] = {240, 120, 60, 30};
 
 // Synthesis filters of the biorthogonal 9/7 wavelet (Cohen, Daubechies and Feauveau, 1992), both low-pass
 // filters with a gain of the square root of 2 at frequency 0. e: even outputs, o: odd outputs, by distance.

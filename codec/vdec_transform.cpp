@@ -35,17 +35,16 @@ public:
 
 private:
     static constexpr int kMargin = 8;  // keeps the values at the start of a cache line
-    alignas(64) double m_values[kMargin + kPlaneWidth / 2 + kMargin];
+    alignas(64) double m_values[kMargin + kPictureWidth / 2 + kMargin];
 };
 
-// The four quarters of a region, each width x height; null where all values are 0.
-struct Quarters {
-    int width;
-    int height;
-    const double* low_low;
-    const double* right;
-    const double* below;
-    const double* diagonal;
+// The subbands of a level, those of detail null where all their values are 0.
+struct Subbands {
+    int level;
+    const double* ll;
+    const double* hl = nullptr;
+    const double* lh = nullptr;
+    const double* hh = nullptr;
 };
 
 // Rows 2k and 2k + 1 of a vertical synthesis of one half of a region.
@@ -61,17 +60,17 @@ void SynthRowPair(const VdecKernels& kernels, const double* low, const double* h
                           odd.Values());
 }
 
-// One level: the region, 2 * width x 2 * height, from its quarters; columns first, then rows.
-void SynthLevel(const VdecKernels& kernels, const Quarters& quarters, double* region) {
-    const int width = quarters.width;
+// One level of synthesis: the region from its subbands; columns first, then rows.
+void SynthLevel(const VdecKernels& kernels, const Subbands& subbands, double* region) {
+    const int width = LevelWidth(subbands.level);
+    const int height = LevelHeight(subbands.level);
     LineHalf low_even, low_odd, high_even, high_odd;
-    for (int k = 0; k < quarters.height; ++k) {
-        SynthRowPair(kernels, quarters.low_low, quarters.below, width, quarters.height, k, low_even, low_odd);
+    for (int k = 0; k < height; ++k) {
+        SynthRowPair(kernels, subbands.ll, subbands.lh, width, height, k, low_even, low_odd);
         const double* high_even_line = nullptr;
         const double* high_odd_line = nullptr;
-        if (quarters.right != nullptr) {
-            SynthRowPair(kernels, quarters.right, quarters.diagonal, width, quarters.height, k, high_even,
-                         high_odd);
+        if (subbands.hl != nullptr) {
+            SynthRowPair(kernels, subbands.hl, subbands.hh, width, height, k, high_even, high_odd);
             high_even_line = high_even.MirrorAsHigh(width);
             high_odd_line = high_odd.MirrorAsHigh(width);
         }
@@ -81,34 +80,30 @@ void SynthLevel(const VdecKernels& kernels, const Quarters& quarters, double* re
     }
 }
 
-void SynthChroma(const VdecKernels& kernels, const double* approx, VdecHalfPlanes& planes,
+void SynthChroma(const VdecKernels& kernels, const double* ll4, VdecHalfPlanes& planes,
                  VdecHalfPlanes::Plane& plane) {
-    SynthLevel(kernels, {20, 15, approx, nullptr, nullptr, nullptr}, planes.eighth.data());
-    SynthLevel(kernels, {40, 30, planes.eighth.data(), nullptr, nullptr, nullptr}, planes.quarter.data());
-    SynthLevel(kernels, {80, 60, planes.quarter.data(), nullptr, nullptr, nullptr}, plane.data());
+    SynthLevel(kernels, {4, ll4}, planes.eighth.data());
+    SynthLevel(kernels, {3, planes.eighth.data()}, planes.quarter.data());
+    SynthLevel(kernels, {2, planes.quarter.data()}, plane.data());
 }
 
 }  // namespace
 
 void vdec_inverse_dwt(const VdecKernels& kernels, const VdecCoefficients& coefficients,
                       VdecHalfPlanes& planes) {
-    SynthLevel(kernels,
-               {40, 30, coefficients.y_approx.data(), coefficients.coarse_right.data(),
-                coefficients.coarse_below.data(), coefficients.coarse_diagonal.data()},
+    const VdecCoefficients& c = coefficients;
+    SynthLevel(kernels, {3, c.y_ll3.data(), c.y_hl3.data(), c.y_lh3.data(), c.y_hh3.data()},
                planes.quarter.data());
-    SynthLevel(kernels,
-               {80, 60, planes.quarter.data(), coefficients.fine_right.data(), coefficients.fine_below.data(),
-                nullptr},
-               planes.y.data());
-    SynthChroma(kernels, coefficients.u_approx.data(), planes, planes.u);
-    SynthChroma(kernels, coefficients.v_approx.data(), planes, planes.v);
+    SynthLevel(kernels, {2, planes.quarter.data(), c.y_hl2.data(), c.y_lh2.data()}, planes.y.data());
+    SynthChroma(kernels, c.u_ll4.data(), planes, planes.u);
+    SynthChroma(kernels, c.v_ll4.data(), planes, planes.v);
 }
 
 void vdec_to_bgr(const VdecKernels& kernels, const VdecHalfPlanes& planes, uint8_t* picture) {
     constexpr int kHalfWidth = VdecHalfPlanes::kWidth;
     const VdecHalfPlanes::Plane* const sources[] = {&planes.y, &planes.u, &planes.v};
     LineHalf even, odd;
-    alignas(64) int16_t samples[2][3][kPlaneWidth];
+    alignas(64) int16_t samples[2][3][kPictureWidth];
     for (int k = 0; k < VdecHalfPlanes::kHeight; ++k) {
         for (int plane = 0; plane < 3; ++plane) {
             SynthRowPair(kernels, sources[plane]->data(), nullptr, kHalfWidth, VdecHalfPlanes::kHeight, k,
@@ -117,8 +112,8 @@ void vdec_to_bgr(const VdecKernels& kernels, const VdecHalfPlanes& planes, uint8
             kernels.synth_samples(odd.MirrorAsLow(kHalfWidth), kHalfWidth, samples[1][plane]);
         }
         for (const auto& row : samples) {
-            kernels.bgr_row(row[0], row[1], row[2], kPlaneWidth, picture);
-            picture += 3 * kPlaneWidth;
+            kernels.bgr_row(row[0], row[1], row[2], kPictureWidth, picture);
+            picture += kPictureRowBytes;
         }
     }
 }

@@ -21,11 +21,11 @@ public:
                 break;
             case MessageRecordKind::Video:
                 // In a message of speech alone the decoder is not ready and the renderer hidden: the picture
-                // is passed over like the rest.
+                // is skipped like the rest.
                 if (vdec_decode(record.body.data(), record.body.size(), m_picture.data()))
                     m_params.pVideo->QueueFrame(m_picture.data());
                 break;
-            case MessageRecordKind::PassedOver:
+            case MessageRecordKind::Skipped:
                 break;
             case MessageRecordKind::End:
                 m_params.pWaveDevice->EndOfSound();

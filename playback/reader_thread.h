@@ -7,6 +7,7 @@
 
 #include "audio/wave_device.h"
 #include "codec/message_reader.h"
+#include "codec/queue_limits.h"
 #include "controls/waveform_wnd.h"
 #include "platform/framework/afxmt.h"
 #include "playback/reader_gate.h"
@@ -16,14 +17,7 @@
 // panel to look at how things stand, so one that comes late does no harm.
 inline constexpr UINT WM_READER_ENDED = WM_USER + 202;
 
-// Slots of the renderer's queue; it holds one picture fewer.
-inline constexpr int kPictureSlots = 20;
-
-// Whether the queues take whatever the next record brings: a picture or a speech block's frames.
-constexpr BOOL HasRoomForRecord(int nPicturesQueued, int nBlocksQueued) {
-    return nPicturesQueued + 1 < kPictureSlots &&
-           nBlocksQueued + kFramesPerSpeechBlock < CWaveDevice::kBlocks;
-}
+static_assert(CWaveDevice::kBlocks == kSoundBlockSlots);
 
 // What the panel hands to the thread; it outlives the thread. The thread uses everything but pGate and the
 // queues' counts only while the gate lets it.

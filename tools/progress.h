@@ -5,8 +5,8 @@
 
 namespace tools {
 
-/// A percentage on standard error, for work that takes longer than a moment. Silent unless standard error is
-/// a terminal. The line is wiped out when the object goes.
+// A percentage on standard error, for work that takes longer than a moment. Silent unless standard error is
+// a terminal. The line is wiped out when the object goes.
 class Progress {
 public:
     explicit Progress(std::string title);
@@ -14,7 +14,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// `done` runs from 0 to 1. Cheap enough to be called at every step.
+    // `done` runs from 0 to 1. Cheap enough to be called at every step.
     void Show(double done);
 
 private:

@@ -70,7 +70,7 @@ TEST(MessageHeader, IsCheckedInTwoSteps) {
 struct RecordsCase {
     const char* what;
     Bytes records;
-    std::string read;  // S: speech, V: video, p: a byte passed over
+    std::string read;  // S: speech, V: video, p: a skipped byte
     MessageEnd end;
 };
 
@@ -86,7 +86,7 @@ std::string ReadAll(MessageReader& reader, std::FILE* file, MessageEnd& end) {
             case MessageRecordKind::Video:
                 read += 'V';
                 break;
-            case MessageRecordKind::PassedOver:
+            case MessageRecordKind::Skipped:
                 read += 'p';
                 break;
             case MessageRecordKind::End:
@@ -121,7 +121,7 @@ TEST(MessageReader, ReadsTheRecordsOfAnyFile) {
             ASSERT_TRUE(reader.Rewind(file.get()));
             EXPECT_EQ(ReadAll(reader, file.get(), end), c.read) << c.what;
             EXPECT_EQ(end, c.end) << c.what;
-            EXPECT_EQ(reader.PassedOverBytes(),
+            EXPECT_EQ(reader.SkippedBytes(),
                       static_cast<uint64_t>(std::count(c.read.begin(), c.read.end(), 'p')))
                 << c.what;
             // What follows an end is never taken for records.

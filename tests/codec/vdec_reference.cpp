@@ -6,17 +6,16 @@
 
 namespace {
 
-constexpr int kStride = kPlaneWidth;
+constexpr int kStride = kPictureWidth;
 constexpr int kMirrored = 4;
 
 int16_t Low16(int value) {
     return static_cast<int16_t>(value);
 }
 
-// Interleaves, mirrors and filters. `stride` is the distance between two values of the line.
-template <class Store>
-void SynthLine(const float* line, int length, int stride, Store store) {
-    float work[kPlaneWidth + 2 * kMirrored];
+// Interleaves, mirrors and filters in place. `stride` is the distance between two values of the line.
+void SynthLine(float* line, int length, int stride) {
+    float work[kPictureWidth + 2 * kMirrored];
     float* z = work + kMirrored;
     const int half = length / 2;
     for (int k = 0; k < half; ++k) {
@@ -37,13 +36,9 @@ void SynthLine(const float* line, int length, int stride, Store store) {
         odd = odd + double{t.o1} * sum(n, n + 2);
         odd = odd + double{t.o2} * sum(n + 3, n - 1);
         odd = odd + double{t.o0} * double{z[n + 1]};
-        store(n, even);
-        store(n + 1, odd);
+        line[n * stride] = static_cast<float>(even);
+        line[(n + 1) * stride] = static_cast<float>(odd);
     }
-}
-
-void SynthInPlace(float* line, int length, int stride) {
-    SynthLine(line, length, stride, [&](int n, double x) { line[n * stride] = static_cast<float>(x); });
 }
 
 void FillGroup(float* plane, int x, int y, int size, int step, const int16_t*& values) {
@@ -61,7 +56,7 @@ uint8_t Clamp(int value) {
 }  // namespace
 
 ReferencePlanes::ReferencePlanes() {
-    for (auto& plane : planes) plane.resize(size_t{kPlaneWidth} * kPlaneHeight);
+    for (auto& plane : planes) plane.resize(size_t{kPictureWidth} * kPictureHeight);
 }
 
 void ReferenceReadSymbols(const VdecCodes& codes, const uint8_t* payload, size_t length,
@@ -117,10 +112,10 @@ void ReferenceInverseDwt(ReferencePlanes& planes, int last_region) {
     for (size_t p = 0; p < 3; ++p) {
         float* plane = planes.planes[p].data();
         for (int region = p == 0 ? 2 : 3; region >= last_region; --region) {
-            const int width = level_width[region];
-            const int height = level_height[region];
-            for (int x = 0; x < width; ++x) SynthInPlace(plane + x, height, kStride);
-            for (int y = 0; y < height; ++y) SynthInPlace(plane + y * kStride, width, 1);
+            const int width = kPictureWidth >> region;
+            const int height = kPictureHeight >> region;
+            for (int x = 0; x < width; ++x) SynthLine(plane + x, height, kStride);
+            for (int y = 0; y < height; ++y) SynthLine(plane + y * kStride, width, 1);
         }
     }
 }
@@ -134,11 +129,4 @@ void ReferenceToBgr(const ReferencePlanes& planes, uint8_t* picture) {
         picture[1] = Clamp((128 * y - 51 * u - 74 * v) >> 7);
         picture[2] = Clamp((128 * y + 146 * v) >> 7);
     }
-}
-
-std::vector<double> ReferenceSynthLine(const std::vector<float>& line) {
-    std::vector<double> results(line.size());
-    SynthLine(line.data(), static_cast<int>(line.size()), 1,
-              [&](int n, double x) { results[static_cast<size_t>(n)] = x; });
-    return results;
 }

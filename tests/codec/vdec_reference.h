@@ -6,7 +6,7 @@
 
 #include "codec/vdec_stages.h"
 
-// The decoder's straightforward scalar form: one bit a step, three full planes of floats, one line at a time
+// The decoder's reference implementation: one bit a step, three full planes of floats, one line at a time
 // through a work line, one pixel at a time. What the decoder does faster must come out the same.
 
 struct ReferencePlanes {
@@ -22,7 +22,3 @@ void ReferenceReconstruct(const VdecSymbols& symbols, int quality, ReferencePlan
 // Down to `last_region`; 0 rebuilds the whole planes.
 void ReferenceInverseDwt(ReferencePlanes& planes, int last_region = 0);
 void ReferenceToBgr(const ReferencePlanes& planes, uint8_t* picture);
-
-// The results of one line of synthesis before they are rounded to float. `line` is low-pass half, then
-// high-pass half.
-std::vector<double> ReferenceSynthLine(const std::vector<float>& line);

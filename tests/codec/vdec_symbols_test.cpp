@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "tests/codec/vdec_payload.h"
-#include "tests/codec/vdec_reference.h"
 
 namespace {
 
@@ -103,19 +102,6 @@ TEST_F(Symbols, ShortPayloadIsCompletedWithZeroValues) {
         ASSERT_TRUE(AllZero(kFineStart + 64, kValueCount));
         ASSERT_EQ(m_symbols->head.IsSkipped(0), length < 5) << "length " << length;
         ASSERT_EQ(m_symbols->head.IsSkipped(299), length < 42) << "length " << length;
-    }
-}
-
-TEST_F(Symbols, AgreeWithOneBitAStepOnBusyPictures) {
-    const auto reference = std::make_unique<VdecSymbols>();
-    for (const double spread : {0.3, 1.0, 4.0}) {
-        const std::vector<uint8_t> payload = RandomPayload(SharedCodes(), 5, 250, spread);
-        reference->values.fill(0);
-        ReferenceReadSymbols(SharedCodes(), payload.data(), payload.size(), *reference);
-        Read(payload);
-        EXPECT_TRUE(std::equal(reference->values.begin(), reference->values.begin() + kValueCount,
-                               m_symbols->values.begin()))
-            << spread;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <vector>
 
+#include "codec/message_format.h"
 #include "codec/vdec.h"
 #include "tests/codec/vdec_payload.h"
 #include "tests/support/allocation_probe.h"
@@ -82,7 +83,7 @@ TEST_F(Vdec, QualityStaysUntilTheNextInit) {
 }
 
 // No payload is refused; one without codes is black.
-TEST_F(Vdec, GivesAPictureForAnyLength) {
+TEST_F(Vdec, DecodesPayloadsOfAnyLength) {
     vdec_init();
     std::vector<uint8_t> payload(kMaxPayloadBytes, 0);
     for (size_t length : {size_t{0}, size_t{3}, size_t{4}, size_t{41}, size_t{42}}) {

@@ -23,14 +23,12 @@ MessageBuilder& MessageBuilder::Speech(int blocks) {
 
 MessageBuilder& MessageBuilder::Silence(int blocks) {
     int16_t samples[kSpeechFrameSamples] = {};
-    gsm_frame coded;
     gsm encoder = gsm_create();
     for (int i = 0; i < blocks; ++i) {
         m_data.push_back(kSpeechRecord);
         for (int k = 0; k < kFramesPerSpeechBlock; ++k) {
             uint8_t frame[kSpeechFrameBytes];
-            gsm_encode(encoder, samples, coded);
-            RepackSpeechFrameFromGsm(coded, frame);
+            EncodeSpeechFrame(encoder, samples, frame);
             m_data.insert(m_data.end(), std::begin(frame), std::end(frame));
         }
     }

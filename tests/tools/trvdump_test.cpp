@@ -30,12 +30,12 @@ QJsonArray ExpectedSamples() {
     return ParseJson(std::string(bytes.begin(), bytes.end())).array();
 }
 
-std::set<std::string> OddCodes(const std::string& path) {
+std::set<std::string> WarningCodes(const std::string& path) {
     const ToolRun run = RunTrvdump({"--json", path});
     EXPECT_EQ(run.status, 0) << run.err;
     std::set<std::string> codes;
-    for (const QJsonValue oddity : ParseJson(run.out).object()["odd"].toArray()) {
-        codes.insert(oddity.toObject()["code"].toString().toStdString());
+    for (const QJsonValue warning : ParseJson(run.out).object()["warnings"].toArray()) {
+        codes.insert(warning.toObject()["code"].toString().toStdString());
     }
     return codes;
 }
@@ -99,9 +99,9 @@ TEST(TrvdumpSamples, AreTruthfullyDescribed) {
         EXPECT_DOUBLE_EQ(report["duration_seconds"].toDouble(), sample["frame_count"].toInt() * 0.02);
         EXPECT_EQ(report["speech_frames"], sample["speech_frames_decoded"]);
         EXPECT_EQ(report["speech_blocks"].toInt() * 10, sample["speech_frames_decoded"].toInt());
-        EXPECT_EQ(report["passed_over_bytes"].toInt(-1), 0);
+        EXPECT_EQ(report["skipped_bytes"].toInt(-1), 0);
         EXPECT_EQ(report["end"].toString(), "clean");
-        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+        EXPECT_TRUE(report["warnings"].toArray().isEmpty());
 
         // Header, speech and video records are all there is in the file.
         const QJsonArray pictures = report["video_records"].toArray();
@@ -117,7 +117,7 @@ TEST(TrvdumpSamples, SummaryIsForPeople) {
     EXPECT_EQ(run.status, 0);
     for (const char* part :
          {"video message, 3 pictures per second", "520 (10.40 s)", "52 blocks, 520 frames",
-          "voice-only message", "540 (10.80 s)", "video records  none", "odd            nothing"}) {
+          "voice-only message", "540 (10.80 s)", "video records  none", "warnings       none"}) {
         EXPECT_NE(run.out.find(part), std::string::npos) << part << " is missing in\n" << run.out;
     }
 }
@@ -133,7 +133,7 @@ TEST(TrvdumpSamples, OwnMessagesAreWhole) {
     };
     for (const auto& c : cases) {
         const QJsonObject report = ParseJson(RunTrvdump({"--json", c.path}).out).object();
-        EXPECT_TRUE(report["odd"].toArray().isEmpty()) << c.path;
+        EXPECT_TRUE(report["warnings"].toArray().isEmpty()) << c.path;
         EXPECT_EQ(report["pictures_per_second"].toInt(-1), c.rate) << c.path;
         EXPECT_GE(report["speech_frames"].toInt(), c.least_frames) << c.path;
         EXPECT_LE(report["speech_frames"].toInt(), c.most_frames) << c.path;
@@ -285,7 +285,7 @@ TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
     EXPECT_EQ(RunTrvdump({"--help"}).status, 0);
 }
 
-TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
+TEST(TrvdumpWarnings, EachIsFoundAndNothingElse) {
     Bytes good = MessageHeader(1, 10);
     const Bytes video = ReadBytes(Sample("greeting-video.trv"));
     ASSERT_EQ(video[13], 1U);
@@ -317,7 +317,7 @@ TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
     } cases[] = {
         {"nothing", {}, good},
         {"wrong count", {"frame-count"}, wrong_count},
-        {"stray bytes", {"passed-over"}, stray},
+        {"stray bytes", {"skipped-bytes"}, stray},
         {"cut speech", {"partial-record", "frame-count"}, {good.begin(), good.end() - 1}},
         {"cut video", {"partial-record"}, with_video(size + 1, payload)},
         {"cut length", {"partial-record"}, cut_length},
@@ -339,10 +339,10 @@ TEST(TrvdumpOddities, EachIsFoundAndNothingElse) {
     const std::string path = folder.Path("m.trv");
     for (const auto& c : cases) {
         WriteBytes(path, c.message);
-        EXPECT_EQ(OddCodes(path), c.codes) << c.name;
+        EXPECT_EQ(WarningCodes(path), c.codes) << c.name;
         // People are told as well.
         const ToolRun run = RunTrvdump({path});
         EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.out.find("odd            nothing") != std::string::npos, c.codes.empty()) << c.name;
+        EXPECT_EQ(run.out.find("warnings       none") != std::string::npos, c.codes.empty()) << c.name;
     }
 }

@@ -112,7 +112,7 @@ TEST(TrvmakeSound, FormatsRatesAndChannelsGiveTheSameSpeech) {
         const QJsonObject report = Describe(folder.Path("m.trv"));
         EXPECT_EQ(report["pictures_per_second"].toInt(-1), 0);
         EXPECT_EQ(report["frame_count"].toInt(), 100);
-        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+        EXPECT_TRUE(report["warnings"].toArray().isEmpty());
 
         const std::vector<int16_t> samples = DecodedSamples(folder.Path("m.trv"));
         ASSERT_EQ(samples.size(), 16000U);
@@ -162,7 +162,7 @@ TEST(TrvmakePictures, StandNearTheirSpeech) {
         EXPECT_EQ(RecordOrder(folder.Path("m.trv")), c.order) << "rate " << c.rate;
         const QJsonObject report = Describe(folder.Path("m.trv"));
         EXPECT_EQ(report["pictures_per_second"].toInt(), std::atoi(c.rate));
-        EXPECT_TRUE(report["odd"].toArray().isEmpty());
+        EXPECT_TRUE(report["warnings"].toArray().isEmpty());
     }
 }
 

@@ -104,7 +104,7 @@ void ExportMessage(MessageFile& message, const MessageReport& report, const Dump
     while (true) {
         const MessageRecord record = message.Read();
         if (record.kind == MessageRecordKind::End) break;
-        if (record.kind == MessageRecordKind::PassedOver) continue;
+        if (record.kind == MessageRecordKind::Skipped) continue;
         if (record.kind == MessageRecordKind::Speech && speech) speech->Write(record.body);
         if (record.kind == MessageRecordKind::Video && pictures) pictures->Write(record.body);
         progress.Show(static_cast<double>(++done) / total);

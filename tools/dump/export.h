@@ -6,8 +6,8 @@
 
 namespace tools {
 
-/// Decodes a message that stands at its first record and writes what the options ask for. `report` is what
-/// the message holds. Throws ToolError when something cannot be written.
+// Decodes a message that stands at its first record and writes what the options ask for. `report` is what
+// the message holds. Throws ToolError when something cannot be written.
 void ExportMessage(MessageFile& message, const MessageReport& report, const DumpOptions& options);
 
 }  // namespace tools

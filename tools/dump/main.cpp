@@ -53,8 +53,8 @@ private:
             MessageFile message(path);
             const MessageReport report = ReportOn(message);
             if (options_.Writes()) {
-                for (const Oddity& oddity : report.oddities) {
-                    std::fprintf(stderr, "trvdump: %s: odd: %s\n", path.c_str(), oddity.text.c_str());
+                for (const Warning& warning : report.warnings) {
+                    std::fprintf(stderr, "trvdump: %s: warning: %s\n", path.c_str(), warning.text.c_str());
                 }
                 message.Rewind();
                 ExportMessage(message, report, options_);

@@ -9,25 +9,25 @@
 
 namespace tools {
 
-/// A message opened from a file, its header checked, standing at its first record.
+// A message opened from a file, its header checked, standing at its first record.
 class MessageFile {
 public:
-    /// Throws ToolError when the file cannot be opened or is no message.
+    // Throws ToolError when the file cannot be opened or is no message.
     explicit MessageFile(const std::string& path);
 
-    /// The next record, exactly as the player reads it.
+    // The next record, exactly as the player reads it.
     MessageRecord Read() { return reader_.Read(stream_.get()); }
-    /// Back to the first record. Throws ToolError for a stream that cannot go back.
+    // Back to the first record. Throws ToolError for a stream that cannot go back.
     void Rewind();
 
-    /// How much of the file has been read, 0 to 1; 0 when its size is not known.
+    // How much of the file has been read, 0 to 1; 0 when its size is not known.
     double ReadShare() const;
 
     const std::string& path() const { return path_; }
     uint64_t file_bytes() const { return file_bytes_; }
     int rate() const { return rate_; }
     uint32_t frame_count() const { return frame_count_; }
-    uint64_t passed_over_bytes() const { return reader_.PassedOverBytes(); }
+    uint64_t skipped_bytes() const { return reader_.SkippedBytes(); }
 
 private:
     struct Close {

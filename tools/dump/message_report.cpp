@@ -24,28 +24,28 @@ std::string Count(uint64_t number, const char* singular, const char* plural) {
     return std::to_string(number) + " " + (number == 1 ? singular : plural);
 }
 
-void AddEnd(const MessageRecord& last, MessageReport& report) {
+void AddEndWarning(const MessageRecord& last, MessageReport& report) {
     switch (last.end) {
         case MessageEnd::None:
         case MessageEnd::Clean:
             break;
         case MessageEnd::PartialRecord:
-            report.oddities.push_back({"partial-record", "the file ends within a record, which is dropped"});
+            report.warnings.push_back({"partial-record", "the file ends within a record, which is dropped"});
             break;
         case MessageEnd::BadLength:
-            report.oddities.push_back(
+            report.warnings.push_back(
                 {"oversized-length",
                  Format("a video record claims %u bytes, more than %zu; the message ends there",
-                        last.declared_bytes, kMaxRecordBytes)});
+                        last.declared_bytes, kMaxPayloadBytes)});
             break;
         case MessageEnd::ReadError:
-            report.oddities.push_back({"read-error", "the file could not be read to its end"});
+            report.warnings.push_back({"read-error", "the file could not be read to its end"});
             break;
     }
 }
 
 // One line for all pictures that share a fault.
-void AddPictureOddity(MessageReport& report, const char* code, bool PayloadFacts::*fault, const char* what) {
+void AddPictureWarning(MessageReport& report, const char* code, bool PayloadFacts::*fault, const char* what) {
     uint64_t count = 0;
     std::size_t first = 0;
     for (std::size_t i = 0; i < report.pictures.size(); ++i) {
@@ -56,32 +56,32 @@ void AddPictureOddity(MessageReport& report, const char* code, bool PayloadFacts
     const std::string which = count == 1 ? Format("picture %zu", first)
                                          : Format("%s, the first being picture %zu,",
                                                   Count(count, "picture", "pictures").c_str(), first);
-    report.oddities.push_back({code, which + " " + what});
+    report.warnings.push_back({code, which + " " + what});
 }
 
-void AddOddities(MessageReport& report) {
+void AddWarnings(MessageReport& report) {
     if (report.frame_count != report.speech_frames()) {
-        report.oddities.push_back(
+        report.warnings.push_back(
             {"frame-count", Format("the frame count is %u, the records hold %s", report.frame_count,
                                    Count(report.speech_frames(), "speech frame", "speech frames").c_str())});
     }
-    if (report.passed_over_bytes > 0) {
-        report.oddities.push_back({"passed-over", Count(report.passed_over_bytes, "byte was", "bytes were") +
-                                                      " passed over between records"});
+    if (report.skipped_bytes > 0) {
+        report.warnings.push_back({"skipped-bytes", Count(report.skipped_bytes, "byte was", "bytes were") +
+                                                        " skipped between records"});
     }
     if (report.rate == 0 && !report.pictures.empty()) {
-        report.oddities.push_back(
+        report.warnings.push_back(
             {"pictures-in-voice", "a voice-only message holds video records; they are not shown"});
     }
     if (report.rate > 0 && report.pictures.empty()) {
-        report.oddities.push_back({"no-pictures", "a video message holds no video record"});
+        report.warnings.push_back({"no-pictures", "a video message holds no video record"});
     }
-    AddPictureOddity(report, "counts-out-of-range", &PayloadFacts::counts_out_of_range,
-                     "announces more detail than there is room for");
-    AddPictureOddity(report, "counts-disagree", &PayloadFacts::counts_disagree,
-                     "announces other counts than its skip flags ask for");
-    AddPictureOddity(report, "payload-short", &PayloadFacts::runs_short,
-                     "ends before its last code; missing values are taken as 0");
+    AddPictureWarning(report, "counts-out-of-range", &PayloadFacts::counts_out_of_range,
+                      "announces more detail than there is room for");
+    AddPictureWarning(report, "counts-disagree", &PayloadFacts::counts_disagree,
+                      "announces other counts than its skip flags ask for");
+    AddPictureWarning(report, "payload-short", &PayloadFacts::runs_short,
+                      "ends before its last code; missing values are taken as 0");
 }
 
 std::string VideoRecordLines(const MessageReport& report) {
@@ -121,12 +121,12 @@ MessageReport ReportOn(MessageFile& message) {
             report.pictures.push_back(inspector.Inspect(record.body));
         } else if (record.kind == MessageRecordKind::End) {
             report.end = record.end;
-            AddEnd(record, report);
+            AddEndWarning(record, report);
             break;
         }
     }
-    report.passed_over_bytes = message.passed_over_bytes();
-    AddOddities(report);
+    report.skipped_bytes = message.skipped_bytes();
+    AddWarnings(report);
     return report;
 }
 
@@ -141,9 +141,9 @@ std::string ReportAsText(const MessageReport& report) {
     text += "\n  speech         " + Count(report.speech_blocks, "block", "blocks") + ", " +
             Count(report.speech_frames(), "frame", "frames");
     text += "\n  video records  " + VideoRecordLines(report);
-    text += "\n  passed over    " + Count(report.passed_over_bytes, "byte", "bytes");
-    if (report.oddities.empty()) text += "\n  odd            nothing";
-    for (const Oddity& oddity : report.oddities) text += "\n  odd            " + oddity.text;
+    text += "\n  skipped        " + Count(report.skipped_bytes, "byte", "bytes");
+    if (report.warnings.empty()) text += "\n  warnings       none";
+    for (const Warning& warning : report.warnings) text += "\n  warning        " + warning.text;
     return text + "\n";
 }
 

@@ -10,13 +10,13 @@
 
 namespace tools {
 
-/// Something about a message that a writer of messages should not have made.
-struct Oddity {
+// Something about a message that a writer of messages should not have made.
+struct Warning {
     std::string code;  // for programs; never changes
     std::string text;  // for people
 };
 
-/// What is in a message, record by record.
+// What is in a message, record by record.
 struct MessageReport {
     std::string path;
     uint64_t file_bytes = 0;
@@ -24,19 +24,19 @@ struct MessageReport {
     uint32_t frame_count = 0;
     uint64_t speech_blocks = 0;
     std::vector<PayloadFacts> pictures;
-    uint64_t passed_over_bytes = 0;
+    uint64_t skipped_bytes = 0;
     MessageEnd end = MessageEnd::Clean;
-    std::vector<Oddity> oddities;
+    std::vector<Warning> warnings;
 
     uint64_t speech_frames() const { return speech_blocks * kFramesPerSpeechBlock; }
-    /// Length in seconds that the header announces.
+    // Length in seconds that the header announces.
     double announced_seconds() const;
 };
 
-/// Reads all records of a message that stands at its first record, through the player's own reader.
+// Reads all records of a message that stands at its first record, through the player's own reader.
 MessageReport ReportOn(MessageFile& message);
 
-/// The report for people to read.
+// The report for people to read.
 std::string ReportAsText(const MessageReport& report);
 
 }  // namespace tools

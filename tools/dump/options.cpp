@@ -32,8 +32,8 @@ as the player does it. Without options it prints a summary of each message.
       --version     print the version and end
 
 FILE may be - for standard output. Folders are made where they are missing. Writing
-takes one MESSAGE and prints no summary (ask for it with --json); what is odd about the
-message goes to standard error. Pictures of a voice-only message are not decoded.
+takes one MESSAGE and prints no summary (ask for it with --json); warnings about the
+message go to standard error. Pictures of a voice-only message are not decoded.
 
 Exit status: 0 on success, 1 when a file is no message or something cannot be written,
 2 for wrong usage.

@@ -27,10 +27,10 @@ struct DumpOptions {
     bool Writes() const { return WritesSound() || WritesPictures(); }
 };
 
-/// Reads a command line, main's way. Throws UsageError when it cannot be followed.
+// Reads a command line, main's way. Throws UsageError when it cannot be followed.
 DumpOptions ParseDumpOptions(int argc, char** argv);
 
-/// What --help prints.
+// What --help prints.
 extern const char* const kDumpHelp;
 
 }  // namespace tools

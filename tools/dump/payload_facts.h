@@ -10,7 +10,7 @@
 
 namespace tools {
 
-/// What a video record's payload says of itself, and where that does not fit together.
+// What a video record's payload says of itself, and where that does not fit together.
 struct PayloadFacts {
     std::size_t bytes = 0;
     uint32_t coarse_count = 0;
@@ -21,10 +21,10 @@ struct PayloadFacts {
     bool runs_short = false;           // ends before its last code
 };
 
-/// Reads payloads without rebuilding pictures.
+// Reads payloads without rebuilding pictures.
 class PayloadInspector {
 public:
-    /// Throws std::bad_alloc.
+    // Throws std::bad_alloc.
     PayloadInspector();
 
     PayloadFacts Inspect(std::span<const uint8_t> payload) const;

@@ -4,20 +4,20 @@
 #include <filesystem>
 #include <span>
 
-#include "codec/vdec.h"
+#include "codec/picture_geometry.h"
 
 namespace tools {
 
-/// A folder of numbered pictures: picture-0001.png (upright, 320 × 240, 24 bit) or picture-0001.bgr (the
-/// bytes of the decoder). Every operation throws ToolError when something cannot be written.
+// A folder of numbered pictures: picture-0001.png (upright, 320 × 240, 24 bit) or picture-0001.bgr (the
+// bytes of the decoder). Every operation throws ToolError when something cannot be written.
 class PictureOutput {
 public:
     enum class Format { Bgr, Png };
 
-    /// Makes the folder where it is missing.
+    // Makes the folder where it is missing.
     PictureOutput(const std::filesystem::path& folder, Format format);
 
-    /// Writes the next picture.
+    // Writes the next picture.
     void Write(std::span<const uint8_t, kPictureBytes> bgr);
 
 private:

@@ -78,6 +78,16 @@ std::string PictureAsJson(const PayloadFacts& picture) {
     return text;
 }
 
+std::string WarningsAsJson(const MessageReport& report, const char* skipped_code) {
+    std::string out = "[";
+    for (const Warning& warning : report.warnings) {
+        const std::string code = warning.code == "skipped-bytes" ? skipped_code : warning.code;
+        out += out.size() == 1 ? "\n    " : ",\n    ";
+        out += "{\"code\": " + Quoted(code) + ", \"text\": " + Quoted(warning.text) + "}";
+    }
+    return out + (report.warnings.empty() ? "]" : "\n  ]");
+}
+
 }  // namespace
 
 std::string ReportAsJson(const MessageReport& report) {
@@ -96,15 +106,12 @@ std::string ReportAsJson(const MessageReport& report) {
         out += (i == 0 ? "\n    " : ",\n    ") + PictureAsJson(report.pictures[i]);
     }
     out += report.pictures.empty() ? "]" : "\n  ]";
-    out += ",\n  \"passed_over_bytes\": " + std::to_string(report.passed_over_bytes);
+    out += ",\n  \"skipped_bytes\": " + std::to_string(report.skipped_bytes);
     out += std::string(",\n  \"end\": \"") + EndName(report.end) + "\"";
-    out += ",\n  \"odd\": [";
-    for (std::size_t i = 0; i < report.oddities.size(); ++i) {
-        const Oddity& oddity = report.oddities[i];
-        out += i == 0 ? "\n    " : ",\n    ";
-        out += "{\"code\": " + Quoted(oddity.code) + ", \"text\": " + Quoted(oddity.text) + "}";
-    }
-    out += report.oddities.empty() ? "]" : "\n  ]";
+    out += ",\n  \"warnings\": " + WarningsAsJson(report, "skipped-bytes");
+    // The names of version 1.0, for one version more.
+    out += ",\n  \"passed_over_bytes\": " + std::to_string(report.skipped_bytes);
+    out += ",\n  \"odd\": " + WarningsAsJson(report, "passed-over");
     return out + "\n}";
 }
 

@@ -10,9 +10,9 @@
 
 namespace tools {
 
-/// A file that appears under its name only when it is whole: written beside it under another name, renamed
-/// by Commit(). Without Commit() nothing is left behind. A symbolic link keeps being one; its target is
-/// replaced. Every operation throws ToolError.
+// A file that appears under its name only when it is whole: written beside it under another name, renamed
+// by Commit(). Without Commit() nothing is left behind. A symbolic link keeps being one; its target is
+// replaced. Every operation throws ToolError.
 class AtomicFile {
 public:
     explicit AtomicFile(const std::filesystem::path& path);
@@ -21,9 +21,9 @@ public:
     AtomicFile& operator=(const AtomicFile&) = delete;
 
     void Write(std::span<const uint8_t> bytes);
-    /// Replaces bytes that were written already.
+    // Replaces bytes that were written already.
     void Overwrite(long offset, std::span<const uint8_t> bytes);
-    /// Brings everything to the disk and gives the file its name.
+    // Brings everything to the disk and gives the file its name.
     void Commit();
 
 private:

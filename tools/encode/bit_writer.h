@@ -6,13 +6,13 @@
 
 namespace tools {
 
-/// Writes bits into a caller's buffer, each byte filled from its least significant bit. Bits that no longer
-/// fit are counted but not stored, so a caller may ask size_in_bytes() whether all of it fitted.
+// Writes bits into a caller's buffer, each byte filled from its least significant bit. Bits that no longer
+// fit are counted but not stored, so a caller may ask size_in_bytes() whether all of it fitted.
 class BitWriter {
 public:
     explicit BitWriter(std::span<uint8_t> buffer) : buffer_(buffer) {}
 
-    /// Appends the `count` low bits of `bits` (at most 32), lowest first.
+    // Appends the `count` low bits of `bits` (at most 32), lowest first.
     void Write(uint32_t bits, unsigned count) {
         pending_ |= static_cast<uint64_t>(bits) << pending_count_;
         pending_count_ += count;
@@ -20,12 +20,12 @@ public:
         while (pending_count_ >= 8) FlushByte(8);
     }
 
-    /// Completes the last byte with zero bits.
+    // Completes the last byte with zero bits.
     void Finish() {
         if (pending_count_ > 0) FlushByte(pending_count_);
     }
 
-    /// Bytes that everything written so far takes.
+    // Bytes that everything written so far takes.
     std::size_t size_in_bytes() const { return (bit_count_ + 7) / 8; }
 
 private:

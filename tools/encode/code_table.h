@@ -9,17 +9,17 @@
 
 namespace tools {
 
-/// The codes of one symbol group, read off the very tree that the decoder walks, looked up by value.
+// The codes of one symbol group, read off the very tree that the decoder walks, looked up by value.
 class CodeTable {
 public:
-    /// Throws std::bad_alloc when memory runs out.
+    // Throws std::bad_alloc when memory runs out.
     explicit CodeTable(const VdecGroupInfo& group);
 
-    /// The values that the group's alphabet can say.
+    // The values that the group's alphabet can say.
     int32_t lowest() const { return lowest_; }
     int32_t highest() const { return highest_; }
 
-    /// Code length in bits of a value from lowest() to highest().
+    // Code length in bits of a value from lowest() to highest().
     unsigned LengthOf(int32_t value) const { return CodeOf(value).length; }
     void Write(int32_t value, BitWriter& bits) const {
         const Code& code = CodeOf(value);

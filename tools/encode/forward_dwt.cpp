@@ -59,8 +59,7 @@ void AnalyseRegion(std::span<double, kPlaneValues> plane, int width, int height)
 }
 
 void ForwardDwt(std::span<double, kPlaneValues> plane, int levels) {
-    for (int level = 0; level < levels; ++level)
-        AnalyseRegion(plane, level_width[level], level_height[level]);
+    for (int level = 0; level < levels; ++level) AnalyseRegion(plane, LevelWidth(level), LevelHeight(level));
 }
 
 }  // namespace tools

@@ -8,25 +8,22 @@
 namespace tools {
 namespace {
 
-constexpr int kLumaLevels = 3;
-constexpr int kChromaLevels = 4;
-
-// The detail of one block position in one band: size × size values from (x + size · column, y + size · row).
+// A block position's detail in one subband. The plane holds HL to the right of LL, LH below it, HH beside
+// both.
 struct DetailGroup {
-    bool fine;
-    int size;
-    int x;
-    int y;
+    int level;
+    bool high_along_rows;
+    bool high_along_columns;
     VdecStep step;
 };
 
 // In the order in which a block position's values stand in the payload.
 constexpr std::array<DetailGroup, 5> kDetailGroups = {{
-    {false, 2, 40, 0, kStepCoarse},
-    {true, 4, 80, 0, kStepFine},
-    {false, 2, 0, 30, kStepCoarse},
-    {true, 4, 0, 60, kStepFine},
-    {false, 2, 40, 30, kStepCoarseDiagonal},
+    {kCoarseLevel, true, false, kStepCoarse},
+    {kFineLevel, true, false, kStepFine},
+    {kCoarseLevel, false, true, kStepCoarse},
+    {kFineLevel, false, true, kStepFine},
+    {kCoarseLevel, true, true, kStepCoarseDiagonal},
 }};
 
 // The step that each coarse value of a block position belongs to.
@@ -74,11 +71,9 @@ std::span<const uint8_t> PictureEncoder::Encode(std::span<const uint8_t, kPictur
     ForwardDwt(u, kChromaLevels);
     ForwardDwt(v, kChromaLevels);
 
-    QuantiseApproximation(y, kYApprox, level_width[kLumaLevels - 1] / 2, level_height[kLumaLevels - 1] / 2);
-    QuantiseApproximation(u, kUApprox, level_width[kChromaLevels - 1] / 2,
-                          level_height[kChromaLevels - 1] / 2);
-    QuantiseApproximation(v, kVApprox, level_width[kChromaLevels - 1] / 2,
-                          level_height[kChromaLevels - 1] / 2);
+    QuantiseApproximation(y, kYApprox, kLumaLevels);
+    QuantiseApproximation(u, kUApprox, kChromaLevels);
+    QuantiseApproximation(v, kVApprox, kChromaLevels);
 
     std::size_t bits = 0;
     for (double dead_zone = kRoundingDeadZone; dead_zone <= kWidestDeadZone;
@@ -94,26 +89,26 @@ std::span<const uint8_t> PictureEncoder::Encode(std::span<const uint8_t, kPictur
 }
 
 void PictureEncoder::QuantiseApproximation(std::span<const double, kPlaneValues> plane, VdecGroup group,
-                                           int width, int height) {
+                                           int level) {
     const CodeTable& code = codes_[group];
     const int32_t step = quant_steps[quality_][group];
-    // The decoder's products wrap at 16 bits; levels that would are out of reach.
+    // The decoder's products wrap at 16 bits; values that would are out of reach.
     const int32_t limit = INT16_MAX / step;
     std::size_t next = vdec_groups[group].first_value;
     const auto encode = [&](int x, int y, int32_t predicted) {
         const double coefficient = plane[static_cast<std::size_t>(y * kPictureWidth + x)];
-        const auto level = std::clamp(static_cast<int32_t>(std::lround(coefficient / step)), -limit, limit);
-        const int32_t difference = std::clamp(level - predicted, code.lowest(), code.highest());
+        const auto steps = std::clamp(static_cast<int32_t>(std::lround(coefficient / step)), -limit, limit);
+        const int32_t difference = std::clamp(steps - predicted, code.lowest(), code.highest());
         quantised_->approximation[next++] = static_cast<int16_t>(difference);
         return predicted + difference;
     };
 
     // The first value of a row is predicted from the one above it, every other from its left neighbour.
     int32_t first = 0;
-    for (int y = 0; y < height; ++y) {
+    for (int y = 0; y < LevelHeight(level); ++y) {
         first = encode(0, y, first);
         int32_t left = first;
-        for (int x = 1; x < width; ++x) left = encode(x, y, left);
+        for (int x = 1; x < LevelWidth(level); ++x) left = encode(x, y, left);
     }
 }
 
@@ -124,14 +119,18 @@ void PictureEncoder::QuantiseDetail(std::span<const double, kPlaneValues> plane,
         auto coarse = quantised_->coarse[block].begin();
         auto fine = quantised_->fine[block].begin();
         for (const DetailGroup& group : kDetailGroups) {
-            const CodeTable& code = codes_[group.fine ? kFineDetail : kCoarseDetail];
+            const bool is_fine = group.level == kFineLevel;
+            const CodeTable& code = codes_[is_fine ? kFineDetail : kCoarseDetail];
+            const int side = BlockSide(group.level);
+            const int left = (group.high_along_rows ? LevelWidth(group.level) : 0) + side * column;
+            const int top = (group.high_along_columns ? LevelHeight(group.level) : 0) + side * row;
             const double step = quant_steps[quality_][group.step];
-            for (int i = 0; i < group.size * group.size; ++i) {
-                const int x = group.x + group.size * column + i % group.size;
-                const int y = group.y + group.size * row + i / group.size;
+            for (int i = 0; i < side * side; ++i) {
+                const int x = left + i % side;
+                const int y = top + i / side;
                 const double coefficient = plane[static_cast<std::size_t>(y * kPictureWidth + x)];
                 const int16_t value = Quantise(coefficient, step, dead_zone, code);
-                if (group.fine) {
+                if (is_fine) {
                     *fine++ = value;
                 } else {
                     *coarse++ = value;

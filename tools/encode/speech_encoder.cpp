@@ -19,20 +19,17 @@ SpeechEncoder::SpeechEncoder() : state_(gsm_create()) {
 
 void SpeechEncoder::Encode(std::span<const int16_t, kSpeechFrameSamples> samples,
                            std::span<uint8_t, kSpeechFrameBytes> frame) {
-    // libgsm takes its input through a pointer to non-const.
     std::array<gsm_signal, kSpeechFrameSamples> input;
     std::copy(samples.begin(), samples.end(), input.begin());
     const bool silent =
         std::all_of(input.begin(), input.end(), [](gsm_signal sample) { return sample == 0; });
-    if (silent && sound_heard_) {
+    if (silent && sound_begun_) {
         for (gsm_signal& sample : input) {
             sample = static_cast<gsm_signal>(static_cast<int>(noise_() % (2 * kNoise + 1)) - kNoise);
         }
     }
-    sound_heard_ = sound_heard_ || !silent;
-    std::array<gsm_byte, kSpeechFrameBytes> standard;
-    gsm_encode(state_.get(), input.data(), standard.data());
-    RepackSpeechFrameFromGsm(standard.data(), frame.data());
+    sound_begun_ = sound_begun_ || !silent;
+    EncodeSpeechFrame(state_.get(), input.data(), frame.data());
 }
 
 }  // namespace tools

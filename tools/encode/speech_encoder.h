@@ -11,17 +11,17 @@
 
 namespace tools {
 
-/// GSM 06.10 full-rate encoder (libgsm) that gives frames as messages hold them. One state for all frames of
-/// a message, in order.
-///
-/// Frames of digital silence that follow sound are replaced by noise of one step of the coder's 13-bit input:
-/// with nothing but zeros the coder shapes its own rounding noise into bursts that are well heard.
+// GSM 06.10 full-rate encoder (libgsm) whose frames are as messages hold them. One state for all frames of
+// a message, in order.
+//
+// Frames of digital silence that follow sound are replaced by noise of one step of the coder's 13-bit input:
+// with nothing but zeros the coder shapes its own rounding noise into bursts that are well heard.
 class SpeechEncoder {
 public:
-    /// Throws std::bad_alloc when libgsm has no memory for its state.
+    // Throws std::bad_alloc when libgsm has no memory for its state.
     SpeechEncoder();
 
-    /// Encodes 20 ms: 160 samples at 8000 samples per second.
+    // Encodes 20 ms: 160 samples at 8000 samples per second.
     void Encode(std::span<const int16_t, kSpeechFrameSamples> samples,
                 std::span<uint8_t, kSpeechFrameBytes> frame);
 
@@ -31,7 +31,7 @@ private:
     };
     std::unique_ptr<gsm_state, Destroy> state_;
     std::minstd_rand noise_;  // the same for every message, so that equal input gives equal output
-    bool sound_heard_ = false;
+    bool sound_begun_ = false;
 };
 
 }  // namespace tools

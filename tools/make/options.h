@@ -15,11 +15,11 @@ struct MakeOptions {
     bool version = false;
 };
 
-/// Reads the arguments that follow the program's name. Throws UsageError when they
-/// cannot be followed.
+// Reads the arguments that follow the program's name. Throws UsageError when they
+// cannot be followed.
 MakeOptions ParseMakeOptions(const std::vector<std::string>& arguments);
 
-/// What --help prints.
+// What --help prints.
 extern const char* const kMakeHelp;
 
 }  // namespace tools
