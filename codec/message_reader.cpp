@@ -27,6 +27,7 @@ MessageRecord MessageReader::Read(std::FILE* file) {
     if (type == kSpeechRecord) return ReadBody(file, MessageRecordKind::Speech, kSpeechBlockBytes);
     if (type != kVideoRecord) {
         ++m_skipped;
+        ++m_offset;
         MessageRecord record;
         record.kind = MessageRecordKind::Skipped;
         return record;
@@ -42,14 +43,26 @@ MessageRecord MessageReader::Read(std::FILE* file) {
 }
 
 bool MessageReader::Rewind(std::FILE* file) {
-    Reset();
-    if (std::fseek(file, kMessageDataStart, SEEK_SET) == 0) return true;
+    m_skipped = 0;
+    return Seek(file, kMessageDataStart);
+}
+
+bool MessageReader::Seek(std::FILE* file, int64_t offset) {
+    m_end = MessageRecord();
+    m_offset = offset;
+    std::clearerr(file);
+    if (fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0) return true;
     m_end.end = MessageEnd::ReadError;
     return false;
 }
 
+bool MessageReader::Resume(std::FILE* file) {
+    return m_end.end != MessageEnd::BadLength && Seek(file, m_offset);
+}
+
 void MessageReader::Reset() {
     m_end = MessageRecord();
+    m_offset = kMessageDataStart;
     m_skipped = 0;
 }
 
@@ -57,6 +70,7 @@ MessageRecord MessageReader::ReadBody(std::FILE* file, MessageRecordKind kind, s
     if (std::fread(m_buffer.data(), 1, bytes, file) != bytes) {
         return EndWith(file, MessageEnd::PartialRecord, static_cast<unsigned>(bytes));
     }
+    m_offset += static_cast<int64_t>(bytes) + (kind == MessageRecordKind::Video ? 3 : 1);
     MessageRecord record;
     record.kind = kind;
     record.body = std::span<const uint8_t>(m_buffer).first(bytes);

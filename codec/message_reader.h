@@ -60,8 +60,19 @@ public:
     // the message has then ended.
     bool Rewind(std::FILE* file);
 
+    // Goes to the record at `offset` of the file (from a MessageIndex or Offset) and counts on. False as with
+    // Rewind.
+    bool Seek(std::FILE* file, int64_t offset);
+
+    // After an end: goes back to where it was met, so that Read looks whether the message goes on there now.
+    // False as with Rewind, or when the message has ended for good, by a bad length.
+    bool Resume(std::FILE* file);
+
     // For a stream that the caller has put at the first record, such as the one of another message.
     void Reset();
+
+    // Where the next record begins in the file; after an end, the record that brought it.
+    int64_t Offset() const { return m_offset; }
 
     // Bytes skipped since the start or the last rewind.
     uint64_t SkippedBytes() const { return m_skipped; }
@@ -72,5 +83,6 @@ private:
 
     std::array<uint8_t, kMaxPayloadBytes> m_buffer;
     MessageRecord m_end;  // kind End; its reason is None while there is more to read
+    int64_t m_offset = kMessageDataStart;
     uint64_t m_skipped = 0;
 };

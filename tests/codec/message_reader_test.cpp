@@ -1,6 +1,7 @@
 #include "codec/message_reader.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -8,28 +9,6 @@
 #include "tests/codec/message_test_file.h"
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-Bytes operator+(Bytes left, const Bytes& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
-Bytes Text(const std::string& text) {
-    return Bytes(text.begin(), text.end());
-}
-
-const Bytes kHeader = Text("TRV01.01") + Bytes{3, 0x94, 0x11, 0, 0};
-
-Bytes Speech(uint8_t filler) {
-    return Bytes{0} + Bytes(kSpeechBlockBytes, filler);
-}
-
-Bytes Video(unsigned declared, size_t present, uint8_t filler) {
-    return Bytes{1, static_cast<uint8_t>(declared), static_cast<uint8_t>(declared >> 8)} +
-           Bytes(present, filler);
-}
 
 TEST(MessageHeader, IsCheckedInTwoSteps) {
     struct {
@@ -67,13 +46,6 @@ TEST(MessageHeader, IsCheckedInTwoSteps) {
     }
 }
 
-struct RecordsCase {
-    const char* what;
-    Bytes records;
-    std::string read;  // S: speech, V: video, p: a skipped byte
-    MessageEnd end;
-};
-
 std::string ReadAll(MessageReader& reader, std::FILE* file, MessageEnd& end) {
     std::string read;
     for (;;) {
@@ -97,26 +69,11 @@ std::string ReadAll(MessageReader& reader, std::FILE* file, MessageEnd& end) {
 }
 
 TEST(MessageReader, ReadsTheRecordsOfAnyFile) {
-    const RecordsCase cases[] = {
-        {"header only", {}, "", MessageEnd::Clean},
-        {"speech and video", Video(5, 5, 9) + Speech(1) + Speech(2) + Video(0, 0, 0), "VSSV",
-         MessageEnd::Clean},
-        {"stray bytes", Bytes{7} + Speech(1) + Bytes{2, 255} + Video(2, 2, 0), "pSppV", MessageEnd::Clean},
-        {"largest video", Video(16384, 16384, 1) + Speech(0), "VS", MessageEnd::Clean},
-        {"too large", Video(16385, 16385, 0) + Speech(0), "", MessageEnd::BadLength},
-        {"negative", Speech(3) + Video(0x8001, 0x8001, 0), "S", MessageEnd::BadLength},
-        {"speech cut", Speech(1) + Bytes(330, 0), "S", MessageEnd::PartialRecord},
-        {"speech type alone", Bytes{0}, "", MessageEnd::PartialRecord},
-        {"video cut", Video(20, 19, 1), "", MessageEnd::PartialRecord},
-        {"length cut", Speech(1) + Bytes{1, 4}, "S", MessageEnd::PartialRecord},
-        {"video type alone", Bytes{1}, "", MessageEnd::PartialRecord},
-    };
-    for (const RecordsCase& c : cases) {
+    for (const RecordsCase& c : kRecordsCases) {
         Bytes bytes = kHeader + c.records;
         const File file = OpenBytes(bytes);
         MessageReader reader;
         MessageEnd end = MessageEnd::None;
-        // Before the header is gone by, and twice more after a rewind: the message reads the same.
         for (int round = 0; round < 3; ++round) {
             ASSERT_TRUE(reader.Rewind(file.get()));
             EXPECT_EQ(ReadAll(reader, file.get(), end), c.read) << c.what;
@@ -145,6 +102,31 @@ TEST(MessageReader, GivesBodiesAndDeclaredLengths) {
     EXPECT_EQ(record.end, MessageEnd::BadLength);
     EXPECT_EQ(record.declared_bytes, 40000U);
     EXPECT_TRUE(record.body.empty());
+}
+
+// A message that is being written goes on where it ended, unless its end was final; and a reader may begin at
+// any record.
+TEST(MessageReader, SeeksAndResumes) {
+    Bytes bytes = kHeader + Speech(1) + Video(2, 2, 7) + Video(16385, 0, 0);
+    const size_t second = kHeader.size() + 1 + kSpeechBlockBytes;
+    const File file(std::tmpfile());
+    MessageReader reader;
+    const auto write = [&](size_t from, size_t to) {
+        ASSERT_EQ(pwrite(fileno(file.get()), bytes.data() + from, to - from, static_cast<off_t>(from)),
+                  static_cast<ssize_t>(to - from));
+    };
+    write(0, second + 4);
+    ASSERT_TRUE(reader.Rewind(file.get()));
+    EXPECT_EQ(reader.Read(file.get()).kind, MessageRecordKind::Speech);
+    EXPECT_EQ(reader.Read(file.get()).end, MessageEnd::PartialRecord);
+    write(second + 4, bytes.size());
+    EXPECT_EQ(reader.Read(file.get()).end, MessageEnd::PartialRecord);
+    ASSERT_TRUE(reader.Resume(file.get()));
+    EXPECT_EQ(reader.Read(file.get()).kind, MessageRecordKind::Video);
+    EXPECT_EQ(reader.Read(file.get()).end, MessageEnd::BadLength);
+    EXPECT_FALSE(reader.Resume(file.get()));
+    ASSERT_TRUE(reader.Seek(file.get(), static_cast<int64_t>(second)));
+    EXPECT_EQ(reader.Read(file.get()).body[1], 7);
 }
 
 // A folder opens as a file on this system, but cannot be read.

@@ -1,0 +1,172 @@
+#include "codec/message_index.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "tests/codec/message_test_file.h"
+
+namespace {
+
+TEST(MessageTime, PicturesFallDueAfterTheirPeriod) {
+    const struct {
+        int rate;
+        int64_t picture, due;  // frame
+    } cases[] = {{1, 0, 50}, {2, 1, 50}, {3, 0, 17}, {3, 1, 34},
+                 {3, 2, 50}, {4, 0, 13}, {4, 1, 25}, {5, 9, 100}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(PictureDueFrame(c.picture, c.rate), c.due) << c.rate << ", " << c.picture;
+        EXPECT_EQ(PicturesDueAt(c.due, c.rate), c.picture + 1) << c.rate << ", " << c.picture;
+        EXPECT_EQ(PicturesDueAt(c.due - 1, c.rate), c.picture) << c.rate << ", " << c.picture;
+    }
+    EXPECT_EQ(PicturesDueAt(1000, 0), 0);
+}
+
+TEST(MessageTime, SpeechWaitsForPicturesAndLastPicturesAreShown) {
+    const struct {
+        const char* what;
+        int rate;
+        const char* records;  // v: picture, s: speech block
+        int64_t speech_end, length;
+    } cases[] = {
+        {"nothing", 5, "", 0, 0},
+        {"speech alone", 0, "ssvs", 30, 30},
+        {"in step", 5, "vsvsvs", 30, 30},
+        {"last due one period after the sound", 5, "vvvss", 20, 20},
+        {"two more", 5, "vvvs", 10, 40},
+        {"pictures alone", 3, "vv", 0, 50},
+        {"a queue full", 5, "vvvvvvvvvvvvvvvvvvvs", 10, 200},
+        {"one more holds the speech back", 5, "vvvvvvvvvvvvvvvvvvvvs", 20, 210},
+        {"and so does each that follows", 1, "vvvvvvvvvvvvvvvvvvvvvsvs", 160, 1150},
+    };
+    for (const auto& c : cases) {
+        MessageClock clock(c.rate);
+        for (const char* record = c.records; *record != '\0'; ++record) {
+            if (*record == 's') clock.AddSpeechBlock();
+            if (*record == 'v') clock.AddPicture();
+        }
+        EXPECT_EQ(clock.SpeechEnd(), c.speech_end) << c.what;
+        EXPECT_EQ(clock.Length(), c.length) << c.what;
+    }
+}
+
+// A file in memory that can grow.
+class IndexedFile {
+public:
+    IndexedFile() : m_descriptor(memfd_create("message", MFD_CLOEXEC)) {}
+    ~IndexedFile() { close(m_descriptor); }
+    void Append(std::span<const uint8_t> bytes) const {
+        ASSERT_EQ(write(m_descriptor, bytes.data(), bytes.size()), std::ssize(bytes));
+    }
+    int Descriptor() const { return m_descriptor; }
+
+private:
+    int m_descriptor;
+};
+
+void BuildToEnd(MessageIndex& index, int descriptor) {
+    while (index.BuildSlice(descriptor)) {
+    }
+}
+
+// The reader says where each record lies and how the message ends; the index must agree on all of it, also
+// when it watched the file grow.
+TEST(MessageIndex, FindsWhatTheReaderFinds) {
+    for (const RecordsCase& c : kRecordsCases) {
+        for (const size_t step : {size_t{1} << 20, size_t{97}}) {
+            SCOPED_TRACE(std::string(c.what) + ", " + std::to_string(step));
+            Bytes bytes = kHeader + c.records;
+            const IndexedFile file;
+            MessageIndex index(3);
+            for (size_t at = 0; at < bytes.size(); at += step) {
+                file.Append(std::span(bytes).subspan(at, std::min(step, bytes.size() - at)));
+                BuildToEnd(index, file.Descriptor());
+            }
+            const File stream = OpenBytes(bytes);
+            MessageReader reader;
+            ASSERT_TRUE(reader.Rewind(stream.get()));
+            MessageClock clock(3);
+            MessageRecord record;
+            for (;;) {
+                const int64_t offset = reader.Offset();
+                record = reader.Read(stream.get());
+                if (record.kind == MessageRecordKind::End) break;
+                if (record.kind == MessageRecordKind::Skipped) continue;
+                const bool is_speech = record.kind == MessageRecordKind::Speech;
+                const MessagePlace place = is_speech ? index.PlaceForFrame(clock.NextSpeechFrame())
+                                                     : index.PlaceForPicture(clock.Pictures());
+                EXPECT_EQ(place.offset, offset);
+                EXPECT_EQ(place.frame, clock.SpeechEnd());
+                EXPECT_EQ(place.pictures, clock.Pictures());
+                is_speech ? clock.AddSpeechBlock() : clock.AddPicture();
+            }
+            const MessageExtent extent = index.Extent();
+            EXPECT_EQ(extent.end, record.end);
+            EXPECT_EQ(extent.end_offset, reader.Offset());
+            EXPECT_EQ(extent.declared_bytes, record.declared_bytes);
+            EXPECT_EQ(extent.skipped_bytes, reader.SkippedBytes());
+            EXPECT_EQ(extent.length, clock.Length());
+            EXPECT_EQ(extent.pictures, clock.Pictures());
+        }
+    }
+}
+
+TEST(MessageIndex, ThinsOutOnLongMessages) {
+    constexpr int64_t kPictures = 300000;  // 5 to a block
+    const IndexedFile file;
+    file.Append(kHeader);
+    Bytes group =
+        Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Speech(0);
+    for (int i = 0; i < 8; ++i) group = group + group;
+    const auto group_pictures = int64_t{5} << 8;
+    for (int64_t n = 0; n < kPictures; n += group_pictures) file.Append(group);
+    MessageIndex index(5);
+    BuildToEnd(index, file.Descriptor());
+    EXPECT_EQ(index.Extent().end, MessageEnd::Clean);
+    // 360,000 records: every eighth has a checkpoint.
+    for (const int64_t picture : {int64_t{0}, int64_t{7}, kPictures / 2 + 3, kPictures - 1}) {
+        const MessagePlace place = index.PlaceForPicture(picture);
+        EXPECT_LE(place.pictures, picture);
+        EXPECT_GT(place.pictures, picture - 8);
+        EXPECT_EQ(place.offset, kMessageDataStart + 3 * place.pictures + place.pictures / 5 * 331);
+    }
+}
+
+TEST(MessageIndex, ReportsReadErrorsAndGoesOnAfterThem) {
+    MessageIndex index(0);
+    const int folder = open("/", O_RDONLY);
+    EXPECT_FALSE(index.BuildSlice(folder));
+    close(folder);
+    EXPECT_EQ(index.Extent().end, MessageEnd::ReadError);
+    EXPECT_EQ(index.Extent().error, EISDIR);
+    const IndexedFile file;
+    file.Append(kHeader + Speech(1));
+    BuildToEnd(index, file.Descriptor());
+    EXPECT_EQ(index.Extent().end, MessageEnd::Clean);
+    EXPECT_EQ(index.Extent().error, 0);
+    EXPECT_EQ(index.Extent().length, 10);
+}
+
+// While one thread builds, others ask, and may stop it: no answer lies beyond what was asked for.
+TEST(MessageIndex, AnswersWhileItIsBuiltAndStops) {
+    const IndexedFile file;
+    file.Append(kHeader);
+    // Speech of zeros without end, as far as the time of a test goes.
+    ASSERT_EQ(ftruncate(file.Descriptor(), off_t{1} << 42), 0);
+    MessageIndex index(0);
+    std::jthread builder([&](const std::stop_token& stop) { index.Build(file.Descriptor(), stop); });
+    while (index.Extent().length < 2000000) {
+        const MessagePlace place = index.PlaceForFrame(1000000);
+        ASSERT_LE(place.frame, 1000000);
+        ASSERT_EQ(place.offset, kMessageDataStart + place.frame / 10 * 331);
+    }
+    builder.request_stop();
+    builder.join();
+    EXPECT_EQ(index.Extent().end, MessageEnd::None);
+}
+
+}  // namespace
