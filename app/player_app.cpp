@@ -36,7 +36,7 @@ BOOL CPlayerApp::InitInstance() {
     }
 
     m_instance.Acquire();
-    if (m_instance.IsReplaced()) return FALSE;
+    if (m_instance.IsSuperseded()) return FALSE;
 
     auto* pDlg = new CPlayerDlg;
     m_pMainWnd = pDlg;
@@ -58,9 +58,8 @@ void CPlayerApp::RegisterFileType() {
     CString strTitle;
     strTitle.LoadString(IDS_APP_TITLE);
     type.program_name = strTitle.Str();
-    if (const auto drawing = resources::Find(resources::kRawData, IDR_PLAYER_SVG)) {
-        type.icons.push_back({0, *drawing});
-    }
+    type.installed_entry = "com.trivelle.MessagePlayer.desktop";
+    if (const auto drawing = resources::Find(resources::kRawData, IDR_PLAYER_SVG)) type.icon = *drawing;
     ::RegisterFileType(type);
 }
 

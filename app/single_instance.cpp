@@ -1,7 +1,10 @@
 #include "app/single_instance.h"
 
+#include "platform/shell/close_watch.h"
+
 namespace {
 
+// "Ombrela" is part of the name as given: every build of the player must use the same one.
 constexpr const char* kGuardName = "Ombrela Message Player SingleInstance Mutex";
 
 }  // namespace
@@ -14,20 +17,20 @@ BOOL CSingleInstance::Acquire() {
         case NamedGuard::Result::First:
         case NamedGuard::Result::Unguarded:
             return TRUE;
-        case NamedGuard::Result::Replaced:
+        case NamedGuard::Result::TookOver:
             return FALSE;
         case NamedGuard::Result::Superseded:
             break;
     }
-    m_bReplaced = TRUE;
+    m_bSuperseded = TRUE;
     return FALSE;
 }
 
-BOOL CSingleInstance::IsReplaced() {
-    if (m_pGuard->TakeCloseRequest()) m_bReplaced = TRUE;
-    return m_bReplaced;
+BOOL CSingleInstance::IsSuperseded() {
+    if (m_pGuard->TakeCloseRequest()) m_bSuperseded = TRUE;
+    return m_bSuperseded;
 }
 
 void CSingleInstance::CloseOnRequest(HWND hWnd) {
-    m_pWatch = std::make_unique<CloseWatch>(*m_pGuard, [hWnd] { ::PostMessage(hWnd, WM_CLOSE, 0, 0); });
+    WatchForClose(*m_pGuard, [hWnd] { ::PostMessage(hWnd, WM_CLOSE, 0, 0); });
 }

@@ -4,10 +4,10 @@
 #include <memory>
 
 #include "platform/framework/afxwin.h"
-#include "platform/shell/close_watch.h"
-#include "platform/shell/single_instance.h"
+#include "platform/shell/named_guard.h"
 
-// UI thread only. Made before the program's entry, as part of the application object.
+// UI thread only. Part of the application object, so that it is made before the program's entry and outlives
+// the toolkit, whose message loop reads the guard.
 class CSingleInstance {
 public:
     CSingleInstance();
@@ -17,13 +17,12 @@ public:
     BOOL Acquire();
 
     // Whether a still newer player has asked this one to close, so that it should not show itself any more.
-    BOOL IsReplaced();
+    BOOL IsSuperseded();
 
     // From here on a newer player's request posts WM_CLOSE to the window.
     void CloseOnRequest(HWND hWnd);
 
 private:
     std::unique_ptr<NamedGuard> m_pGuard;
-    std::unique_ptr<CloseWatch> m_pWatch;  // goes before the guard that it reads
-    BOOL m_bReplaced = FALSE;
+    BOOL m_bSuperseded = FALSE;
 };

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "platform/shell/run_program.h"
+#include "platform/shell/start_program.h"
 #include "res/resource.h"
 
 namespace {

@@ -79,7 +79,9 @@ void Deliver(const Entry& entry) {
 }  // namespace
 
 BOOL PostMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (!windows::Lives(hWnd)) return FALSE;
+    // No toolkit goes before its last window, so it cannot go while this thread wakes it.
+    const auto kept = windows::Keep(hWnd);
+    if (!kept) return FALSE;
     {
         const std::scoped_lock lock(g_mutex);
         g_queue.Push({{hWnd, message, wParam, lParam}, nullptr});

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,9 @@ Window* Find(HWND handle);
 std::vector<HWND> All();
 // Any thread.
 bool Lives(HWND handle);
+// Keeps the window from being destroyed while the result lives; false when the handle names none. Any thread,
+// for an instant: the UI thread makes and destroys no window meanwhile.
+std::shared_lock<std::shared_mutex> Keep(HWND handle);
 // The window's picture, null when there is no such window. Any thread.
 std::shared_ptr<Surface> SurfaceOf(HWND handle);
 void ReplaceSurface(Window& window, int width, int height);

@@ -70,6 +70,12 @@ bool Lives(HWND handle) {
     return g_windows.contains(handle);
 }
 
+std::shared_lock<std::shared_mutex> Keep(HWND handle) {
+    std::shared_lock lock(g_mutex);
+    if (!g_windows.contains(handle)) lock.unlock();
+    return lock;
+}
+
 std::shared_ptr<Surface> SurfaceOf(HWND handle) {
     const std::shared_lock lock(g_mutex);
     const auto found = g_windows.find(handle);

@@ -1,27 +1,11 @@
-// Waits for a newer instance's request to close.
+// Notifies of a newer instance's requests to close.
 #pragma once
 
 #include <functional>
-#include <thread>
 
-#include "platform/shell/single_instance.h"
+class NamedGuard;
 
-// A thread that sleeps until the guard has something to read. While the watch lives the guard is the
-// thread's alone; it must outlive the watch. With a guard that has nothing to watch, no thread is made.
-class CloseWatch {
-public:
-    // on_request is called on the watch's thread, once for each request.
-    CloseWatch(NamedGuard& guard, std::function<void()> on_request);
-    // Waits for a call that is under way; there is none afterwards.
-    ~CloseWatch();
-    CloseWatch(const CloseWatch&) = delete;
-    CloseWatch& operator=(const CloseWatch&) = delete;
-
-private:
-    void Run();
-
-    NamedGuard& m_guard;
-    std::function<void()> m_on_request;
-    int m_nStop = -1;  // readable when the thread is to end
-    std::thread m_thread;
-};
+// Calls on_request on the UI thread, from its message loop, whenever a newer instance has asked this one to
+// close. The watch is the toolkit's own: it starts no thread and ends with the toolkit, which the guard must
+// outlive. Nothing is watched where the guard guards nothing. UI thread, once the toolkit exists.
+void WatchForClose(NamedGuard& guard, std::function<void()> on_request);

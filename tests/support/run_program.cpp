@@ -1,10 +1,12 @@
 #include "tests/support/run_program.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/test_files.h"
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -13,29 +15,67 @@ void Redirect(const std::string& path, int descriptor, int flags) {
     if (file < 0 || dup2(file, descriptor) < 0) _exit(126);
 }
 
+std::string Text(const std::string& path) {
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    return {bytes.begin(), bytes.end()};
+}
+
 }  // namespace
 
-ProgramRun RunProgram(const std::vector<std::string>& words) {
-    const TestFolder folder;
-    const std::string out = folder.Path("out");
-    const std::string err = folder.Path("err");
+ChildProcess::ChildProcess(const std::vector<std::string>& words) {
+    const std::string out = m_folder->Path("out");
+    const std::string err = m_folder->Path("err");
+    WriteBytes(out, {});
+    WriteBytes(err, {});
     std::vector<char*> argv;
     for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
 
-    const pid_t child = fork();
-    if (child == 0) {
+    m_pid = fork();
+    if (m_pid == 0) {
         Redirect("/dev/null", STDIN_FILENO, O_RDONLY);
-        Redirect(out, STDOUT_FILENO, O_WRONLY | O_CREAT);
-        Redirect(err, STDERR_FILENO, O_WRONLY | O_CREAT);
+        Redirect(out, STDOUT_FILENO, O_WRONLY);
+        Redirect(err, STDERR_FILENO, O_WRONLY);
         execvp(argv[0], argv.data());
         _exit(127);
     }
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : m_folder(std::move(other.m_folder)), m_pid(std::exchange(other.m_pid, -1)) {}
+
+ChildProcess::~ChildProcess() {
+    if (m_pid < 0) return;
+    Signal(SIGKILL);
+    Wait();
+}
+
+std::string ChildProcess::Out() const {
+    return Text(m_folder->Path("out"));
+}
+
+std::string ChildProcess::Err() const {
+    return Text(m_folder->Path("err"));
+}
+
+void ChildProcess::Signal(int number) const {
+    kill(m_pid, number);
+}
+
+bool ChildProcess::HasEnded() const {
+    siginfo_t status{};
+    return waitid(P_PID, static_cast<id_t>(m_pid), &status, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           status.si_pid == m_pid;
+}
+
+int ChildProcess::Wait() {
     int status = 0;
-    waitpid(child, &status, 0);
-    const auto text = [](const std::string& path) {
-        const std::vector<uint8_t> bytes = ReadBytes(path);
-        return std::string(bytes.begin(), bytes.end());
-    };
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text(out), text(err)};
+    waitpid(std::exchange(m_pid, -1), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+ProgramRun RunProgram(const std::vector<std::string>& words) {
+    ChildProcess child(words);
+    const int status = child.Wait();
+    return {std::max(status, -1), child.Out(), child.Err()};
 }

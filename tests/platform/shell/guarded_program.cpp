@@ -1,6 +1,6 @@
 // A program that does nothing but obey its guard: it starts, "runs" until a newer instance asks it to close,
 // and says how that went by its exit status and one character on standard output each time that it runs or
-// ends.
+// ends: F when it is the first, T when it took over, E at its end.
 //
 //   guarded_program DISPLAY [start-up milliseconds [closing milliseconds]]
 #include <poll.h>
@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "platform/shell/single_instance.h"
+#include "platform/shell/named_guard.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
     if (result == NamedGuard::Result::Unguarded) return 2;
     std::this_thread::sleep_for(milliseconds(2));
     if (guard.TakeCloseRequest()) return 1;
-    Say(result == NamedGuard::Result::First ? 'F' : 'R');
+    Say(result == NamedGuard::Result::First ? 'F' : 'T');
     do {
         pollfd watch{guard.WatchFd(), POLLIN, 0};
         poll(&watch, 1, -1);

@@ -1,29 +1,22 @@
 // A temporary folder with a home and XDG folders, named in the environment while the object lives.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <optional>
-#include <sstream>
 #include <string>
+
+#include "tests/support/test_files.h"
 
 class PrivateFolders {
 public:
     PrivateFolders() {
-        std::string name = "/tmp/trv-shell.XXXXXX";
-        if (mkdtemp(name.data()) == nullptr) std::abort();
-        m_root = name;
-        for (const auto& [variable, folder] : {std::pair("HOME", "home"),
-                                               {"XDG_RUNTIME_DIR", "run"},
-                                               {"XDG_DATA_HOME", "home/data"},
-                                               {"XDG_CONFIG_HOME", "home/config"}}) {
-            Set(variable, m_root / folder);
-            std::filesystem::create_directories(m_root / folder);
-            std::filesystem::permissions(m_root / folder, std::filesystem::perms::owner_all);
+        for (const auto& [variable, folder] :
+             {std::pair("HOME", "home"), {"XDG_RUNTIME_DIR", "run"}, {"XDG_DATA_HOME", "home/data"}}) {
+            Set(variable, MakeFolder(folder));
         }
     }
     PrivateFolders(const PrivateFolders&) = delete;
@@ -36,8 +29,6 @@ public:
                 unsetenv(variable.c_str());
             }
         }
-        std::error_code error;
-        std::filesystem::remove_all(m_root, error);
     }
 
     void Set(const std::string& variable, const std::string& value) {
@@ -46,21 +37,28 @@ public:
         setenv(variable.c_str(), value.c_str(), 1);
     }
 
-    std::filesystem::path Root() const { return m_root; }
-    std::filesystem::path Data() const { return m_root / "home/data"; }
-    std::filesystem::path Config() const { return m_root / "home/config"; }
+    std::filesystem::path Root() const { return m_root.Path(); }
+    // A folder that only its user can enter.
+    std::filesystem::path MakeFolder(const std::string& name) const {
+        std::filesystem::create_directories(Root() / name);
+        std::filesystem::permissions(Root() / name, std::filesystem::perms::owner_all);
+        return Root() / name;
+    }
 
     static std::string Read(const std::filesystem::path& path) {
-        std::ostringstream content;
-        content << std::ifstream(path, std::ios::binary).rdbuf();
-        return content.str();
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
     static void Write(const std::filesystem::path& path, const std::string& content) {
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
     }
+    static void WriteProgram(const std::filesystem::path& path, const std::string& content) {
+        Write(path, content);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    }
 
 private:
-    std::filesystem::path m_root;
+    TestFolder m_root;
     std::map<std::string, std::optional<std::string>> m_before;
 };

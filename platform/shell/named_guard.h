@@ -24,7 +24,7 @@ class NamedGuard {
 public:
     enum class Result {
         First,       // no other instance ran (a crashed one's socket counts as none)
-        Replaced,    // an older one was asked to close, and has gone unless it took longer than the patience
+        TookOver,    // an older one was asked to close, and has gone unless it took longer than the patience
         Superseded,  // a still newer instance was started meanwhile: end without showing a window
         Unguarded,   // no folder or socket of our own could be had: nothing guards, run all the same
     };
@@ -42,8 +42,8 @@ public:
     // newer one comes, and within that and a few seconds whatever the others do.
     Result Acquire();
 
-    // Becomes readable when a newer instance asks this one to close; -1 unless Acquire gave First or
-    // Replaced. Owned by the guard.
+    // Becomes readable when a newer instance asks this one to close; -1 unless Acquire returned First or
+    // TookOver. Owned by the guard.
     int WatchFd() const { return m_nWatch; }
 
     // Reads what has come in, without blocking: whether a newer instance of the same user has asked this one

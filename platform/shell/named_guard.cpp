@@ -1,4 +1,4 @@
-#include "platform/shell/single_instance.h"
+#include "platform/shell/named_guard.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -129,7 +129,7 @@ NamedGuard::Result NamedGuard::Acquire() {
     m_nFolder = OpenRuntimeFolder();
     if (m_nFolder < 0 || !OpenLockFile()) return Result::Unguarded;
     Result result = Lock() ? AskOlderToClose() : Result::Superseded;
-    if ((result == Result::First || result == Result::Replaced) && !Listen()) {
+    if ((result == Result::First || result == Result::TookOver) && !Listen()) {
         result = IsSuperseded() ? Result::Superseded : Result::Unguarded;
     }
     if (m_bLocked) flock(m_nLock, LOCK_UN);
@@ -184,7 +184,7 @@ NamedGuard::Result NamedGuard::AskOlderToClose() {
             // Refused: the socket's file outlived its instance. A full queue is that of an instance that is
             // stuck, and may come round.
             if ((status != 0 && errno != EAGAIN) || (status == 0 && !IsSameUser(older))) break;
-            result = Result::Replaced;
+            result = Result::TookOver;
             asked = status == 0;
             if (asked && send(older, close_request.data(), close_request.size(), MSG_NOSIGNAL) < 0) break;
         }
