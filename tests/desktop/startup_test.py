@@ -4,11 +4,16 @@
     startup_test.py TRVPLAYER TRVDUMP SAMPLES      in a private session with a display and a sound server
 """
 
+import contextlib
 import os
 import shutil
+import socket
 import sys
+import subprocess
 import tempfile
+import time
 import unittest
+from unittest import mock
 
 import desktop
 from desktop import TITLE, run, wait_for, windows
@@ -22,6 +27,40 @@ class StartUp(desktop.DesktopTest):
 
     def path(self, name):
         return os.path.join(self.folder, name)
+
+    def stopped(self, *words, **environment):
+        """What a player that has opened a message and been stopped looks like, once that no longer changes."""
+        with mock.patch.dict(os.environ, environment):
+            player = self.start(*words)
+        window = player.main_window()
+        self.wait_for_title(window, f"{TITLE} - {os.path.basename(words[-1])}")
+        self.keys("XF86AudioStop")
+
+        def image():
+            before = self.grab(window).data
+            time.sleep(0.5)
+            return before if self.grab(window).data == before else None
+
+        image = wait_for(image, what="a window that stays as it is")
+        player.kill()
+        return image
+
+    def test_help_and_version_need_no_display(self):
+        usage = "usage: trvplayer [MESSAGE]"
+        for words, first in (["--help"], usage), (["x.trv", "-h"], usage), (["--version"], "trvplayer 1.0"):
+            with self.subTest(words):
+                ended = subprocess.run([self.program, *words], env={}, capture_output=True, text=True, check=False)
+                self.assertEqual((0, first, ""), (ended.returncode, ended.stdout.splitlines()[0], ended.stderr))
+
+    def test_a_decimal_comma_changes_no_text(self):
+        with open(self.path("comma"), "w", encoding="ascii") as file:
+            file.write('LC_NUMERIC\ndecimal_point ","\nthousands_sep "."\ngrouping 3;3\nEND LC_NUMERIC\n')
+        run("localedef", "-c", "-i", self.path("comma"), self.path("xx"))
+        comma = {"LC_ALL": "", "LANG": "C.UTF-8", "LC_NUMERIC": "xx", "LOCPATH": self.folder}
+        with mock.patch.dict(os.environ, comma):
+            self.assertEqual("1,5", run("/usr/bin/printf", "%.1f", "1,5"))
+        message = self.path("hello.trv")
+        self.assertTrue(self.stopped(message) == self.stopped(message, **comma), "the window looks different")
 
     def test_the_words_of_the_command_line(self):
         cases = (
@@ -79,15 +118,33 @@ class StartUp(desktop.DesktopTest):
         self.start()
         self.assertEqual(0, old.ended())
 
+    def test_requests_to_close_that_meet_the_players_end(self):
+        folder = os.environ["XDG_RUNTIME_DIR"]
+        for _ in range(3):
+            player = self.start(self.path("hello.trv"))
+            player.main_window()
+            [name] = [n for n in os.listdir(folder) if n.endswith(".socket")]
+            # One request after the other, as newer players would send them, until the process has gone.
+            while player.process.poll() is None:
+                with socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as newer, contextlib.suppress(OSError):
+                    newer.setblocking(False)
+                    newer.connect(os.path.join(folder, name))
+                    newer.send(b"close")
+            self.assertEqual(0, player.process.returncode)
+
     def test_of_many_started_at_once_one_stays(self):
         players = [self.start() for _ in range(12)]
-        wait_for(lambda: sum(p.process.poll() is None for p in players) == 1, seconds=30, what="a single player")
+        wait_for(lambda: sum(p.process.poll() is None for p in players) == 1, seconds=60, what="a single player")
         survivor = next(p for p in players if p.process.poll() is None)
         survivor.main_window()
         self.assert_stays(lambda: survivor.process.poll() is None)
         self.assertEqual([0] * 11, [p.process.poll() for p in players if p is not survivor])
 
     def test_the_desktop_knows_the_file_type_afterwards(self):
+        # Not the machine's own data, which may have the player installed.
+        patch = mock.patch.dict(os.environ, XDG_DATA_DIRS=self.folder)
+        patch.start()
+        self.addCleanup(patch.stop)
         self.start().main_window()
 
         def kind():
@@ -95,7 +152,8 @@ class StartUp(desktop.DesktopTest):
 
         # The desktop's programs that do the rest are not waited for at start-up.
         wait_for(lambda: "application/x-trivelle-message" in kind(), what="the file type")
-        entry = run("xdg-mime", "query", "default", "application/x-trivelle-message").strip()
+        entry = wait_for(lambda: run("xdg-mime", "query", "default", "application/x-trivelle-message").strip(),
+                         seconds=60, what="the type's program")
         found = [os.path.join(folder, entry) for folder, _, names in os.walk(os.environ["XDG_DATA_HOME"])
                  if entry in names]
         self.assertEqual(1, len(found), f"it is opened by {entry!r}")
