@@ -6,8 +6,8 @@
 #include <sys/un.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
-#include <cstring>
 #include <thread>
 
 #include "tests/platform/shell/private_folders.h"
@@ -44,6 +44,14 @@ std::ptrdiff_t Survivors(const std::vector<ChildProcess>& processes) {
     watch::Eventually([&] { return running() <= 1; }, seconds(40));
     std::this_thread::sleep_for(milliseconds(200));
     return running();
+}
+
+// The one that was left, if any, holds the name.
+void NextOneStaysAlone(std::vector<ChildProcess>& processes) {
+    processes.push_back(Start());
+    EXPECT_TRUE(watch::Eventually([&] { return !processes.back().Out().empty(); }, seconds(10)));
+    EXPECT_EQ(1, Survivors(processes));
+    EXPECT_FALSE(processes.back().HasEnded());
 }
 
 class NamedGuardTest : public testing::Test {
@@ -107,18 +115,14 @@ TEST_F(NamedGuardTest, OfManyStartedAtOnceExactlyOneStays) {
     for (int i = 0; i < 100; ++i) processes.push_back(Start(":1", i % 3 * 20, i % 5 * 10));
     EXPECT_EQ(1, Survivors(processes));
     EXPECT_TRUE(first.HasEnded());
-    // It holds the name: the next one finds it, and is alone afterwards.
-    processes.push_back(Start());
-    EXPECT_TRUE(Says(processes.back(), "T"));
-    EXPECT_EQ(1, Survivors(processes));
-    EXPECT_FALSE(processes.back().HasEnded());
+    NextOneStaysAlone(processes);
 }
 
 // Some are killed or held up wherever they happen to be. The newest may be among the killed ones, and then
 // perhaps none is left; but never two.
 TEST_F(NamedGuardTest, CrashesWhileManyStartNeverLeaveTwo) {
     // A leak check that is stopped and continued can wait for its own tracer for ever.
-    m_folders.Set("ASAN_OPTIONS", "detect_leaks=0");
+    PrivateFolders::Set("ASAN_OPTIONS", "detect_leaks=0");
     std::vector<ChildProcess> processes;
     for (int i = 0; i < 60; ++i) {
         processes.push_back(Start(":1", i % 4 * 5));
@@ -128,10 +132,7 @@ TEST_F(NamedGuardTest, CrashesWhileManyStartNeverLeaveTwo) {
     std::this_thread::sleep_for(milliseconds(300));
     for (const ChildProcess& process : processes) process.Signal(SIGCONT);
     EXPECT_GE(1, Survivors(processes));
-    processes.push_back(Start());
-    EXPECT_TRUE(watch::Eventually([&] { return !processes.back().Out().empty(); }, seconds(10)));
-    EXPECT_EQ(1, Survivors(processes));
-    EXPECT_FALSE(processes.back().HasEnded());
+    NextOneStaysAlone(processes);
 }
 
 TEST_F(NamedGuardTest, WhoeverConnectsWithoutAskingClosesNothing) {
@@ -144,24 +145,21 @@ TEST_F(NamedGuardTest, WhoeverConnectsWithoutAskingClosesNothing) {
     address.sun_family = AF_UNIX;
     ASSERT_LT(path.size(), sizeof address.sun_path);
     std::ranges::copy(path, address.sun_path);
-    struct Case {
-        const char* packet;  // null: the connection ends without any
-        bool request;
-    };
-    for (const Case& c : {Case{nullptr, false}, {"clos", false}, {"closed", false}, {"close", true}}) {
+    // Without a packet the connection just ends.
+    for (const std::string packet : {"", "clos", "closed", "close"}) {
+        const bool request = packet == "close";
         const int newer = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
         ASSERT_EQ(0, connect(newer, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-        EXPECT_FALSE(guard.TakeCloseRequest());
-        if (c.packet != nullptr) {
-            EXPECT_LT(0, send(newer, c.packet, std::strlen(c.packet), MSG_NOSIGNAL));
+        if (!packet.empty()) {
+            EXPECT_LT(0, send(newer, packet.data(), packet.size(), MSG_NOSIGNAL));
         }
-        if (!c.request) close(newer);
+        if (!request) close(newer);
         pollfd watch{guard.WatchFd(), POLLIN, 0};
         EXPECT_EQ(1, poll(&watch, 1, 1000));
-        EXPECT_EQ(c.request, guard.TakeCloseRequest()) << (c.packet == nullptr ? "" : c.packet);
+        EXPECT_EQ(request, guard.TakeCloseRequest()) << packet;
         EXPECT_FALSE(guard.TakeCloseRequest());
         EXPECT_EQ(0, poll(&watch, 1, 0));
-        if (c.request) close(newer);
+        if (request) close(newer);
     }
 }
 
@@ -170,7 +168,7 @@ TEST_F(NamedGuardTest, AFolderThatOthersCanEnterIsNotUsedAndALongOneIs) {
     std::filesystem::permissions(open, std::filesystem::perms::all);
     const std::filesystem::path longer = m_folders.MakeFolder(std::string(120, 'r'));
     for (const auto& folder : {open, longer}) {
-        m_folders.Set("XDG_RUNTIME_DIR", folder);
+        PrivateFolders::Set("XDG_RUNTIME_DIR", folder);
         NamedGuard guard("name", m_folders.Root().string());
         EXPECT_EQ(NamedGuard::Result::First, guard.Acquire());
         EXPECT_EQ(folder == open, SocketIn(folder).empty());
@@ -178,18 +176,14 @@ TEST_F(NamedGuardTest, AFolderThatOthersCanEnterIsNotUsedAndALongOneIs) {
 }
 
 TEST_F(NamedGuardTest, TheDisplayIsTheSameForEachOfItsScreens) {
-    struct Case {
-        const char* wayland;
-        const char* x11;
-        const char* name;
-    };
-    for (const Case& c : {Case{"", "", ""},
-                          {"", ":0.1", ":0"},
-                          {"", "host.domain:10.0", "host.domain:10"},
-                          {"wayland-0", ":0", "wayland-0"}}) {
-        m_folders.Set("WAYLAND_DISPLAY", c.wayland);
-        m_folders.Set("DISPLAY", c.x11);
-        EXPECT_EQ(c.name, DisplayName());
+    using Case = std::array<const char*, 3>;
+    for (const auto& [wayland, x11, name] : {Case{"", "", ""},
+                                             {"", ":0.1", ":0"},
+                                             {"", "host.domain:10.0", "host.domain:10"},
+                                             {"wayland-0", ":0", "wayland-0"}}) {
+        PrivateFolders::Set("WAYLAND_DISPLAY", wayland);
+        PrivateFolders::Set("DISPLAY", x11);
+        EXPECT_EQ(name, DisplayName());
     }
 }
 

@@ -1,12 +1,10 @@
-// A temporary folder with a home and XDG folders, named in the environment while the object lives.
+// A temporary folder with a home and XDG folders, which the environment names from then on.
 #pragma once
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
-#include <optional>
 #include <string>
 
 #include "tests/support/test_files.h"
@@ -18,24 +16,12 @@ public:
              {std::pair("HOME", "home"), {"XDG_RUNTIME_DIR", "run"}, {"XDG_DATA_HOME", "home/data"}}) {
             Set(variable, MakeFolder(folder));
         }
+        Set("PATH", (Root() / "bin").string() + ":" + std::getenv("PATH"));
     }
     PrivateFolders(const PrivateFolders&) = delete;
     PrivateFolders& operator=(const PrivateFolders&) = delete;
-    ~PrivateFolders() {
-        for (const auto& [variable, value] : m_before) {
-            if (value) {
-                setenv(variable.c_str(), value->c_str(), 1);
-            } else {
-                unsetenv(variable.c_str());
-            }
-        }
-    }
 
-    void Set(const std::string& variable, const std::string& value) {
-        const char* before = std::getenv(variable.c_str());
-        m_before.emplace(variable, before == nullptr ? std::nullopt : std::optional<std::string>(before));
-        setenv(variable.c_str(), value.c_str(), 1);
-    }
+    static void Set(const char* variable, const std::string& value) { setenv(variable, value.c_str(), 1); }
 
     std::filesystem::path Root() const { return m_root.Path(); }
     // A folder that only its user can enter.
@@ -53,12 +39,12 @@ public:
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
     }
-    static void WriteProgram(const std::filesystem::path& path, const std::string& content) {
-        Write(path, content);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    // A program that is found on PATH before the machine's own.
+    void WriteProgram(const std::string& name, const std::string& content) const {
+        Write(Root() / "bin" / name, content);
+        std::filesystem::permissions(Root() / "bin" / name, std::filesystem::perms::owner_all);
     }
 
 private:
     TestFolder m_root;
-    std::map<std::string, std::optional<std::string>> m_before;
 };
