@@ -1,28 +1,15 @@
 #include "platform/pulse/pulse_connection.h"
 
+#include <pulse/mainloop-api.h>
 #include <pulse/proplist.h>
 
 #include <utility>
 
 #include "platform/pulse/identity.h"
 
-namespace {
-
-pa_context* NewContext(pa_mainloop_api* api) {
-    pa_proplist* properties = pa_proplist_new();
-    pa_proplist_sets(properties, PA_PROP_APPLICATION_NAME, kApplicationName);
-    pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, kApplicationId);
-    pa_proplist_sets(properties, PA_PROP_APPLICATION_ICON_NAME, kApplicationIcon);
-    pa_context* context = pa_context_new_with_proplist(api, kApplicationName, properties);
-    pa_proplist_free(properties);
-    return context;
-}
-
-}  // namespace
-
-PulseConnection::PulseConnection() : m_loop([this] { return MakeContext(); }) {
-    m_state = State::kWanted;
-    m_loop.Start();
+PulseConnection::PulseConnection() {
+    const std::scoped_lock lock(m_loop);
+    Connect(true);
 }
 
 PulseConnection::~PulseConnection() {
@@ -30,55 +17,42 @@ PulseConnection::~PulseConnection() {
     Release();
 }
 
-void PulseConnection::Connect() {
+void PulseConnection::Connect(bool maySpawn) {
     if (m_state != State::kNone) return;
-    m_state = State::kWanted;
-    m_loop.Wake();
+    m_state = State::kConnecting;
+    m_maySpawn = maySpawn;
+    pa_mainloop_api_once(m_loop.Api(), PulseCallback<&PulseConnection::MakeContext>{}, this);
 }
 
-bool PulseConnection::WaitReady(std::unique_lock<std::mutex>& lock, PulseLoop::Clock::time_point deadline) {
-    Connect();
-    m_loop.WaitUntil(lock, deadline, [this] { return m_state == State::kReady || m_state == State::kNone; });
+bool PulseConnection::WaitReady(PulseLoop::Clock::time_point deadline) {
+    Connect(true);
+    m_loop.WaitUntil(deadline, [this] { return m_state != State::kConnecting; });
     return m_state == State::kReady;
 }
 
-bool PulseConnection::MakeContext() {
-    {
-        const auto lock = m_loop.Lock();
-        if (m_state != State::kWanted) return false;
-        m_state = State::kConnecting;
-    }
-    // While the state says connecting nobody else touches anything of libpulse's.
-    pa_context* context = NewContext(m_loop.Api());
-    if (context != nullptr) pa_context_connect(context, nullptr, PA_CONTEXT_NOFLAGS, nullptr);
-
-    const auto lock = m_loop.Lock();
-    m_context = context;
-    if (context != nullptr) {
-        pa_context_set_state_callback(
-            context, [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->OnState(); }, this);
+void PulseConnection::MakeContext() {
+    if (m_state != State::kConnecting || m_context != nullptr) return;
+    pa_proplist* properties = pa_proplist_new();
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_NAME, kApplicationName);
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, kApplicationId);
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ICON_NAME, kApplicationIcon);
+    m_context = pa_context_new_with_proplist(m_loop.Api(), kApplicationName, properties);
+    pa_proplist_free(properties);
+    if (m_context != nullptr) {
+        pa_context_set_state_callback(m_context, PulseCallback<&PulseConnection::OnState>{}, this);
+        pa_context_connect(m_context, nullptr, m_maySpawn ? PA_CONTEXT_NOFLAGS : PA_CONTEXT_NOAUTOSPAWN,
+                           nullptr);
     }
     OnState();
-    return true;
 }
 
 void PulseConnection::OnState() {
     const pa_context_state_t state =
         m_context != nullptr ? pa_context_get_state(m_context) : PA_CONTEXT_FAILED;
-    if (state == PA_CONTEXT_READY) {
-        m_state = State::kReady;
-        for (ConnectionWatcher* watcher : m_watchers) watcher->OnConnected();
-    } else if (!PA_CONTEXT_IS_GOOD(state)) {
-        SetLost();
-    }
-    m_loop.Signal();
-}
-
-void PulseConnection::Drop() {
-    if (m_context == nullptr) return;
-    pa_context_set_state_callback(m_context, nullptr, nullptr);
-    pa_context_disconnect(m_context);
-    SetLost();
+    if (!PA_CONTEXT_IS_GOOD(state)) return SetLost();
+    if (state != PA_CONTEXT_READY || m_state == State::kReady) return;
+    m_state = State::kReady;
+    for (ConnectionWatcher* watcher : m_watchers) watcher->OnConnected();
     m_loop.Signal();
 }
 
@@ -87,6 +61,7 @@ void PulseConnection::SetLost() {
     if (std::exchange(m_state, State::kNone) == State::kReady)
         for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();
     Release();
+    m_loop.Signal();
 }
 
 void PulseConnection::Release() {

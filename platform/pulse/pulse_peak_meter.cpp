@@ -57,11 +57,8 @@ void PulsePeakMeter::Open(pa_context* context, std::uint32_t stream) {
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, kRate, 1};
     m_meter = pa_stream_new(context, "Level meter", &format, nullptr);
     if (m_meter == nullptr) return;
-    pa_stream_set_state_callback(
-        m_meter, [](pa_stream*, void* self) { static_cast<PulsePeakMeter*>(self)->OnState(); }, this);
-    pa_stream_set_read_callback(
-        m_meter, [](pa_stream*, std::size_t, void* self) { static_cast<PulsePeakMeter*>(self)->OnData(); },
-        this);
+    pa_stream_set_state_callback(m_meter, PulseCallback<&PulsePeakMeter::OnState>{}, this);
+    pa_stream_set_read_callback(m_meter, PulseCallback<&PulsePeakMeter::OnData>{}, this);
     pa_stream_set_monitor_stream(m_meter, stream);
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<std::uint32_t>(-1);
@@ -79,7 +76,7 @@ void PulsePeakMeter::OnState() {
     if (!PA_STREAM_IS_GOOD(pa_stream_get_state(m_meter))) Close();
 }
 
-void PulsePeakMeter::OnData() {
+void PulsePeakMeter::OnData(std::size_t) {
     const void* data = nullptr;
     std::size_t bytes = 0;
     while (pa_stream_readable_size(m_meter) > 0 && pa_stream_peek(m_meter, &data, &bytes) == 0 &&

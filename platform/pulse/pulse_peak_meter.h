@@ -25,7 +25,7 @@ public:
 private:
     void Open(pa_context* context, std::uint32_t stream);
     void OnState();
-    void OnData();
+    void OnData(std::size_t bytes);
 
     PulseLoop::Timer m_closing;
     PulseLoop::Clock::time_point m_lastRead;

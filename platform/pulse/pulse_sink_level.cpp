@@ -2,122 +2,73 @@
 
 #include <utility>
 
-#include "platform/pulse/volume_scale.h"
-
-PulseSinkLevel::PulseSinkLevel(ControlChanged changed, std::function<void()> settled)
-    : m_changed(std::move(changed)), m_onSettled(std::move(settled)) {}
-
 void PulseSinkLevel::Connect(pa_context* context) {
     m_context = context;
     m_settled = false;
-    AskServer();
+    Ask();
 }
 
 void PulseSinkLevel::Lose() {
-    m_serverQuestion.Cancel();
-    m_sinkQuestion.Cancel();
+    m_question.Cancel();
     m_context = nullptr;
     m_known = false;
-    m_name.clear();
+    m_followed.reset();
 }
 
-void PulseSinkLevel::OnServerChange() {
-    AskServer();
-}
-
-void PulseSinkLevel::OnSinkEvent(pa_subscription_event_type_t event, std::uint32_t index) {
-    if (!m_known || index != m_index) return;
-    if (event == PA_SUBSCRIPTION_EVENT_REMOVE)
-        m_known = false;
-    else
-        AskSink();
-}
-
-DWORD PulseSinkLevel::Volume() const {
-    return FromServer(pa_cvolume_max(&m_volume));
+void PulseSinkLevel::Follow(std::optional<std::uint32_t> sink) {
+    if (std::exchange(m_followed, sink) != sink) Ask();
 }
 
 void PulseSinkLevel::SetVolume(DWORD value) {
-    m_sinkQuestion.MakeStale();
-    const bool differs = value != Volume();
-    // The loudest channel takes the value and the others keep their share, so that the balance stays.
+    m_question.MakeStale();
+    const bool differs = value != LoudestOf(m_volume);
+    // The loudest channel takes the value and the others keep their share.
+    m_volume = m_balance;
     pa_cvolume_scale(&m_volume, ToServer(value));
-    Forget(pa_context_set_sink_volume_by_name(m_context, m_name.c_str(), &m_volume, nullptr, nullptr));
-    if (differs) m_changed(kMasterVolumeId);
+    Forget(pa_context_set_sink_volume_by_index(m_context, m_index, &m_volume, nullptr, nullptr));
+    if (differs) NotifyControlChange(kMasterVolume);
 }
 
 void PulseSinkLevel::SetMuted(bool muted) {
-    m_sinkQuestion.MakeStale();
-    Forget(pa_context_set_sink_mute_by_name(m_context, m_name.c_str(), muted ? 1 : 0, nullptr, nullptr));
-    if (std::exchange(m_muted, muted) != muted) m_changed(kMasterMuteId);
+    m_question.MakeStale();
+    Forget(pa_context_set_sink_mute_by_index(m_context, m_index, muted ? 1 : 0, nullptr, nullptr));
+    if (std::exchange(m_muted, muted) != muted) NotifyControlChange(kMasterMute);
 }
 
-void PulseSinkLevel::AskServer() {
-    m_serverQuestion.Ask([this] {
-        return pa_context_get_server_info(
-            m_context,
-            [](pa_context*, const pa_server_info* info, void* self) {
-                static_cast<PulseSinkLevel*>(self)->OnServer(info);
-            },
-            this);
+void PulseSinkLevel::Ask() {
+    m_question.Ask([this] {
+        m_answer.reset();
+        const PulseCallback<&PulseSinkLevel::OnSink> answered;
+        return m_followed ? pa_context_get_sink_info_by_index(m_context, *m_followed, answered, this)
+                          : pa_context_get_sink_info_by_name(m_context, "@DEFAULT_SINK@", answered, this);
     });
 }
 
-void PulseSinkLevel::OnServer(const pa_server_info* info) {
-    const char* name = info != nullptr ? info->default_sink_name : nullptr;
-    if (!m_serverQuestion.IsCurrent()) {
-        AskServer();
+void PulseSinkLevel::OnSink(const pa_sink_info* info, int end) {
+    if (end == 0) {
+        m_answer = Answer{info->index, info->volume, info->mute != 0,
+                          info->description != nullptr ? info->description : info->name};
         return;
     }
-    const bool other = m_name != (name != nullptr ? name : "");
-    m_name = name != nullptr ? name : "";
-    if (m_name.empty()) {
-        m_known = false;
-        Settle();
-    } else if (other || !m_known) {
-        AskSink();
-    }
-}
-
-void PulseSinkLevel::AskSink() {
-    m_sinkQuestion.Ask([this] {
-        m_answered = false;
-        return pa_context_get_sink_info_by_name(
-            m_context, m_name.c_str(),
-            [](pa_context*, const pa_sink_info* info, int end, void* self) {
-                static_cast<PulseSinkLevel*>(self)->OnSink(info, end != 0);
-            },
-            this);
-    });
-}
-
-void PulseSinkLevel::OnSink(const pa_sink_info* info, bool end) {
-    if (!end) {
-        m_answered = true;
-        m_newIndex = info->index;
-        m_newVolume = info->volume;
-        m_newMuted = info->mute != 0;
-        m_description = info->description != nullptr ? info->description : info->name;
-        return;
-    }
-    if (!m_sinkQuestion.IsCurrent()) {
-        AskSink();
-        return;
-    }
-    // Another sink is announced even where its values are the same: its name is not.
-    const bool other = !m_known || m_newIndex != m_index;
-    const bool newVolume = m_answered && (other || FromServer(pa_cvolume_max(&m_newVolume)) != Volume());
-    const bool newMuted = m_answered && (other || m_newMuted != m_muted);
-    m_known = m_answered;
-    m_index = m_newIndex;
-    m_volume = m_newVolume;
-    m_muted = m_newMuted;
-    if (newVolume) m_changed(kMasterVolumeId);
-    if (newMuted) m_changed(kMasterMuteId);
-    Settle();
-}
-
-void PulseSinkLevel::Settle() {
+    if (!m_question.IsCurrent()) return Ask();
     m_settled = true;
-    m_onSettled();
+    // Another sink is announced even where its values are the same: its name is not.
+    const bool other = m_answer && (!m_known || m_answer->index != m_index);
+    const PulseLevel before = Level();
+    m_known = m_answer.has_value();
+    if (m_known) {
+        m_index = m_answer->index;
+        m_description = std::move(m_answer->description);
+        // A volume of one's own making comes back rounded, and at 0 without shares.
+        const bool silent = pa_cvolume_max(&m_answer->volume) == PA_VOLUME_MUTED;
+        const bool own = !other && pa_cvolume_equal(&m_answer->volume, &m_volume) != 0;
+        if (other || m_balance.channels != m_answer->volume.channels || (!own && !silent))
+            m_balance = m_answer->volume;
+        m_volume = m_answer->volume;
+        m_muted = m_answer->muted;
+    }
+    const PulseLevel now = Level();
+    if (m_known && (other || now.volume != before.volume)) NotifyControlChange(kMasterVolume);
+    if (m_known && (other || now.muted != before.muted)) NotifyControlChange(kMasterMute);
+    m_loop.Signal();
 }

@@ -1,62 +1,61 @@
-// Volume and mute of the default sink, as the server last told. Everything with the lock held.
+// Volume and mute of a sink, as the server last told: of the default one, or of the one that the player's
+// stream is on. Everything with the lock held.
 #pragma once
 
 #include <pulse/context.h>
 #include <pulse/introspect.h>
-#include <pulse/subscribe.h>
 
 #include <cstdint>
-#include <functional>
+#include <optional>
 #include <string>
 
-#include "platform/pulse/pulse_mixer_controls.h"
+#include "platform/pulse/pulse_level.h"
+#include "platform/pulse/pulse_loop.h"
 #include "platform/pulse/pulse_question.h"
 
 class PulseSinkLevel {
 public:
-    // `settled` is called whenever Settled may have become true.
-    PulseSinkLevel(ControlChanged changed, std::function<void()> settled);
+    explicit PulseSinkLevel(PulseLoop& loop) : m_loop(loop) {}
 
     void Connect(pa_context* context);  // the connection is there
     void Lose();                        // it is gone
-    void OnServerChange();
-    void OnSinkEvent(pa_subscription_event_type_t event, std::uint32_t index);
+    // The index of the sink to be followed; none for the default one.
+    void Follow(std::optional<std::uint32_t> sink);
+    // Something about the sinks has changed.
+    void Ask();
 
-    // Whether the first answers have come.
+    // Whether the first answer has come; the loop is signalled when it does.
     bool Settled() const { return m_settled; }
     bool Known() const { return m_known; }
-    const std::string& Description() const { return m_description; }
 
     // While Known.
-    DWORD Volume() const;
-    bool Muted() const { return m_muted; }
+    const std::string& Description() const { return m_description; }
+    PulseLevel Level() const { return {LoudestOf(m_volume), m_muted}; }
     void SetVolume(DWORD value);
     void SetMuted(bool muted);
 
 private:
-    void AskServer();
-    void AskSink();
-    void OnServer(const pa_server_info* info);
-    void OnSink(const pa_sink_info* info, bool end);
-    void Settle();
+    void OnSink(const pa_sink_info* info, int end);
 
-    const ControlChanged m_changed;
-    const std::function<void()> m_onSettled;
+    PulseLoop& m_loop;
     pa_context* m_context = nullptr;
-    PulseQuestion m_serverQuestion;
-    PulseQuestion m_sinkQuestion;
+    PulseQuestion m_question;
+    std::optional<std::uint32_t> m_followed;
     bool m_settled = false;
-    std::string m_name;  // of the default sink; empty when there is none
 
     bool m_known = false;
     std::uint32_t m_index = 0;
     std::string m_description;
     pa_cvolume m_volume{};
+    pa_cvolume m_balance{};  // the channels' shares, which a volume of 0 has not
     bool m_muted = false;
 
     // The answer being received.
-    bool m_answered = false;
-    std::uint32_t m_newIndex = 0;
-    pa_cvolume m_newVolume{};
-    bool m_newMuted = false;
+    struct Answer {
+        std::uint32_t index;
+        pa_cvolume volume;
+        bool muted;
+        std::string description;
+    };
+    std::optional<Answer> m_answer;
 };

@@ -1,5 +1,5 @@
 // Volume and mute of what this program plays: of its stream while there is one, of what the server remembers
-// for it while there is none. Everything with the lock held.
+// for it while there is none. Changes are notified. Everything with the lock held.
 //
 // A server that remembers nothing (no stream-restore extension) gets what was set here when a stream starts.
 #pragma once
@@ -13,53 +13,47 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
-#include "platform/pulse/pulse_mixer_controls.h"
+#include "platform/pulse/pulse_level.h"
 #include "platform/pulse/pulse_question.h"
 
 class PulseStreamLevel {
 public:
-    // `settled` is called whenever Settled may have become true.
-    PulseStreamLevel(ControlChanged changed, std::function<void()> settled);
+    // `answered` is called when Settled, Stream or Sink may have changed.
+    explicit PulseStreamLevel(std::function<void()> answered) : m_onAnswered(std::move(answered)) {}
 
     void Connect(pa_context* context);  // the connection is there
     void Lose();                        // it is gone
     void OnStreamEvent(pa_subscription_event_type_t event, std::uint32_t index);
-    void OnRestoreChange();
 
     // Whether the first answers have come.
     bool Settled() const { return m_context != nullptr && m_listed && m_read; }
 
-    // The stream on the server, if there is one.
+    // The stream on the server and the sink that it is on, if there is one.
     std::optional<std::uint32_t> Stream() const { return m_stream; }
+    std::optional<std::uint32_t> Sink() const { return m_stream ? m_sink : std::nullopt; }
 
-    DWORD Volume() const { return m_level.volume; }
-    bool Muted() const { return m_level.muted; }
+    PulseLevel Level() const { return m_level; }
     void SetVolume(DWORD value);
     void SetMuted(bool muted);
 
 private:
-    struct Level {
-        DWORD volume;
-        bool muted;
-    };
     struct OwnStream {
         std::uint32_t index;
+        std::uint32_t sink;
         std::uint8_t channels;
-        Level level;
+        PulseLevel level;
     };
 
     void AskStreams();
     void AskRestore();
-    void OnStream(const pa_sink_input_info* info, bool end);
+    void OnStream(const pa_sink_input_info* info, int end);
     void OnRestored(const pa_ext_stream_restore_info* info, int end);
-    void Adopt(Level level);
-    void SendVolume();
-    void SendMuted();
-    void WriteRestore();
+    void Adopt(PulseLevel level);
+    void Send();
 
-    const ControlChanged m_changed;
-    const std::function<void()> m_onSettled;
+    const std::function<void()> m_onAnswered;
     pa_context* m_context = nullptr;
     PulseQuestion m_streamQuestion;
     PulseQuestion m_restoreQuestion;
@@ -68,11 +62,12 @@ private:
     bool m_restores = false;  // the server has the extension
 
     std::optional<std::uint32_t> m_stream;
+    std::optional<std::uint32_t> m_sink;
     std::uint8_t m_channels = 1;
-    Level m_level;
+    PulseLevel m_level;
     std::string m_device;  // that the server remembers for this program, kept when its entry is written
 
     // The answers being received.
     std::optional<OwnStream> m_newStream;
-    std::optional<Level> m_newRestored;
+    std::optional<PulseLevel> m_newRestored;
 };

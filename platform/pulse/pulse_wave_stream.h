@@ -1,66 +1,85 @@
-// A playback stream of the sound server.
+// The sound server as a wave driver, and a playback stream of it.
 #pragma once
 
 #include <pulse/stream.h>
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "platform/pulse/pulse_connection.h"
 #include "platform/pulse/pulse_question.h"
+#include "platform/sound/sound_drivers.h"
 #include "platform/sound/wave_clock.h"
-#include "platform/sound/wave_driver.h"
 
-// What is written is gathered into pieces, because the server gives each piece back and that wakes this
-// process. At the server it waits behind the cork or behind what sounds; the server is asked for its position
-// every 40 ms while there is something to be heard, and not otherwise.
-class PulseWaveStream : public WaveStream {
+class PulseWaveDriver : public WaveDriver {
 public:
-    PulseWaveStream(std::shared_ptr<PulseConnection> connection, std::shared_ptr<WaveListener> listener,
+    explicit PulseWaveDriver(std::shared_ptr<PulseConnection> connection)
+        : m_connection(std::move(connection)) {}
+
+    // Connects if there is no connection; a server that does not answer within a second is given up.
+    MMRESULT Open(const WAVEFORMATEX& format, std::shared_ptr<WaveSource> source,
+                  std::unique_ptr<WaveStream>& stream) override;
+
+private:
+    const std::shared_ptr<PulseConnection> m_connection;
+};
+
+// At the server about 160 ms wait behind the cork or behind what sounds. While there is something to be heard
+// the server is asked for its position every 40 ms, and is sent what it has played meanwhile; otherwise no
+// timer runs.
+//
+// When the server or its stream goes, a clock says what would have been heard until there is a stream again,
+// which is tried ten times a second, and once a second while paused.
+class PulseWaveStream : public WaveStream, private ConnectionWatcher {
+public:
+    PulseWaveStream(std::shared_ptr<PulseConnection> connection, std::shared_ptr<WaveSource> source,
                     DWORD samplesPerSecond);
     ~PulseWaveStream() override;
 
     // Makes the stream on the server and waits for it, until the deadline at most. Once, before the rest.
     MMRESULT Open(PulseLoop::Clock::time_point deadline);
 
-    void Write(const void* data, std::size_t bytes) override;
+    void Write(std::uint64_t written) override;
     void Pause() override;
     void Restart() override;
     void Reset() override;
+    std::uint64_t TakeBack() override;
 
 private:
     // All of these with the lock held.
+    void OnConnected() override;
+    void Create();
     void OnState();
     void SetCork(bool corked);
     void Tick();
-    // What has been gathered, or something else.
     void Send();
-    void SendBytes(const void* data, std::size_t bytes);
     void AskPosition();
-    void OnPosition();
+    void OnPosition(int success);
     void Reach(std::uint64_t position);
     // From a position to the end of a block whose report is due.
     PulseLoop::Clock::duration UntilReport(std::uint64_t position) const;
     void TickSoon(PulseLoop::Clock::duration delay);
-    // The server or the stream is gone: from here on the clock says what would have been heard.
-    void LoseServer();
+    void LoseStream();
     void ReleaseStream();
 
     const std::shared_ptr<PulseConnection> m_connection;
-    const std::shared_ptr<WaveListener> m_listener;
+    const std::shared_ptr<WaveSource> m_source;
     const DWORD m_rate;
     std::optional<PulseLoop::Timer> m_timer;
 
-    pa_stream* m_stream = nullptr;    // null once the server is lost
-    std::array<char, 3200> m_gather;  // a speech record's samples; the first m_gathered bytes wait
-    std::size_t m_gathered = 0;
+    pa_stream* m_stream = nullptr;
+    bool m_live = false;  // the stream is there and plays; otherwise the clock counts
+    WaveClock m_clock;
+    PulseLoop::Clock::time_point m_nextTry{};
+
     PulseQuestion m_position;
-    bool m_corked = true;         // as told to the server
-    bool m_running = true;        // as told by the client; the cork follows at the first block
-    std::uint64_t m_written = 0;  // bytes, since the stream was opened
-    std::uint64_t m_heard = 0;    // never decreases
-    std::uint64_t m_inSink = 0;   // bytes that have left the stream and are not heard yet
-    WaveClock m_clock;            // used once the server is lost
+    bool m_corked = true;   // as told to the server
+    bool m_running = true;  // as told by the client; the cork follows at the first block
+    // Positions, heard <= left <= sent <= written.
+    std::uint64_t m_written = 0;
+    std::uint64_t m_sent = 0;   // to the server
+    std::uint64_t m_left = 0;   // has left the stream for the sink, as of the last answer
+    std::uint64_t m_heard = 0;  // never decreases
 };

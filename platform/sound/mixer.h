@@ -3,7 +3,7 @@
 // Device 0 is the default output of the sound system. Its destination line, the speakers, has a volume and a
 // mute; its source line, the wave output, is what this program plays and has a volume, a mute and a peak
 // meter. Volumes run from the bounds of their control up in steps that sound even; a value set reads back
-// the same. The meter gives the loudest sample since it was last read, as a signed 16-bit sample.
+// the same. The meter returns the loudest sample since it was last read, as a signed 16-bit sample.
 //
 // Threads: every function may be called on any thread. mixerGetNumDevs and mixerOpen wait up to a second for
 // a sound server that does not answer; the others answer from what is known and never wait.
@@ -12,10 +12,11 @@
 // window given to mixerOpen, with the handle in wParam and the control's id in lParam. When the default
 // output changes, or a sound server comes back, its controls are announced that way too.
 //
-// Differences from the original: handles are counted numbers and are never reused; an object is always named
-// by its handle (MIXER_OBJECTF_HMIXER); only what is declared here can be asked for; a value stands for all
-// channels alike; MIXERLINECONTROLS and MIXERCONTROLDETAILS are 32 bytes long here (24 there, with 32-bit
-// pointers), the other structures have the original's sizes; names are UTF-8, cut to whole characters.
+// Differences from the framework's system: handles are counted numbers and are never reused; an object is
+// always named by its handle (MIXER_OBJECTF_HMIXER); only what is declared here can be asked for; a value
+// stands for all channels alike; lines and controls have no names and lines no targets; MIXERLINECONTROLS and
+// MIXERCONTROLDETAILS are 32 bytes long here (24 there, with 32-bit pointers) and MIXERCAPS 144 (48 there),
+// as names are UTF-8 and its product name has room for MAXPNAMELEN - 1 characters of any length.
 #pragma once
 
 #include "platform/framework/wintypes.h"
@@ -39,11 +40,7 @@ inline constexpr DWORD MIXER_GETCONTROLDETAILSF_VALUE = 0x00000000U;
 inline constexpr DWORD MIXER_SETCONTROLDETAILSF_VALUE = 0x00000000U;
 
 inline constexpr DWORD MIXERLINE_COMPONENTTYPE_DST_SPEAKERS = 0x00000004U;
-inline constexpr DWORD MIXERLINE_COMPONENTTYPE_DST_WAVEIN = 0x00000007U;
 inline constexpr DWORD MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT = 0x00001008U;
-
-inline constexpr DWORD MIXERLINE_LINEF_ACTIVE = 0x00000001U;
-inline constexpr DWORD MIXERLINE_LINEF_SOURCE = 0x80000000U;
 
 inline constexpr DWORD MIXERCONTROL_CONTROLTYPE_PEAKMETER = 0x10020001U;
 inline constexpr DWORD MIXERCONTROL_CONTROLTYPE_MUTE = 0x20010002U;
@@ -55,12 +52,12 @@ inline constexpr std::size_t MAXPNAMELEN = 32;
 inline constexpr std::size_t MIXER_SHORT_NAME_CHARS = 16;
 inline constexpr std::size_t MIXER_LONG_NAME_CHARS = 64;
 
-// 48 bytes.
+// 144 bytes.
 struct MIXERCAPS {
     WORD wMid;
     WORD wPid;
     UINT vDriverVersion;
-    char szPname[MAXPNAMELEN];  // the output's description
+    char szPname[4 * MAXPNAMELEN];  // the output's description, 31 characters of it at most
     DWORD fdwSupport;
     DWORD cDestinations;
 };
@@ -139,8 +136,8 @@ struct MIXERCONTROLDETAILS {
 UINT mixerGetNumDevs();
 
 // Opens a mixer. dwCallback is a window's HWND with CALLBACK_WINDOW in fdwOpen, ignored with CALLBACK_NULL.
-// MMSYSERR_BADDEVICEID, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM (a null pointer, no such window),
-// MMSYSERR_NODRIVER, MMSYSERR_ALLOCATED (refused). *phmx is written on success only.
+// MMSYSERR_BADDEVICEID, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM (a null pointer), MMSYSERR_NODRIVER. *phmx is
+// written on success only.
 MMRESULT mixerOpen(HMIXER* phmx, UINT uMxId, DWORD_PTR dwCallback, DWORD_PTR dwInstance, DWORD fdwOpen);
 
 // Ends the handle and its notifications; one that another thread is posting may still follow.

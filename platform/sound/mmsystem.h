@@ -7,14 +7,14 @@
 // Ownership: from waveOutWrite until its done notification a block's header and samples belong to the
 // output and must stay where they are.
 //
-// Notification: each block written gives exactly one MM_WOM_DONE, posted to the window given to waveOutOpen
+// Notification: each block written has exactly one MM_WOM_DONE, posted to the window given to waveOutOpen
 // with the handle in wParam and the header's address in lParam, in the order the blocks were written. A
 // block is done when its last sample has been heard, or when waveOutReset hands it back. A few of the last
 // notifications may still be posted by another thread just after waveOutReset or waveOutClose has returned;
 // the handle in wParam tells them from a later output's, since no handle is ever given out twice.
 //
-// Differences from the original: handles are counted numbers and are never reused; WAVEHDR is 48 bytes
-// long here (32 there, with 32-bit pointers); an output plays PCM, 16 bits, one channel only; its
+// Differences from the framework's system: handles are counted numbers and are never reused; WAVEHDR is 48
+// bytes long here (32 there, with 32-bit pointers); an output plays PCM, 16 bits, one channel only; its
 // notifications go to a window or nowhere; loops are not supported; a header is prepared for one handle and
 // counts as unprepared for every other; at most WAVEOUT_MAX_BLOCKS blocks are queued.
 #pragma once
@@ -77,7 +77,7 @@ struct WAVEHDR {
 
 // Opens the default output; it is running, with nothing queued. uDeviceID is 0 or WAVE_MAPPER; dwCallback is
 // the window's HWND with CALLBACK_WINDOW in fdwOpen, ignored with CALLBACK_NULL.
-// MMSYSERR_BADDEVICEID, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM (a null pointer, no such window),
+// MMSYSERR_BADDEVICEID, MMSYSERR_INVALFLAG, MMSYSERR_INVALPARAM (a null pointer),
 // WAVERR_BADFORMAT, MMSYSERR_NODRIVER (no sound system, or it does not answer), MMSYSERR_ALLOCATED (it
 // refuses). *phwo is written on success only.
 MMRESULT waveOutOpen(HWAVEOUT* phwo, UINT uDeviceID, const WAVEFORMATEX* pwfx, DWORD_PTR dwCallback,
@@ -107,3 +107,9 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT hwo, WAVEHDR* pwh, UINT cbwh);
 // Queues a prepared block behind those queued already. WAVERR_UNPREPARED, WAVERR_STILLPLAYING (queued
 // already), MMSYSERR_NOMEM (WAVEOUT_MAX_BLOCKS are held). Nothing is allocated.
 MMRESULT waveOutWrite(HWAVEOUT hwo, WAVEHDR* pwh, UINT cbwh);
+
+// An addition: takes back what has not been handed to the sound server yet, newest first, so that other
+// blocks can take its place. *puBlocks is how many blocks that were; they are the ones written last, are not
+// queued any more and have no notification. About 160 ms of sound stay queued while the output runs, those
+// that are heard already and not reported included.
+MMRESULT waveOutTakeBack(HWAVEOUT hwo, UINT* puBlocks);

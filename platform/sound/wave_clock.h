@@ -9,14 +9,14 @@ public:
     // Starts paused, with `written` bytes written and all of them up to `heard` heard.
     WaveClock(std::uint64_t bytesPerSecond, std::uint64_t written = 0, std::uint64_t heard = 0);
 
-    // Times are microseconds of any steady clock and never decrease.
-    void Write(std::uint64_t nowUs, std::uint64_t bytes);
+    // Times are microseconds of any steady clock and never decrease. `written`: bytes, those heard included.
+    void Write(std::uint64_t nowUs, std::uint64_t written);
     void Pause(std::uint64_t nowUs);
     void Restart(std::uint64_t nowUs);
     void Reset(std::uint64_t nowUs);
 
     // The position reached, in whole 16-bit samples' bytes.
-    std::uint64_t Heard(std::uint64_t nowUs);
+    std::uint64_t Heard(std::uint64_t nowUs) const;
 
     std::uint64_t Written() const { return m_written; }
     bool Running() const { return m_running; }

@@ -3,19 +3,13 @@
 
 #include <memory>
 
-#include "platform/sound/simulated_mixer_driver.h"
-#include "platform/sound/simulated_wave_driver.h"
+#include "tests/support/simulated_mixer_driver.h"
+#include "tests/support/simulated_wave_driver.h"
 
 class SimulatedSound {
 protected:
-    SimulatedSound() {
-        SetWaveDriver(m_sound);
-        SetMixerDriver(m_mixer);
-    }
-    ~SimulatedSound() {
-        SetMixerDriver(nullptr);
-        SetWaveDriver(nullptr);
-    }
+    SimulatedSound() { SetSoundDrivers(m_sound, m_mixer); }
+    ~SimulatedSound() { SetSoundDrivers(nullptr, nullptr); }
 
     std::shared_ptr<SimulatedWaveDriver> m_sound = std::make_shared<SimulatedWaveDriver>();
     std::shared_ptr<SimulatedMixerDriver> m_mixer = std::make_shared<SimulatedMixerDriver>();

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/sound/mmsystem.h"
-#include "tests/platform/sound/fake_message_queue.h"
+#include "tests/platform/sound/posted_messages.h"
 
 inline constexpr std::size_t kBlockSamples = 160;
 

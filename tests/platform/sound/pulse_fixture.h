@@ -1,0 +1,126 @@
+// The system's sound on a server of the test's own, with pactl as the other program.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/sound/sound_drivers.h"
+#include "platform/sound/system_sound.h"
+#include "tests/platform/sound/posted_messages.h"
+#include "tests/platform/sound/private_server.h"
+#include "tests/platform/sound/wave_blocks.h"
+#include "tests/support/watch.h"
+
+// How late this machine wakes a thread while it lives, at worst: what a limit of real time has to allow for.
+class Lateness {
+public:
+    ~Lateness() {
+        m_done = true;
+        m_watch.join();
+    }
+    double WorstMs() const { return m_worst; }
+
+private:
+    void Watch() {
+        while (!m_done) {
+            const auto due = watch::Clock::now() + std::chrono::milliseconds(5);
+            std::this_thread::sleep_until(due);
+            m_worst = std::max<double>(m_worst, watch::Ms(watch::Clock::now() - due));
+        }
+    }
+
+    std::atomic<bool> m_done = false;
+    std::atomic<double> m_worst = 0;
+    std::thread m_watch{[this] { Watch(); }};
+};
+
+class PulseSound : public testing::Test {
+protected:
+    PulseSound() {
+        PrivateServer::UsePrivateFolders();
+        PrivateServer::ForgetVolumes();
+    }
+
+    ~PulseSound() override { End(); }
+
+    void Start(PrivateServer::Sink sink = PrivateServer::Sink::kNoRewinds) {
+        m_server = std::make_unique<PrivateServer>(sink);
+        Connect();
+    }
+
+    // As at the start of the program.
+    void Connect() {
+        UseSystemSound();
+        ASSERT_EQ(mixerGetNumDevs(), 1U);
+        ASSERT_EQ(mixerOpen(&m_mixer, 0, reinterpret_cast<DWORD_PTR>(kWindow), 0, CALLBACK_WINDOW),
+                  MMSYSERR_NOERROR);
+    }
+
+    // As at its end.
+    void End() {
+        CloseWave();
+        mixerClose(m_mixer);
+        SetSoundDrivers(nullptr, nullptr);
+    }
+
+    // Opens the output as the player does: paused, with blocks collecting.
+    void OpenPaused() {
+        ASSERT_EQ(OpenVoice(m_handle), MMSYSERR_NOERROR);
+        waveOutPause(m_handle);
+    }
+
+    void CloseWave() {
+        waveOutReset(m_handle);
+        waveOutClose(m_handle);
+        m_handle = nullptr;
+    }
+
+    void Write(std::size_t first, std::size_t last) {
+        for (std::size_t i = first; i < last; ++i) ASSERT_EQ(m_blocks.Write(m_handle, i), MMSYSERR_NOERROR);
+    }
+
+    static MMRESULT Read(DWORD id, DWORD& value) { return CurrentMixerDriver()->GetValue(id, value); }
+    static DWORD Value(DWORD id) {
+        DWORD value = 0xFFFFFFFF;
+        Read(id, value);
+        return value;
+    }
+    static MMRESULT Set(DWORD id, DWORD value) { return CurrentMixerDriver()->SetValue(id, value); }
+
+    static bool Eventually(const std::function<bool()>& holds) {
+        return watch::Eventually(holds, std::chrono::seconds(10));
+    }
+
+    // Whether the program comes to say all the parts.
+    static bool EventuallySays(const std::vector<std::string>& words, const std::vector<std::string>& parts) {
+        return Eventually([&] {
+            const std::string said = Pactl(words);
+            return std::all_of(parts.begin(), parts.end(),
+                               [&](const std::string& part) { return said.find(part) != std::string::npos; });
+        });
+    }
+
+    // Whether a change of the control is announced in time; everything announced is taken.
+    bool Announced(DWORD id) {
+        return Eventually([this, id] {
+            for (const PostedMessage& posted : m_posted.Take())
+                if (posted.message == MM_MIXM_CONTROL_CHANGE && posted.lParam == static_cast<LPARAM>(id))
+                    return true;
+            return false;
+        });
+    }
+
+    PostedMessages m_posted;
+    std::unique_ptr<PrivateServer> m_server;
+    HMIXER m_mixer = nullptr;
+    HWAVEOUT m_handle = nullptr;
+    Blocks m_blocks{250};
+};
