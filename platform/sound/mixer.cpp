@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <map>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/framework/handle_table.h"
 #include "platform/sound/sound_drivers.h"
 
 static_assert(sizeof(MIXERLINE) == 168);
@@ -36,26 +36,15 @@ constexpr Control kControls[] = {
     {kWavePeak, kWaveLine, MIXERCONTROL_CONTROLTYPE_PEAKMETER, -32768, 32767},
 };
 
-// Open handles and the windows that they notify.
-struct Handles {
-    std::mutex lock;
-    std::map<UINT_PTR, HWND> open;
-    UINT_PTR last = 0;
-};
-
-Handles& Open() {
-    static Handles handles;
-    return handles;
-}
-
-bool IsOpen(UINT_PTR handle) {
-    const std::scoped_lock lock(Open().lock);
-    return Open().open.contains(handle);
+// Open mixers: the windows that they notify.
+HandleTable<HWND, HMIXER>& Open() {
+    static HandleTable<HWND, HMIXER> mixers;
+    return mixers;
 }
 
 // The open mixer's driver, or null.
 std::shared_ptr<MixerDriver> Find(HMIXEROBJ object) {
-    return IsOpen(reinterpret_cast<UINT_PTR>(object)) ? CurrentMixerDriver() : nullptr;
+    return Open().Find(reinterpret_cast<HMIXER>(object)) ? CurrentMixerDriver() : nullptr;
 }
 
 // The first control of the mixer that `matches`; null when there is none.
@@ -107,16 +96,10 @@ MMRESULT CheckDetails(const MixerDriver* mixer, const MIXERCONTROLDETAILS* detai
 }  // namespace
 
 void NotifyControlChange(DWORD controlId) {
-    Handles& handles = Open();
-    std::unique_lock lock(handles.lock);
-    for (auto next = handles.open.begin(); next != handles.open.end();) {
-        const auto [handle, window] = *next;
-        lock.unlock();
-        PostSoundMessage(window, MM_MIXM_CONTROL_CHANGE, static_cast<WPARAM>(handle),
-                         static_cast<LPARAM>(controlId));
-        lock.lock();
-        next = handles.open.upper_bound(handle);
-    }
+    for (const HMIXER handle : Open().All())
+        if (const std::shared_ptr<HWND> window = Open().Find(handle))
+            PostSoundMessage(*window, MM_MIXM_CONTROL_CHANGE, reinterpret_cast<WPARAM>(handle),
+                             static_cast<LPARAM>(controlId));
 }
 
 UINT mixerGetNumDevs() {
@@ -129,16 +112,13 @@ MMRESULT mixerOpen(HMIXER* phmx, UINT uMxId, DWORD_PTR dwCallback, DWORD_PTR /*d
     if (fdwOpen != CALLBACK_NULL && fdwOpen != CALLBACK_WINDOW) return MMSYSERR_INVALFLAG;
     if (uMxId != 0) return MMSYSERR_BADDEVICEID;
     if (mixerGetNumDevs() == 0) return MMSYSERR_NODRIVER;
-    Handles& handles = Open();
-    const std::scoped_lock lock(handles.lock);
-    handles.open[++handles.last] = fdwOpen == CALLBACK_WINDOW ? reinterpret_cast<HWND>(dwCallback) : nullptr;
-    *phmx = reinterpret_cast<HMIXER>(handles.last);
+    const HWND window = fdwOpen == CALLBACK_WINDOW ? reinterpret_cast<HWND>(dwCallback) : nullptr;
+    *phmx = Open().Add(std::make_shared<HWND>(window));
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT mixerClose(HMIXER hmx) {
-    const std::scoped_lock lock(Open().lock);
-    return Open().open.erase(reinterpret_cast<UINT_PTR>(hmx)) != 0 ? MMSYSERR_NOERROR : MMSYSERR_INVALHANDLE;
+    return Open().Remove(hmx) ? MMSYSERR_NOERROR : MMSYSERR_INVALHANDLE;
 }
 
 MMRESULT mixerGetDevCaps(UINT_PTR uMxId, MIXERCAPS* pmxcaps, UINT cbmxcaps) {

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <map>
 #include <mutex>
 #include <utility>
 
+#include "platform/framework/handle_table.h"
 #include "platform/sound/mmsystem.h"
 #include "platform/sound/sound_drivers.h"
 
@@ -213,17 +213,15 @@ void WaveOutput::Deliver() {
 struct Outputs {
     // The streams end here, on the thread that ends the program, whoever else still holds an output.
     ~Outputs() {
-        for (const auto& [handle, output] : open) output->Abandon();
+        for (const HWAVEOUT handle : table.All()) table.Find(handle)->Abandon();
     }
 
-    std::mutex lock;
-    std::map<HWAVEOUT, std::shared_ptr<WaveOutput>> open;
-    std::uintptr_t last = 0;
+    HandleTable<WaveOutput, HWAVEOUT> table;
 };
 
-Outputs& OpenOutputs() {
+HandleTable<WaveOutput, HWAVEOUT>& OpenOutputs() {
     static Outputs outputs;
-    return outputs;
+    return outputs.table;
 }
 
 bool IsPlayable(const WAVEFORMATEX& format) {
@@ -235,12 +233,7 @@ bool IsPlayable(const WAVEFORMATEX& format) {
 
 template <typename... Arguments>
 MMRESULT OnOutput(HWAVEOUT handle, MMRESULT (WaveOutput::*call)(Arguments&...), Arguments&... arguments) {
-    std::shared_ptr<WaveOutput> output;
-    {
-        const std::scoped_lock lock(OpenOutputs().lock);
-        const auto found = OpenOutputs().open.find(handle);
-        if (found != OpenOutputs().open.end()) output = found->second;
-    }
+    const std::shared_ptr<WaveOutput> output = OpenOutputs().Find(handle);
     return output ? output->Call(call, arguments...) : MMSYSERR_INVALHANDLE;
 }
 
@@ -260,27 +253,19 @@ MMRESULT waveOutOpen(HWAVEOUT* phwo, UINT uDeviceID, const WAVEFORMATEX* pwfx, D
     const std::shared_ptr<WaveDriver> driver = CurrentWaveDriver();
     if (!driver) return MMSYSERR_NODRIVER;
 
-    Outputs& outputs = OpenOutputs();
-    HWAVEOUT handle = nullptr;
-    {
-        const std::scoped_lock lock(outputs.lock);
-        handle = reinterpret_cast<HWAVEOUT>(++outputs.last);
-    }
+    const HWAVEOUT handle = OpenOutputs().Reserve();
     const HWND window = fdwOpen == CALLBACK_WINDOW ? reinterpret_cast<HWND>(dwCallback) : nullptr;
     auto output = std::make_shared<WaveOutput>(handle, window);
     const MMRESULT result = output->Open(*driver, *pwfx);
     if (result != MMSYSERR_NOERROR) return result;
-    const std::scoped_lock lock(outputs.lock);
-    outputs.open.emplace(handle, std::move(output));
+    OpenOutputs().Add(handle, std::move(output));
     *phwo = handle;
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT waveOutClose(HWAVEOUT hwo) {
     const MMRESULT result = OnOutput(hwo, &WaveOutput::Close);
-    if (result != MMSYSERR_NOERROR) return result;
-    const std::scoped_lock lock(OpenOutputs().lock);
-    OpenOutputs().open.erase(hwo);
+    if (result == MMSYSERR_NOERROR) OpenOutputs().Remove(hwo);
     return result;
 }
 
