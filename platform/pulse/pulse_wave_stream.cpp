@@ -17,10 +17,12 @@ constexpr auto kTick = 20ms;
 // 20 ms at any moment, and wakes this thread and the window's half as often.
 constexpr DWORD kReportsPerSecond = 25;
 constexpr auto kJustAfter = 1ms;
-// How much waits at the server, in blocks of 20 ms: enough for a thread that comes late, and no more, since
-// what is there cannot be taken back.
 constexpr DWORD kBlocksPerSecond = 50;
-constexpr DWORD kBlocksAhead = 8;
+// How much waits at the server, so that a busy machine may wake this thread late.
+constexpr auto kAhead = 1s;
+// What is nearer to being played than this is not taken back: the server may be at it before the news reaches
+// it.
+constexpr auto kTooNear = 100ms;
 constexpr auto kTryAgain = 100ms;
 constexpr auto kTryAgainPaused = 1s;
 
@@ -110,6 +112,7 @@ void PulseWaveStream::OnState() {
         Reach(m_clock.Heard(NowUs()));
         m_live = m_corked = true;
         m_sent = m_left = m_heard;
+        m_seek = 0;
         if (m_heard != m_written) Send();
         if (m_heard != m_written && m_running) SetCork(false);
     }
@@ -141,6 +144,7 @@ void PulseWaveStream::Restart() {
     m_clock.Restart(NowUs());
     if (m_heard == m_written) return;
     SetCork(false);
+    m_asOf = PulseLoop::Clock::now();
     TickSoon(m_live ? kTick : 0ms);
 }
 
@@ -154,11 +158,23 @@ void PulseWaveStream::Reset() {
         m_timer->Cancel();
     }
     m_heard = m_left = m_sent = m_written;
+    m_seek = 0;
 }
 
 std::uint64_t PulseWaveStream::TakeBack() {
     const std::scoped_lock lock(m_connection->Loop());
-    return m_live ? m_sent : m_clock.Heard(NowUs());
+    if (!m_live) return m_clock.Heard(NowUs());
+    // The next write goes back to the place.
+    const auto since = m_running ? PulseLoop::Clock::now() - m_asOf : PulseLoop::Clock::duration{};
+    const std::uint64_t kept = std::min(m_sent, m_left + Bytes(since + kTooNear));
+    m_seek += m_sent - kept;
+    m_sent = kept;
+    return kept;
+}
+
+std::uint64_t PulseWaveStream::Bytes(PulseLoop::Clock::duration time) const {
+    const auto us = std::chrono::duration_cast<std::chrono::microseconds>(time).count();
+    return static_cast<std::uint64_t>(us) * m_rate / 1000000 * kBytesPerSample;
 }
 
 void PulseWaveStream::SetCork(bool corked) {
@@ -182,8 +198,7 @@ void PulseWaveStream::Tick() {
 }
 
 void PulseWaveStream::Send() {
-    const std::uint64_t end =
-        std::min(m_written, m_left + m_rate / kBlocksPerSecond * kBytesPerSample * kBlocksAhead);
+    const std::uint64_t end = std::min(m_written, m_left + Bytes(kAhead));
     while (m_live && m_sent < end) {
         void* room = nullptr;
         std::size_t bytes = static_cast<std::size_t>(end - m_sent);
@@ -193,7 +208,8 @@ void PulseWaveStream::Send() {
             pa_stream_cancel_write(m_stream);
             return;
         }
-        if (pa_stream_write(m_stream, room, bytes, nullptr, 0, PA_SEEK_RELATIVE) < 0) return LoseStream();
+        const auto seek = static_cast<std::int64_t>(std::exchange(m_seek, 0));
+        if (pa_stream_write(m_stream, room, bytes, nullptr, -seek, PA_SEEK_RELATIVE) < 0) return LoseStream();
         m_sent += bytes;
     }
 }
@@ -219,7 +235,8 @@ void PulseWaveStream::OnPosition(int) {
     const std::uint64_t inStream = NotNegative(info->write_index - info->read_index);
     const std::uint64_t latency = (info->sink_usec * m_rate + 999999) / 1000000 * kBytesPerSample;
     const std::uint64_t silence = info->playing != 0 ? 0 : NotNegative(info->since_underrun);
-    m_left = m_sent - std::min(m_sent, inStream);
+    m_left = m_sent + m_seek - std::min(m_sent + m_seek, inStream);
+    m_asOf = PulseLoop::Clock::now();
     const std::uint64_t position = m_left - std::min(m_left, latency - std::min(latency, silence));
     Send();
     if (m_live) Reach(position);

@@ -26,9 +26,9 @@ private:
     const std::shared_ptr<PulseConnection> m_connection;
 };
 
-// At the server about 160 ms wait behind the cork or behind what sounds. While there is something to be heard
-// the server is asked for its position every 40 ms, and is sent what it has played meanwhile; otherwise no
-// timer runs.
+// At the server up to a second waits behind the cork or behind what sounds. While there is something to be
+// heard the server is asked for its position every 40 ms, and is sent what it has played meanwhile; otherwise
+// no timer runs.
 //
 // When the server or its stream goes, a clock says what would have been heard until there is a stream again,
 // which is tried ten times a second, and once a second while paused.
@@ -60,6 +60,7 @@ private:
     void Reach(std::uint64_t position);
     // From a position to the end of a block whose report is due.
     PulseLoop::Clock::duration UntilReport(std::uint64_t position) const;
+    std::uint64_t Bytes(PulseLoop::Clock::duration time) const;
     void TickSoon(PulseLoop::Clock::duration delay);
     void LoseStream();
     void ReleaseStream();
@@ -79,7 +80,9 @@ private:
     bool m_running = true;  // as told by the client; the cork follows at the first block
     // Positions, heard <= left <= sent <= written.
     std::uint64_t m_written = 0;
-    std::uint64_t m_sent = 0;   // to the server
-    std::uint64_t m_left = 0;   // has left the stream for the sink, as of the last answer
+    std::uint64_t m_sent = 0;  // to the server
+    std::uint64_t m_left = 0;  // has left the stream for the sink, as of the last answer
+    std::uint64_t m_seek = 0;  // bytes beyond m_sent that the next write replaces
+    PulseLoop::Clock::time_point m_asOf{};
     std::uint64_t m_heard = 0;  // never decreases
 };

@@ -108,8 +108,8 @@ MMRESULT waveOutUnprepareHeader(HWAVEOUT hwo, WAVEHDR* pwh, UINT cbwh);
 // already), MMSYSERR_NOMEM (WAVEOUT_MAX_BLOCKS are held). Nothing is allocated.
 MMRESULT waveOutWrite(HWAVEOUT hwo, WAVEHDR* pwh, UINT cbwh);
 
-// An addition: takes back what has not been handed to the sound server yet, newest first, so that other
-// blocks can take its place. *puBlocks is how many blocks that were; they are the ones written last, are not
-// queued any more and have no notification. About 160 ms of sound stay queued while the output runs, those
-// that are heard already and not reported included.
+// An addition: takes back the blocks that are still far enough from being played, newest first, so that
+// others, which the caller writes at once, take their place. *puBlocks is how many blocks that were; they are
+// the ones written last, are not queued any more and have no notification. What is kept is heard for about
+// 150 ms more.
 MMRESULT waveOutTakeBack(HWAVEOUT hwo, UINT* puBlocks);

@@ -44,7 +44,8 @@ public:
     // stream stays running.
     virtual void Reset() = 0;
 
-    // Reads nothing more until the next Write, and returns the position up to which it has read.
+    // Keeps what is about to be played and returns the position where that ends: what has been read behind it
+    // is read again, and nothing is before the next Write.
     virtual std::uint64_t TakeBack() = 0;
 };
 
