@@ -7,6 +7,7 @@
 
 #include "bench/gsm_layout.h"
 #include "bench/ratio_reporter.h"
+#include "codec/huff.h"
 #include "codec/message_reader.h"
 #include "codec/speech_frame.h"
 #include "codec/vdec.h"
@@ -65,6 +66,23 @@ void ReportBytes(benchmark::State& state, const std::vector<Payload>& payloads) 
     double bytes = 0;
     for (const Payload& payload : payloads) bytes += static_cast<double>(payload.size());
     state.counters["payload"] = bytes / static_cast<double>(payloads.size());
+}
+
+// One bit a step, of a payload that holds all it needs.
+void ReferenceReadSymbols(const VdecCodes& codes, const uint8_t* payload, size_t length,
+                          VdecSymbols& symbols) {
+    symbols.head = vdec_read_head(payload, length);
+    const size_t counts[] = {1200, 300, 300, static_cast<size_t>(symbols.head.coarse_count),
+                             static_cast<size_t>(symbols.head.fine_count)};
+    size_t bit_position = 336;
+    for (size_t group = 0; group < kGroupCount; ++group) {
+        const VdecGroupInfo& info = vdec_groups[group];
+        for (size_t i = 0; i < counts[group]; ++i) {
+            const int32_t symbol = huff_decode_symbol(codes.trees[group], payload, length, bit_position);
+            symbols.values[info.first_value + i] =
+                static_cast<int16_t>(vdec_symbol_value(symbol, info.sign_point));
+        }
+    }
 }
 
 // Inverse transform and colour conversion of one picture. The reference works in place, so its planes are

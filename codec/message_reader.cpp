@@ -1,5 +1,6 @@
 #include "codec/message_reader.h"
 
+#include <cerrno>
 #include <cstring>
 
 MessageHeaderError ReadMessageKind(std::FILE* file, uint8_t& video_rate) {
@@ -53,6 +54,7 @@ bool MessageReader::Seek(std::FILE* file, int64_t offset) {
     std::clearerr(file);
     if (fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0) return true;
     m_end.end = MessageEnd::ReadError;
+    m_end.error = errno;
     return false;
 }
 
@@ -79,7 +81,11 @@ MessageRecord MessageReader::ReadBody(std::FILE* file, MessageRecordKind kind, s
 }
 
 MessageRecord MessageReader::EndWith(std::FILE* file, MessageEnd reason, unsigned declared_bytes) {
-    m_end.end = std::ferror(file) != 0 ? MessageEnd::ReadError : reason;
+    if (std::ferror(file) != 0) {
+        reason = MessageEnd::ReadError;
+        m_end.error = errno;
+    }
+    m_end.end = reason;
     m_end.declared_bytes = declared_bytes;
     return m_end;
 }

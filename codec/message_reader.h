@@ -46,6 +46,7 @@ struct MessageRecord {
     std::span<const uint8_t> body;      // in the reader's buffer, valid until its next Read
     MessageEnd end = MessageEnd::None;  // for End
     unsigned declared_bytes = 0;        // for Speech and Video, and for the record that brought the end
+    int error = 0;                      // errno of ReadError
 };
 
 // Reads the records of a message one by one. The stream is the caller's at every call: the reader neither

@@ -5,45 +5,64 @@
 
 #include "codec/vdec_stages.h"
 
-namespace {
-
-constexpr signed char kBestQuality = 3;
-
-struct VdecState {
-    signed char quality = kBestQuality;
+struct VdecDecoder {
+    signed char quality = kQualityLevels - 1;
     VdecCodes codes;
     VdecSymbols symbols;
     VdecCoefficients coefficients;
     VdecHalfPlanes planes;
 };
 
-// Null while the decoder is not initialised.
-std::unique_ptr<VdecState> state;
+namespace {
+
+struct Destroy {
+    void operator()(VdecDecoder* decoder) const { vdec_destroy(decoder); }
+};
+
+// Null while the process's decoder is not initialised.
+std::unique_ptr<VdecDecoder, Destroy> shared;
 
 }  // namespace
 
-void vdec_init() {
-    state.reset();
-    std::unique_ptr<VdecState> fresh(new (std::nothrow) VdecState);
-    if (fresh && vdec_build_codes(fresh->codes)) state = std::move(fresh);
+VdecDecoder* vdec_create() {
+    std::unique_ptr<VdecDecoder, Destroy> decoder(new (std::nothrow) VdecDecoder);
+    if (!decoder || !vdec_build_codes(decoder->codes)) return nullptr;
+    return decoder.release();
 }
 
-bool vdec_set_quality(signed char level) {
-    if (!state || level < 0 || level >= kQualityLevels) return false;
-    state->quality = level;
+void vdec_destroy(VdecDecoder* decoder) {
+    delete decoder;
+}
+
+bool vdec_set_quality(VdecDecoder& decoder, signed char level) {
+    if (level < 0 || level >= kQualityLevels) return false;
+    decoder.quality = level;
     return true;
 }
 
-bool vdec_decode(const uint8_t* payload, size_t length, uint8_t* picture) {
-    if (!state) return false;
+void vdec_decode(VdecDecoder& decoder, const uint8_t* payload, size_t length, uint8_t* picture) {
     const VdecKernels& kernels = vdec_best_kernels();
-    vdec_read_symbols(state->codes, payload, length, state->symbols);
-    vdec_reconstruct(state->symbols, state->quality, state->coefficients);
-    vdec_inverse_dwt(kernels, state->coefficients, state->planes);
-    vdec_to_bgr(kernels, state->planes, picture);
+    vdec_read_symbols(decoder.codes, payload, length, decoder.symbols);
+    vdec_reconstruct(decoder.symbols, decoder.quality, decoder.coefficients);
+    vdec_inverse_dwt(kernels, decoder.coefficients, decoder.planes);
+    vdec_to_bgr(kernels, decoder.planes, picture);
+}
+
+void vdec_init() {
+    shared.reset();
+    shared.reset(vdec_create());
+}
+
+bool vdec_set_quality(signed char level) {
+    return shared && vdec_set_quality(*shared, level);
+}
+
+bool vdec_decode(const uint8_t* payload, size_t length, uint8_t* picture) {
+    if (!shared) return false;
+    vdec_decode(*shared, payload, length, picture);
     return true;
 }
 
 void vdec_free() {
-    state.reset();
+    shared.reset();
 }

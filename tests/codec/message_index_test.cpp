@@ -73,8 +73,8 @@ void BuildToEnd(MessageIndex& index, int descriptor) {
     }
 }
 
-// The reader says where each record lies and how the message ends; the index must agree on all of it, also
-// when it watched the file grow.
+// The index agrees with the reader on each record's place and on how the message ends, also when it watched
+// the file grow.
 TEST(MessageIndex, FindsWhatTheReaderFinds) {
     for (const RecordsCase& c : kRecordsCases) {
         for (const size_t step : {size_t{1} << 20, size_t{97}}) {
@@ -90,20 +90,22 @@ TEST(MessageIndex, FindsWhatTheReaderFinds) {
             MessageReader reader;
             ASSERT_TRUE(reader.Rewind(stream.get()));
             MessageClock clock(3);
+            std::string read;
             MessageRecord record;
-            for (;;) {
-                const int64_t offset = reader.Offset();
+            for (int64_t offset = reader.Offset(); read.empty() || read.back() != '.';
+                 offset = reader.Offset()) {
                 record = reader.Read(stream.get());
-                if (record.kind == MessageRecordKind::End) break;
-                if (record.kind == MessageRecordKind::Skipped) continue;
-                const bool is_speech = record.kind == MessageRecordKind::Speech;
-                const MessagePlace place = is_speech ? index.PlaceForFrame(clock.NextSpeechFrame())
-                                                     : index.PlaceForPicture(clock.Pictures());
+                read += "SVp."[static_cast<size_t>(record.kind)];
+                if (read.back() != 'S' && read.back() != 'V') continue;
+                const MessagePlace place = read.back() == 'S' ? index.PlaceForFrame(clock.NextSpeechFrame())
+                                                              : index.PlaceForPicture(clock.Pictures());
                 EXPECT_EQ(place.offset, offset);
                 EXPECT_EQ(place.frame, clock.SpeechEnd());
                 EXPECT_EQ(place.pictures, clock.Pictures());
-                is_speech ? clock.AddSpeechBlock() : clock.AddPicture();
+                read.back() == 'S' ? clock.AddSpeechBlock() : clock.AddPicture();
             }
+            EXPECT_EQ(read, c.read + '.');
+            EXPECT_EQ(record.end, c.end);
             const MessageExtent extent = index.Extent();
             EXPECT_EQ(extent.end, record.end);
             EXPECT_EQ(extent.end_offset, reader.Offset());

@@ -92,18 +92,14 @@ TEST_P(Kernels, ConvertColours) {
         {255, 0, 0, 255, 255, 255},  {300, 0, 0, 255, 255, 255},      {-5, 0, 0, 0, 0, 0},
         {100, 50, 0, 201, 80, 100},  {10, -20, 0, 0, 17, 10},         {25536, 0, 0, 255, 255, 255},
         {4464, 0, 0, 255, 255, 255}, {255, 127, -128, 255, 255, 109}, {0, -128, 127, 0, 0, 144}};
-    const int16_t extremes[] = {-32768, -32767, -16384, -256, -129, -128,  -1,
-                                0,      1,      127,    128,  255,  16384, 32767};
-    constexpr size_t kExtremes = std::size(extremes);
+    // Small values, full-range ones, and the ends of the range and of what is clamped.
+    const int16_t ends[] = {-32768, -256, -128, -1, 0, 127, 255, 32767};
     std::array<std::vector<int16_t>, 3> samples;
     ReferencePlanes planes;
     for (size_t i = 0; i < planes.planes[0].size(); ++i) {
-        const size_t e = i - std::size(known);
-        const int16_t mixed[] = {extremes[e / kExtremes / kExtremes % kExtremes],
-                                 extremes[e / kExtremes % kExtremes], extremes[e % kExtremes]};
         for (size_t p = 0; p < 3; ++p) {
             auto value = static_cast<int16_t>(static_cast<int16_t>(m_random()) >> 4 * (m_random() % 3));
-            if (e < kExtremes * kExtremes * kExtremes) value = mixed[p];
+            if (i % 4 == 0) value = ends[m_random() % std::size(ends)];
             if (i < std::size(known)) value = p == 0 ? known[i].y : p == 1 ? known[i].u : known[i].v;
             samples[p].push_back(value);
             planes.planes[p][i] = value;

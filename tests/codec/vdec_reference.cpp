@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "codec/huff.h"
-
 namespace {
 
 constexpr int kStride = kPictureWidth;
@@ -57,22 +55,6 @@ uint8_t Clamp(int value) {
 
 ReferencePlanes::ReferencePlanes() {
     for (auto& plane : planes) plane.resize(size_t{kPictureWidth} * kPictureHeight);
-}
-
-void ReferenceReadSymbols(const VdecCodes& codes, const uint8_t* payload, size_t length,
-                          VdecSymbols& symbols) {
-    symbols.head = vdec_read_head(payload, length);
-    const size_t counts[] = {1200, 300, 300, static_cast<size_t>(symbols.head.coarse_count),
-                             static_cast<size_t>(symbols.head.fine_count)};
-    size_t bit_position = 336;
-    for (size_t group = 0; group < kGroupCount; ++group) {
-        const VdecGroupInfo& info = vdec_groups[group];
-        for (size_t i = 0; i < counts[group]; ++i) {
-            const int32_t symbol = huff_decode_symbol(codes.trees[group], payload, length, bit_position);
-            symbols.values[info.first_value + i] =
-                static_cast<int16_t>(vdec_symbol_value(symbol, info.sign_point));
-        }
-    }
 }
 
 void ReferenceReconstruct(const VdecSymbols& symbols, int quality, ReferencePlanes& planes) {

@@ -6,17 +6,13 @@
 
 #include "codec/vdec_stages.h"
 
-// The decoder's reference implementation: one bit a step, three full planes of floats, one line at a time
+// The decoder's reference implementation: three full planes of floats, one line at a time
 // through a work line, one pixel at a time. What the decoder does faster must come out the same.
 
 struct ReferencePlanes {
     std::array<std::vector<float>, 3> planes;  // Y, U, V: 240 rows of 320
     ReferencePlanes();
 };
-
-// The symbols of a payload that holds all it needs, bit by bit.
-void ReferenceReadSymbols(const VdecCodes& codes, const uint8_t* payload, size_t length,
-                          VdecSymbols& symbols);
 
 void ReferenceReconstruct(const VdecSymbols& symbols, int quality, ReferencePlanes& planes);
 // Down to `last_region`; 0 rebuilds the whole planes.

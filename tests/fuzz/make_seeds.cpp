@@ -35,8 +35,9 @@ bool MakeSeeds(const std::filesystem::path& corpora, const std::filesystem::path
         record = reader.Read(file);
         if (record.kind == MessageRecordKind::End) break;
         if (count == 1 || count == 4) {
-            const Bytes start(bytes.begin(), bytes.begin() + std::ftell(file));
-            written = Write(corpora / "message_reader" / (name + std::to_string(count)), start);
+            Bytes start(bytes.begin(), bytes.begin() + reader.Offset());
+            start.insert(start.begin(), bytes[8]);  // the rate
+            written = Write(corpora / "message" / (name + std::to_string(count)), start);
         }
         if (record.kind == MessageRecordKind::Video && count <= kMostPayloads) {
             Bytes payload(record.body.begin(), record.body.end());
@@ -54,7 +55,7 @@ bool MakeSeeds(const std::filesystem::path& corpora, const std::filesystem::path
 int main(int argc, char** argv) {
     if (argc < 3) return 2;
     const std::filesystem::path corpora = argv[1];
-    for (const char* target : {"message_reader", "vdec_decode", "vdec_symbols"}) {
+    for (const char* target : {"message", "vdec_decode", "vdec_symbols"}) {
         std::filesystem::create_directories(corpora / target);
     }
     for (int i = 2; i < argc; ++i) {

@@ -88,9 +88,7 @@ TEST(TrvdumpSamples, AreTruthfullyDescribed) {
         const QJsonObject sample = value.toObject();
         const std::string path = Sample(sample["file"].toString().toStdString());
         SCOPED_TRACE(path);
-        const ToolRun run = RunTrvdump({path, "--json"});
-        ASSERT_EQ(run.status, 0);
-        const QJsonObject report = ParseJson(run.out).object();
+        const QJsonObject report = ParseJson(RunTrvdump({path, "--json"}).out).object();
         EXPECT_EQ(report["file"].toString().toStdString(), path);
         EXPECT_EQ(report["file_bytes"], sample["bytes"]);
         EXPECT_EQ(report["kind"].toString(), sample["rate"].toInt() > 0 ? "video" : "voice");
@@ -98,17 +96,11 @@ TEST(TrvdumpSamples, AreTruthfullyDescribed) {
         EXPECT_EQ(report["frame_count"], sample["frame_count"]);
         EXPECT_DOUBLE_EQ(report["duration_seconds"].toDouble(), sample["frame_count"].toInt() * 0.02);
         EXPECT_EQ(report["speech_frames"], sample["speech_frames_decoded"]);
-        EXPECT_EQ(report["speech_blocks"].toInt() * 10, sample["speech_frames_decoded"].toInt());
-        EXPECT_EQ(report["skipped_bytes"].toInt(-1), 0);
+        EXPECT_EQ(report["video_records"].toArray().size(), sample["pictures"].toInt());
         EXPECT_EQ(report["end"].toString(), "clean");
+        EXPECT_EQ(report["end_offset"], sample["bytes"]);
         EXPECT_TRUE(report["warnings"].toArray().isEmpty());
-
-        // Header, speech and video records are all there is in the file.
-        const QJsonArray pictures = report["video_records"].toArray();
-        EXPECT_EQ(pictures.size(), sample["pictures"].toInt());
-        int bytes = 13 + report["speech_blocks"].toInt() * 331;
-        for (const QJsonValue picture : pictures) bytes += 3 + picture.toObject()["bytes"].toInt();
-        EXPECT_EQ(bytes, sample["bytes"].toInt());
+        EXPECT_EQ(report["odd"], report["warnings"]);
     }
 }
 
@@ -124,22 +116,8 @@ TEST(TrvdumpSamples, SummaryIsForPeople) {
 
 // The messages that tools/sample/make_samples.sh makes.
 TEST(TrvdumpSamples, OwnMessagesAreWhole) {
-    const struct {
-        std::string path;
-        int rate, least_frames, most_frames, least_pictures, most_bytes;
-    } cases[] = {
-        {TestData("../../res/sample/welcome.trv"), 3, 500, 750, 36, 150000},
-        {TestData("short.trv"), 0, 20, 20, 0, 700},
-    };
-    for (const auto& c : cases) {
-        const QJsonObject report = ParseJson(RunTrvdump({"--json", c.path}).out).object();
-        EXPECT_TRUE(report["warnings"].toArray().isEmpty()) << c.path;
-        EXPECT_EQ(report["pictures_per_second"].toInt(-1), c.rate) << c.path;
-        EXPECT_GE(report["speech_frames"].toInt(), c.least_frames) << c.path;
-        EXPECT_LE(report["speech_frames"].toInt(), c.most_frames) << c.path;
-        EXPECT_GE(report["video_records"].toArray().size(), c.least_pictures) << c.path;
-        EXPECT_LE(report["file_bytes"].toInt(), c.most_bytes) << c.path;
-    }
+    EXPECT_EQ(WarningCodes(TestData("../../res/sample/welcome.trv")), std::set<std::string>{});
+    EXPECT_EQ(WarningCodes(TestData("short.trv")), std::set<std::string>{});
 }
 
 TEST(TrvdumpSound, WavFilesSayWhatTheyHold) {
@@ -206,31 +184,21 @@ TEST(TrvdumpFailures, FilesThatAreNoMessage) {
     const TestFolder folder;
     Bytes no_count = MessageHeader(0, 0);
     no_count.pop_back();
-    const struct {
-        const char* name;
-        Bytes bytes;
-        const char* complaint;
-    } cases[] = {
-        {"empty", {}, "TRV01.01"},
-        {"no-rate", Bytes(std::begin(kMessageMagic), std::end(kMessageMagic)), "video rate"},
-        {"rate-6", MessageHeader(6, 0), "video rate 6"},
-        {"no-count", no_count, "frame count"},
-    };
-    for (const auto& c : cases) {
-        const std::string path = folder.Path(c.name);
-        WriteBytes(path, c.bytes);
-        const ToolRun run = RunTrvdump({"--pcm", folder.Path("out"), path});
-        EXPECT_EQ(run.status, 1) << c.name;
-        EXPECT_EQ(run.out, "") << c.name;
-        EXPECT_NE(run.err.find(path), std::string::npos) << run.err;
-        EXPECT_NE(run.err.find(c.complaint), std::string::npos) << run.err;
-        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
-        EXPECT_FALSE(std::filesystem::exists(folder.Path("out"))) << c.name;
+    WriteBytes(folder.Path("empty"), {});
+    WriteBytes(folder.Path("rate-6"), MessageHeader(6, 0));
+    WriteBytes(folder.Path("no-count"), no_count);
+    for (const auto& [name, complaint] : {std::pair{"empty", "TRV01.01"},
+                                          {"rate-6", "video rate 6"},
+                                          {"no-count", "frame count"},
+                                          {"missing", "No such file"},
+                                          {".", "is a directory"}}) {
+        const ToolRun run = RunTrvdump({"--pcm", folder.Path("out"), folder.Path(name)});
+        EXPECT_EQ(run.status, 1) << name;
+        EXPECT_EQ(run.out, "") << name;
+        EXPECT_NE(run.err.find(folder.Path(name)), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find(complaint), std::string::npos) << run.err;
+        EXPECT_FALSE(std::filesystem::exists(folder.Path("out"))) << name;
     }
-    EXPECT_NE(RunTrvdump({folder.Path("missing")}).err.find("No such file"), std::string::npos);
-    EXPECT_EQ(RunTrvdump({folder.Path("missing")}).status, 1);
-    EXPECT_EQ(RunTrvdump({folder.Path().string()}).status, 1);
-
     // A good message is still described beside a bad one, and the JSON stays whole.
     const ToolRun run = RunTrvdump({"--json", folder.Path("rate-6"), Sample("greeting-voice.trv")});
     EXPECT_EQ(run.status, 1);
@@ -243,44 +211,32 @@ TEST(TrvdumpFailures, FilesThatAreNoMessage) {
 TEST(TrvdumpFailures, WrongUsageAndUnwritableOutput) {
     const TestFolder folder;
     const std::string sample = Sample("greeting-voice.trv");
-    const std::vector<std::vector<std::string>> wrong = {
-        {},
-        {"--json"},
-        {"--wav"},
-        {"--no-such-option", sample},
-        {"--quality", "4", sample},
-        {"--quality", "x", sample},
-        {"--pcm", "-", "--json", sample},
-        {"--pcm", "-", "--wav", "-", sample},
-        {"--pcm", folder.Path("out"), sample, sample},
-        {"--pcm", folder.Path("out"), "--wav", folder.Path("out"), sample},
-    };
-    for (const auto& arguments : wrong) {
-        const ToolRun run = RunTrvdump(arguments);
-        EXPECT_EQ(run.status, 2) << testing::PrintToString(arguments);
-        EXPECT_NE(run.err.find("--help"), std::string::npos) << run.err;
-    }
-    EXPECT_TRUE(folder.Names().empty());
-
     WriteBytes(folder.Path("file"), {1});
-    std::filesystem::create_symlink("loop", folder.Path("loop"));
-    const std::vector<std::vector<std::string>> unwritable = {
-        {"--pcm", folder.Path("none/out"), sample},
-        {"--wav", "/dev/full", sample},
-        {"--png", folder.Path("file"), sample},
-        {"--bgr", folder.Path("file/under"), sample},
-        {"--png", folder.Path(std::string(5000, 'n')), sample},
-        {"--bgr", folder.Path("loop/under"), sample},
-    };
-    for (const auto& arguments : unwritable) {
-        const ToolRun run = RunTrvdump(arguments);
-        EXPECT_EQ(run.status, 1) << testing::PrintToString(arguments);
-        EXPECT_NE(run.err.find(arguments[1]), std::string::npos) << run.err;
-    }
-
-    // The message itself is no place for the result.
     std::filesystem::copy_file(sample, folder.Path("m.trv"));
-    EXPECT_EQ(RunTrvdump({"--pcm", folder.Path("m.trv"), folder.Path("m.trv")}).status, 1);
+    const std::vector<std::string> before = folder.Names();
+    const struct {
+        int status;
+        std::vector<std::string> arguments;
+    } cases[] = {
+        {2, {}},
+        {2, {"--json"}},
+        {2, {"--wav"}},
+        {2, {"--quality", "4", sample}},
+        {2, {"--pcm", "-", "--json", sample}},
+        {2, {"--pcm", folder.Path("out"), sample, sample}},
+        {2, {"--pcm", folder.Path("out"), "--wav", folder.Path("out"), sample}},
+        {1, {"--pcm", folder.Path("none/out"), sample}},
+        {1, {"--wav", "/dev/full", sample}},
+        {1, {"--png", folder.Path("file"), sample}},
+        {1, {"--png", folder.Path(std::string(5000, 'n')), sample}},
+        {1, {"--pcm", folder.Path("m.trv"), folder.Path("m.trv")}},  // the message itself
+    };
+    for (const auto& c : cases) {
+        const ToolRun run = RunTrvdump(c.arguments);
+        EXPECT_EQ(run.status, c.status) << testing::PrintToString(c.arguments);
+        EXPECT_NE(run.err.find(c.status == 2 ? "--help" : c.arguments[1]), std::string::npos) << run.err;
+        EXPECT_EQ(folder.Names(), before);
+    }
     EXPECT_EQ(ReadBytes(folder.Path("m.trv")), ReadBytes(sample));
     EXPECT_EQ(RunTrvdump({"--help"}).status, 0);
 }
@@ -344,5 +300,31 @@ TEST(TrvdumpWarnings, EachIsFoundAndNothingElse) {
         const ToolRun run = RunTrvdump({path});
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.out.find("warnings       none") != std::string::npos, c.codes.empty()) << c.name;
+    }
+}
+
+TEST(TrvdumpWarnings, EndsAreToldWithTheirTime) {
+    Bytes start = MessageHeader(0, 20);
+    AppendSpeech(start, 0);
+    AppendSpeech(start, 0);
+    Bytes partial = start, oversized = start;
+    partial.insert(partial.end(), {0, 1, 2});
+    AppendVideo(oversized, 40000, {});
+    const struct {
+        const char* end;
+        Bytes message;
+        const char* text;
+    } cases[] = {{"clean", start, "length         0.40 s"},
+                 {"partial-record", partial, "the file ends within a record at 0.40 s, byte 675"},
+                 {"oversized-length", oversized, "claims 40000 bytes, more than 16384, at 0.40 s, byte 675"}};
+    const TestFolder folder;
+    const std::string path = folder.Path("m.trv");
+    for (const auto& c : cases) {
+        WriteBytes(path, c.message);
+        EXPECT_NE(RunTrvdump({path}).out.find(c.text), std::string::npos) << c.end;
+        const QJsonObject report = ParseJson(RunTrvdump({"--json", path}).out).object();
+        EXPECT_EQ(report["end"].toString(), c.end);
+        EXPECT_EQ(report["length_seconds"].toDouble(), 0.4) << c.end;
+        EXPECT_EQ(report["end_offset"].toInt(), 675) << c.end;
     }
 }

@@ -7,11 +7,9 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <vector>
 
 #include "codec/speech_frame.h"
-#include "codec/vdec.h"
-#include "tools/dump/picture_output.h"
+#include "tools/dump/picture_export.h"
 #include "tools/dump/sound_output.h"
 #include "tools/progress.h"
 #include "tools/tool_error.h"
@@ -52,35 +50,6 @@ private:
     std::array<int16_t, std::size_t{kSpeechFrameSamples} * kFramesPerSpeechBlock> samples_;
 };
 
-// Decodes video records for one or two folders. The decoder is prepared for video messages only, as in the
-// player, so that a voice-only message gives no picture whatever its records hold.
-class PictureExport {
-public:
-    PictureExport(const DumpOptions& options, int rate) : picture_(kPictureBytes) {
-        if (rate > 0) {
-            vdec_init();
-            if (!vdec_set_quality(static_cast<signed char>(options.quality))) throw std::bad_alloc();
-        }
-        if (options.png) png_.emplace(*options.png, PictureOutput::Format::Png);
-        if (options.bgr) bgr_.emplace(*options.bgr, PictureOutput::Format::Bgr);
-    }
-    ~PictureExport() { vdec_free(); }
-    PictureExport(const PictureExport&) = delete;
-    PictureExport& operator=(const PictureExport&) = delete;
-
-    void Write(std::span<const uint8_t> payload) {
-        if (!vdec_decode(payload.data(), payload.size(), picture_.data())) return;
-        const std::span<const uint8_t, kPictureBytes> picture(picture_.data(), kPictureBytes);
-        if (png_) png_->Write(picture);
-        if (bgr_) bgr_->Write(picture);
-    }
-
-private:
-    std::vector<uint8_t> picture_;
-    std::optional<PictureOutput> png_;
-    std::optional<PictureOutput> bgr_;
-};
-
 void RefuseToOverwrite(const std::string& message, const std::optional<std::string>& output) {
     std::error_code error;
     if (output && std::filesystem::equivalent(message, *output, error) && !error) {
@@ -110,6 +79,7 @@ void ExportMessage(MessageFile& message, const MessageReport& report, const Dump
         progress.Show(static_cast<double>(++done) / total);
     }
     if (speech) speech->Close();
+    if (pictures) pictures->Close();
 }
 
 }  // namespace tools

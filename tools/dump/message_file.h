@@ -27,6 +27,8 @@ public:
     uint64_t file_bytes() const { return file_bytes_; }
     int rate() const { return rate_; }
     uint32_t frame_count() const { return frame_count_; }
+    // Of the next record, or of the one that brought the end.
+    int64_t Offset() const { return reader_.Offset(); }
     uint64_t skipped_bytes() const { return reader_.SkippedBytes(); }
 
 private:

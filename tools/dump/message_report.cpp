@@ -1,8 +1,10 @@
 #include "tools/dump/message_report.h"
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 #include "tools/progress.h"
 
@@ -25,21 +27,24 @@ std::string Count(uint64_t number, const char* singular, const char* plural) {
 }
 
 void AddEndWarning(const MessageRecord& last, MessageReport& report) {
+    const std::string place = Format(" at %.2f s, byte %" PRId64, report.length_seconds(), report.end_offset);
     switch (last.end) {
         case MessageEnd::None:
         case MessageEnd::Clean:
             break;
         case MessageEnd::PartialRecord:
-            report.warnings.push_back({"partial-record", "the file ends within a record, which is dropped"});
+            report.warnings.push_back({"partial-record", "the file ends within a record" + place +
+                                                             "; what is there of it is dropped"});
             break;
         case MessageEnd::BadLength:
             report.warnings.push_back(
-                {"oversized-length",
-                 Format("a video record claims %u bytes, more than %zu; the message ends there",
-                        last.declared_bytes, kMaxPayloadBytes)});
+                {"oversized-length", Format("a video record claims %u bytes, more than %zu,",
+                                            last.declared_bytes, kMaxPayloadBytes) +
+                                         place + "; the message ends there"});
             break;
         case MessageEnd::ReadError:
-            report.warnings.push_back({"read-error", "the file could not be read to its end"});
+            report.warnings.push_back(
+                {"read-error", "the file cannot be read on" + place + ": " + std::strerror(last.error)});
             break;
     }
 }
@@ -100,10 +105,6 @@ std::string VideoRecordLines(const MessageReport& report) {
 
 }  // namespace
 
-double MessageReport::announced_seconds() const {
-    return static_cast<double>(frame_count) * kSpeechFrameSamples / kSpeechSampleRate;
-}
-
 MessageReport ReportOn(MessageFile& message) {
     MessageReport report;
     report.path = message.path();
@@ -111,16 +112,21 @@ MessageReport ReportOn(MessageFile& message) {
     report.rate = message.rate();
     report.frame_count = message.frame_count();
     const PayloadInspector inspector;
+    MessageClock clock(report.rate);
     Progress progress("trvdump: " + message.path());
     while (true) {
         const MessageRecord record = message.Read();
         progress.Show(message.ReadShare());
         if (record.kind == MessageRecordKind::Speech) {
             ++report.speech_blocks;
+            clock.AddSpeechBlock();
         } else if (record.kind == MessageRecordKind::Video) {
             report.pictures.push_back(inspector.Inspect(record.body));
+            clock.AddPicture();
         } else if (record.kind == MessageRecordKind::End) {
             report.end = record.end;
+            report.end_offset = message.Offset();
+            report.length = clock.Length();
             AddEndWarning(record, report);
             break;
         }
@@ -138,6 +144,7 @@ std::string ReportAsText(const MessageReport& report) {
                       " per second";
     text += Format("\n  file           %s", Count(report.file_bytes, "byte", "bytes").c_str());
     text += Format("\n  frame count    %u (%.2f s)", report.frame_count, report.announced_seconds());
+    text += Format("\n  length         %.2f s", report.length_seconds());
     text += "\n  speech         " + Count(report.speech_blocks, "block", "blocks") + ", " +
             Count(report.speech_frames(), "frame", "frames");
     text += "\n  video records  " + VideoRecordLines(report);

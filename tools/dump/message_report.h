@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codec/message_reader.h"
+#include "codec/message_time.h"
 #include "tools/dump/message_file.h"
 #include "tools/dump/payload_facts.h"
 
@@ -26,11 +27,17 @@ struct MessageReport {
     std::vector<PayloadFacts> pictures;
     uint64_t skipped_bytes = 0;
     MessageEnd end = MessageEnd::Clean;
+    int64_t end_offset = 0;  // of the record that brought the end, or the file's length
+    int64_t length = 0;      // until there, in frames of 20 ms, pictures included
     std::vector<Warning> warnings;
 
     uint64_t speech_frames() const { return speech_blocks * kFramesPerSpeechBlock; }
-    // Length in seconds that the header announces.
-    double announced_seconds() const;
+    // Length in seconds that the header announces, and that the records have.
+    double announced_seconds() const { return Seconds(frame_count); }
+    double length_seconds() const { return Seconds(length); }
+
+private:
+    static double Seconds(int64_t frames) { return static_cast<double>(frames * kFrameMilliseconds) / 1000; }
 };
 
 // Reads all records of a message that stands at its first record, through the player's own reader.

@@ -37,10 +37,9 @@ PictureOutput::PictureOutput(const std::filesystem::path& folder, Format format)
     }
 }
 
-void PictureOutput::Write(std::span<const uint8_t, kPictureBytes> bgr) {
+void PictureOutput::Write(unsigned number, std::span<const uint8_t, kPictureBytes> bgr) const {
     char name[32];
-    std::snprintf(name, sizeof name, "picture-%04u.%s", next_number_++,
-                  format_ == Format::Png ? "png" : "bgr");
+    std::snprintf(name, sizeof name, "picture-%04u.%s", number, format_ == Format::Png ? "png" : "bgr");
     const std::filesystem::path path = folder_ / name;
     std::FILE* const stream = std::fopen(path.c_str(), "wb");
     if (stream == nullptr) throw ToolError(path.string() + ": cannot be written: " + std::strerror(errno));

@@ -17,13 +17,12 @@ public:
     // Makes the folder where it is missing.
     PictureOutput(const std::filesystem::path& folder, Format format);
 
-    // Writes the next picture.
-    void Write(std::span<const uint8_t, kPictureBytes> bgr);
+    // Writes picture `number`. Any thread.
+    void Write(unsigned number, std::span<const uint8_t, kPictureBytes> bgr) const;
 
 private:
     std::filesystem::path folder_;
     Format format_;
-    unsigned next_number_ = 1;
 };
 
 }  // namespace tools

@@ -92,7 +92,9 @@ std::string WarningsAsJson(const MessageReport& report, const char* skipped_code
 
 std::string ReportAsJson(const MessageReport& report) {
     char duration[32];
+    char length[32];
     std::snprintf(duration, sizeof duration, "%.2f", report.announced_seconds());
+    std::snprintf(length, sizeof length, "%.2f", report.length_seconds());
     std::string out = "{\n  \"file\": " + Quoted(report.path);
     out += ",\n  \"file_bytes\": " + std::to_string(report.file_bytes);
     out += std::string(",\n  \"kind\": ") + (report.rate == 0 ? "\"voice\"" : "\"video\"");
@@ -107,7 +109,9 @@ std::string ReportAsJson(const MessageReport& report) {
     }
     out += report.pictures.empty() ? "]" : "\n  ]";
     out += ",\n  \"skipped_bytes\": " + std::to_string(report.skipped_bytes);
+    out += std::string(",\n  \"length_seconds\": ") + length;
     out += std::string(",\n  \"end\": \"") + EndName(report.end) + "\"";
+    out += ",\n  \"end_offset\": " + std::to_string(report.end_offset);
     out += ",\n  \"warnings\": " + WarningsAsJson(report, "skipped-bytes");
     // The names of version 1.0, for one version more.
     out += ",\n  \"passed_over_bytes\": " + std::to_string(report.skipped_bytes);

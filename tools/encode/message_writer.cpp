@@ -10,25 +10,12 @@ namespace {
 
 constexpr long kFrameCountOffset = 9;
 
-uint64_t PicturePeriod(int rate) {
-    return static_cast<uint64_t>(1000 / rate);
-}
-
 std::array<uint8_t, 4> LittleEndian(uint32_t value) {
     return {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value >> 16),
             static_cast<uint8_t>(value >> 24)};
 }
 
 }  // namespace
-
-uint64_t PicturesDueBy(uint64_t block, int rate) {
-    const uint64_t period = PicturePeriod(rate);
-    return ((block + 1) * kBlockMilliseconds + period - 1) / period;
-}
-
-uint64_t BlocksNeededFor(uint64_t pictures, int rate) {
-    return (pictures * PicturePeriod(rate) + kBlockMilliseconds - 1) / kBlockMilliseconds;
-}
 
 MessageWriter::MessageWriter(const std::filesystem::path& path, int rate) : file_(path) {
     std::array<uint8_t, kMessageDataStart> header = {};
@@ -52,7 +39,7 @@ void MessageWriter::AddPicture(std::span<const uint8_t> payload) {
 }
 
 void MessageWriter::Finish() {
-    const uint64_t frames = speech_blocks_ * uint64_t{kFramesPerSpeechBlock};
+    const int64_t frames = speech_blocks_ * kFramesPerSpeechBlock;
     if (frames > std::numeric_limits<uint32_t>::max()) throw ToolError("the sound is too long for a message");
     file_.Overwrite(kFrameCountOffset, LittleEndian(static_cast<uint32_t>(frames)));
     file_.Commit();

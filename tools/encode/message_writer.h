@@ -6,19 +6,23 @@
 #include <span>
 
 #include "codec/message_format.h"
+#include "codec/message_time.h"
 #include "tools/encode/atomic_file.h"
 
 namespace tools {
 
 inline constexpr std::size_t kSamplesPerBlock = std::size_t{kSpeechFrameSamples} * kFramesPerSpeechBlock;
-inline constexpr uint64_t kBlockMilliseconds = kSamplesPerBlock * 1000 / kSpeechSampleRate;
 
-// Pictures that belong in front of speech block `block` (from 0) or earlier: those whose time lies before
-// the block's end. Picture k is shown at k × (1000 div rate) ms. `rate` is 1 to 5.
-uint64_t PicturesDueBy(uint64_t block, int rate);
+// Pictures that stand in front of speech block `block` (from 0) or earlier: those first seen before the block
+// ends. `rate` is 1 to 5.
+constexpr int64_t PicturesBeforeBlock(int64_t block, int rate) {
+    return PicturesDueAt((block + 1) * kFramesPerSpeechBlock - 1, rate);
+}
 
-// Speech blocks that give each of `pictures` pictures its full time on screen.
-uint64_t BlocksNeededFor(uint64_t pictures, int rate);
+// Speech blocks that last until each of `pictures` pictures has been seen for its whole period.
+constexpr int64_t BlocksNeededFor(int64_t pictures, int rate) {
+    return (PictureDueFrame(pictures, rate) + kFramesPerSpeechBlock - 1) / kFramesPerSpeechBlock;
+}
 
 // Writes the records of one message, in playing order. The file appears at Finish(), with the frame count
 // of the blocks that were written. Every operation throws ToolError when the file cannot be written.
@@ -32,11 +36,11 @@ public:
     void AddPicture(std::span<const uint8_t> payload);
     void Finish();
 
-    uint64_t speech_blocks() const { return speech_blocks_; }
+    int64_t speech_blocks() const { return speech_blocks_; }
 
 private:
     AtomicFile file_;
-    uint64_t speech_blocks_ = 0;
+    int64_t speech_blocks_ = 0;
 };
 
 }  // namespace tools

@@ -40,16 +40,16 @@ public:
         : paths_(options.pictures), rate_(options.rate), encoder_(options.quality), bgr_(kPictureBytes) {}
 
     // Writes the pictures that go before speech block `block`.
-    void WriteBefore(uint64_t block, MessageWriter& writer) {
-        const uint64_t due = PicturesDueBy(block, rate_);
-        for (; written_ < paths_.size() && written_ < due; ++written_) {
+    void WriteBefore(int64_t block, MessageWriter& writer) {
+        const auto wanted = static_cast<std::size_t>(PicturesBeforeBlock(block, rate_));
+        for (; written_ < std::min(paths_.size(), wanted); ++written_) {
             const std::span<uint8_t, kPictureBytes> bgr(bgr_.data(), kPictureBytes);
             LoadPicture(paths_[written_], bgr);
             writer.AddPicture(encoder_.Encode(bgr));
         }
     }
 
-    uint64_t blocks_needed() const { return BlocksNeededFor(paths_.size(), rate_); }
+    int64_t blocks_needed() const { return BlocksNeededFor(std::ssize(paths_), rate_); }
 
 private:
     const std::vector<std::string>& paths_;
@@ -88,9 +88,9 @@ void MakeMessage(const MakeOptions& options) {
     if (!options.pictures.empty()) pictures.emplace(options);
     MessageWriter writer(options.message, options.rate);
 
-    const uint64_t picture_blocks = pictures ? pictures->blocks_needed() : 0;
+    const int64_t picture_blocks = pictures ? pictures->blocks_needed() : 0;
     const double expected_blocks =
-        std::max(static_cast<double>(picture_blocks), sound.seconds() * 1000 / kBlockMilliseconds);
+        std::max(static_cast<double>(picture_blocks), sound.seconds() * kSpeechSampleRate / kSamplesPerBlock);
     Progress progress("trvmake: " + options.message);
     std::array<int16_t, kSamplesPerBlock> samples;
     std::array<uint8_t, kSpeechBlockBytes> block;

@@ -26,9 +26,9 @@ Writes a Trivelle message (.trv) from a sound file and, for a video message, fro
   -h, --help              print this and end
       --version           print the version and end
 
-The pictures are shown once, in the order given, each for its part of a second; the
-last one stays until the sound ends. When the pictures need longer than the sound, it
-is continued with silence. MESSAGE is replaced only once the new one is complete.
+The pictures are seen once, in the order given, each for its part of a second, the first
+after the first such part; the last one stays until the sound ends. When the pictures need
+longer than the sound, it is continued with silence. MESSAGE is replaced only once the new one is complete.
 
 Exit status: 0 when the message was written, 1 when it could not be, 2 for wrong usage.
 )";
