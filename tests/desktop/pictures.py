@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Takes the pictures of the player that the documents show.
 
-    scripts/private-session --screen 640x560 tests/desktop/pictures.py TRVPLAYER TRVDUMP SAMPLES FOLDER
+    scripts/private-session --screen 1120x630 tests/desktop/pictures.py TRVPLAYER TRVDUMP SAMPLES FOLDER
 """
 
 import os
@@ -62,6 +62,22 @@ class Pictures(desktop.DesktopTest):
         subprocess.run(["pactl", "set-sink-volume", os.environ["TRV_SINK"], "70%"], check=True)
         time.sleep(1.5)
         self.take("volume", dialog)
+
+        player.kill()
+
+    def test_in_use(self):
+        """The whole screen, as 16:9 as software centres want it."""
+        player = self.start(os.path.join(os.path.dirname(__file__), "../../res/sample/welcome.trv"))
+        window = player.main_window()
+        self.click(player, desktop.BUTTONS["volume"])
+        dialog = player.dialog("^Audio Volume Controls$")
+        subprocess.run(["pactl", "set-sink-volume", os.environ["TRV_SINK"], "70%"], check=True)
+        for shown, x in ((window, "230"), (dialog, "640")):
+            subprocess.run(["xdotool", "windowmove", shown, x, "100", "mousemove", "1119", "629"], check=True)
+        time.sleep(2.5)
+        screen = subprocess.run(["import", "-window", "root", "miff:-"], capture_output=True, check=True).stdout
+        subprocess.run(["convert", "miff:-", "-strip", "-fill", "#6d93b8", "-draw", "color 0,0 floodfill", "+dither",
+                        "-colors", "250", f"PNG8:{FOLDER}/player-in-use.png"], input=screen, check=True)
 
 
 if __name__ == "__main__":
