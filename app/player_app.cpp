@@ -23,6 +23,7 @@ BOOL CPlayerApp::InitInstance() {
     CString strCompany;
     strCompany.LoadString(IDS_REGISTRY_KEY);
     SetRegistryKey(strCompany);
+    m_strAppName.LoadString(IDS_APP_TITLE);
     RegisterFileType();
 
     CString strPath;

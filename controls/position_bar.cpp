@@ -50,6 +50,11 @@ END_MESSAGE_MAP()
 
 CPositionBar::CPositionBar() : m_clrBackground(GetSysColor(COLOR_BACKGROUND)) {}
 
+void CPositionBar::PreSubclassWindow() {
+    SetAccessibleName("Position");
+    CStatic::PreSubclassWindow();
+}
+
 void CPositionBar::SetRange(std::int64_t nFrames) {
     m_nRange = std::max<std::int64_t>(nFrames, 0);
 }
@@ -68,6 +73,7 @@ void CPositionBar::SetPosition(std::int64_t nFrame) {
     m_nHead = std::clamp<std::int64_t>(nFrame, 0, m_nRange);
     m_nTail = TailOf(m_nHead);
     ShowBand();
+    AnnounceValue();
 }
 
 void CPositionBar::Reset() {
@@ -79,6 +85,7 @@ void CPositionBar::Reset() {
         ReleaseCapture();
     }
     Invalidate(TRUE);
+    AnnounceValue();
 }
 
 std::int64_t CPositionBar::TailOf(std::int64_t nHead) const {
@@ -128,6 +135,24 @@ CString CPositionBar::TextAt(std::int64_t nFrame) const {
     CString text;
     text.Format(IDS_POSITION_OF, static_cast<LPCTSTR>(time), static_cast<LPCTSTR>(whole));
     return text;
+}
+
+double CPositionBar::Value() const {
+    return static_cast<double>(m_nHead) / kFramesPerSecond;
+}
+
+double CPositionBar::MaximumValue() const {
+    return static_cast<double>(m_nRange) / kFramesPerSecond;
+}
+
+CString CPositionBar::ValueText() const {
+    return TextAt(m_nHead);
+}
+
+void CPositionBar::SetValue(double fSeconds) {
+    if (m_nRange == 0 || m_bDragging || !(fSeconds >= 0.0)) return;
+    SetPosition(static_cast<std::int64_t>(std::min(fSeconds, MaximumValue()) * kFramesPerSecond));
+    Tell(WM_POSITION_RELEASED, m_nHead);
 }
 
 void CPositionBar::Tell(UINT nMessage, std::int64_t nFrame) const {

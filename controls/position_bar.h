@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "platform/framework/accessible_value.h"
 #include "platform/framework/afxcmn.h"
 
 // Sent by the bar to its parent, which decides where the message goes. A frame in wParam is one of the bar's,
@@ -22,7 +23,7 @@ inline constexpr UINT WM_POSITION_MOVE_BY = WM_USER + 304;
 // kLeastBand pixels, the band is drawn so wide. The pointer resting on the bar is told the time under it.
 //
 // Counts of frames may be as large as 2^32 - 1. UI thread.
-class CPositionBar : public CStatic {
+class CPositionBar : public CStatic, public AccessibleValue {
 public:
     CPositionBar();
     ~CPositionBar() override = default;
@@ -45,10 +46,19 @@ public:
 
     BOOL PreTranslateMessage(MSG* pMsg) override;
 
+    // For assistive programs: seconds. One that is set is told to the parent as if the head had been let go
+    // there. Announced by SetPosition and Reset, not by steps.
+    AccessibleValue* GetAccessibleValue() override { return this; }
+    double Value() const override;
+    double MaximumValue() const override;
+    CString ValueText() const override;
+    void SetValue(double fSeconds) override;
+
     static constexpr int kLeastBand = 4;
 
 protected:
     DECLARE_MESSAGE_MAP()
+    void PreSubclassWindow() override;
     afx_msg void OnPaint();
     afx_msg void OnLButtonDown(UINT nFlags, CPoint point);
     afx_msg void OnLButtonDblClk(UINT nFlags, CPoint point);

@@ -47,6 +47,7 @@ BOOL CWaveformWnd::Create(DWORD dwStyle, const RECT& rect, CWnd* pParent, UINT n
     static const CString className = AfxRegisterWndClass(CS_HREDRAW | CS_VREDRAW);
 
     if (!CreateEx(WS_EX_STATICEDGE, className, "", dwStyle, rect, pParent, nID)) return FALSE;
+    SetAccessibleName("Level trace");
     RedrawAll();
     return TRUE;
 }

@@ -33,6 +33,7 @@ CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nH
     const CBrush black(RGB(0, 0, 0));
     const CString className = AfxRegisterWndClass(0, &black);
     CreateEx(0, className, "", WS_CHILD, CRect(0, 0, nWidth, nHeight), pParent, 0);
+    SetAccessibleName("Picture");
     ShowWindow(SW_SHOW);
     CreateFrameBitmap();
 }

@@ -10,6 +10,7 @@
 #include "platform/framework/afxstr.h"
 #include "platform/framework/message_queue.h"
 
+class AccessibleValue;
 class CDataExchange;
 
 // Registers a window class and gives its name: how the windows made with it erase (background: null for not
@@ -96,6 +97,10 @@ public:
     void SetCommandShortcut(UINT commandId, LPCTSTR shortcuts);
     // Addition to the original: what assistive programs call the window.
     void SetAccessibleName(LPCTSTR name);
+    // Addition to the original: the value that assistive programs read and set; null for a window without.
+    virtual AccessibleValue* GetAccessibleValue() { return nullptr; }
+    // Tells them that it has changed.
+    void AnnounceValue();
     // Lets files be dropped on the window (WM_DROPFILES).
     void DragAcceptFiles(BOOL accept = TRUE);
     // A modal message box over this window; type MB_OK or MB_ICONERROR, another ends the program with a
@@ -235,6 +240,7 @@ public:
 
     CWnd* m_pMainWnd = nullptr;  // when this window is destroyed, Run returns
     int m_nCmdShow = SW_SHOWNORMAL;
+    CString m_strAppName;         // what assistive programs call the program; in place of m_pszAppName
     CString m_strExecutablePath;  // full path of the running program; in place of m_pszHelpFilePath
 
 private:

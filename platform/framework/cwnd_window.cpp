@@ -270,6 +270,10 @@ void CWnd::SetAccessibleName(LPCTSTR name) {
     if (Window* window = windows::Find(m_hWnd)) window->peer->SetAccessibleName(name);
 }
 
+void CWnd::AnnounceValue() {
+    if (m_hWnd != nullptr && Toolkit() != nullptr) Toolkit()->AnnounceValue(m_hWnd);
+}
+
 void CWnd::DragAcceptFiles(BOOL accept) {
     if (Window* window = windows::Find(m_hWnd)) window->peer->AcceptDrops(accept != FALSE);
 }

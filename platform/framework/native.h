@@ -90,6 +90,8 @@ public:
     virtual void OfferTip(HWND window, const std::string& text, TipDelays delays) = 0;
     // Hides the tip, and offers none until the pointer has left the window.
     virtual void HideTip() = 0;
+    // Assistive programs are told that the window's value has changed.
+    virtual void AnnounceValue(HWND window) = 0;
 };
 
 // The toolkit in use. Set once, before any window is made; null again at the very end.

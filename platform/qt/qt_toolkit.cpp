@@ -13,6 +13,7 @@
 
 #include "platform/framework/message_queue.h"
 #include "platform/framework/window.h"
+#include "platform/qt/accessible.h"
 #include "platform/qt/peer.h"
 #include "platform/qt/toolkit.h"
 
@@ -46,6 +47,7 @@ QtToolkit::QtToolkit(int& argc, char** argv)
     // The program ends with its main window and by nothing else.
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(&m_wakeNotifier, &QSocketNotifier::activated, [this] { OnWake(); });
+    DescribeWindowsToAssistivePrograms();
     m_tipTimer.setSingleShot(true);
     m_tipGone.setSingleShot(true);
     QObject::connect(&m_tipTimer, &QTimer::timeout, [this] { ShowTip(); });

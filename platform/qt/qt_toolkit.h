@@ -39,6 +39,7 @@ public:
     bool IsKeyHeld(WPARAM key) override;
     void OfferTip(HWND window, const std::string& text, TipDelays delays) override;
     void HideTip() override;
+    void AnnounceValue(HWND window) override;
 
     static QtToolkit& Instance();
     const QFont& DialogFont() const { return m_dialogFont; }

@@ -1,4 +1,5 @@
 // The main window's states, titles and buttons, with the real panel and a simulated sound card.
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
@@ -13,6 +14,7 @@
 #include "app/player_app.h"
 #include "app/player_dlg.h"
 #include "platform/framework/drop_files.h"
+#include "platform/qt/toolkit.h"
 #include "res/resource.h"
 #include "tests/support/simulated_sound.h"
 #include "tests/support/test_files.h"
@@ -207,6 +209,39 @@ TEST_F(PlayerDlg, TheVolumeButtonTogglesWithTheDialog) {
     SendMessage(m_hWnd, WM_VOLUME_CLOSED, 0, 0);
     EXPECT_TRUE(HasControlNamed(open));
     EXPECT_FALSE(HasControlNamed(close));
+}
+
+// Only what has a role and a name, in one level below the frame.
+TEST_F(PlayerDlg, AssistiveProgramsSeeAFrameOfNamedThings) {
+    Open(Sample("greeting-video.trv"));
+    Pump();
+    QAccessibleInterface* frame = QAccessible::queryAccessibleInterface(WidgetOf(m_hWnd)->window());
+    EXPECT_EQ(frame->role(), QAccessible::Window);
+    EXPECT_EQ(frame->text(QAccessible::Name).toStdString(), kVideoTitle);
+    std::string names;
+    std::vector<QAccessible::Role> roles;
+    for (int i = 0; i < frame->childCount(); ++i) {
+        QAccessibleInterface* child = frame->child(i);
+        EXPECT_EQ(child->parent(), frame);
+        EXPECT_EQ(frame->indexOfChild(child), i);
+        if (child->state().invisible || child->role() == QAccessible::MenuBar) continue;
+        roles.push_back(child->role());
+        names += child->text(QAccessible::Name).toStdString() + "|";
+        if (names.ends_with("10.4 secs |")) {
+            EXPECT_EQ(child->relations().value(0).first, frame->child(i - 1)) << "named by its caption";
+        }
+        if (child->role() == QAccessible::Slider) {
+            EXPECT_EQ(child->valueInterface()->maximumValue().toDouble(), 10.4);
+            EXPECT_EQ(child->text(QAccessible::Value), "0:00 of 0:10");
+        }
+    }
+    EXPECT_EQ(names,
+              "Pause|Stop|Open Audio Volume Controls|Position|Picture|Total:|00 mins, 10.4 secs |Current:||");
+    using enum QAccessible::Role;
+    EXPECT_EQ(roles, (std::vector<QAccessible::Role>{Button, Button, Button, Slider, Graphic, StaticText,
+                                                     StaticText, StaticText, StaticText}));
+    frame->child(0)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(Face(), "Play");
 }
 
 TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {

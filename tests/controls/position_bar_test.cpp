@@ -1,5 +1,6 @@
 #include "controls/position_bar.h"
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -146,6 +147,16 @@ TEST_F(PositionBar, TimesAreReadAsPeopleReadThem) {
     m_bar.SetRange(kMost);
     EXPECT_STREQ(m_bar.TextAt(3600 * 50 - 1), "59:59 of 23860:55:45");
     EXPECT_STREQ(m_bar.TextAt(3661 * 50), "1:01:01 of 23860:55:45");
+}
+
+TEST_F(PositionBar, AssistiveProgramsReadAndSetSeconds) {
+    m_bar.SetRange(4500);
+    m_bar.SetPosition(610);
+    EXPECT_EQ(m_bar.Value(), 12.2);
+    EXPECT_EQ(m_bar.MaximumValue(), 90.0);
+    EXPECT_STREQ(m_bar.ValueText(), "0:12 of 1:30");
+    for (const double seconds : {30.0, 1e300, -1.0, std::nan("")}) m_bar.SetValue(seconds);
+    EXPECT_EQ(m_host.log, (std::vector<std::string>{"released 1500", "released 4500"}));
 }
 
 TEST_F(PositionBar, TheFocusIsMarkedAndGoesWithoutATrace) {

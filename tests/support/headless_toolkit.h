@@ -66,6 +66,7 @@ public:
     bool IsKeyHeld(WPARAM) override { return false; }
     void OfferTip(HWND, const std::string&, TipDelays) override {}
     void HideTip() override {}
+    void AnnounceValue(HWND) override {}
 
 private:
     class Peer;
