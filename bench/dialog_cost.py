@@ -43,8 +43,8 @@ def main():
     if "TRV_SESSION" not in os.environ:
         os.execv(SESSION, [SESSION, sys.executable, *sys.argv])
 
-    from peers_material import Material
-    from peers_watch import memory, processor_seconds, stop
+    from competitors_material import Material
+    from competitors_watch import memory, processor_seconds, stop
 
     server = int(os.environ["TRV_PULSE_PID"])
     with tempfile.TemporaryDirectory() as folder:

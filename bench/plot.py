@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Draws docs/performance.svg: cost against size.
 
-    bench/plot.py PICTURES.json PEERS.json TARGET.svg
+    bench/plot.py PICTURES.json COMPETITORS.json TARGET.svg
 
-PICTURES.json is what picture_peers_bench --benchmark_out=PICTURES.json writes, PEERS.json what peers.py writes.
+PICTURES.json is what picture_competitors_bench --benchmark_out=PICTURES.json writes, COMPETITORS.json what
+competitors.py writes.
 """
 
 import json
@@ -58,11 +59,11 @@ def draw_lengths(axes, figures):
 
 
 def main():
-    pictures, peers, target = sys.argv[1:]
+    pictures, competitors, target = sys.argv[1:]
     figure, (left, right) = plt.subplots(1, 2, figsize=(11, 4.2))
     with open(pictures, encoding="utf-8") as file:
         draw_pictures(left, json.load(file)["benchmarks"])
-    with open(peers, encoding="utf-8") as file:
+    with open(competitors, encoding="utf-8") as file:
         draw_lengths(right, json.load(file))
     figure.tight_layout()
     matplotlib.rcParams["svg.hashsalt"] = "performance"

@@ -44,8 +44,6 @@ bool MessageIndex::BuildSlice(int descriptor) {
     m_slice_bytes = 0;
     bool more = true;
     while (more && m_slice_bytes < kSliceBytes && m_fresh.size() < kSliceRecords) more = Step(descriptor);
-    // A file that grows has other bytes behind its end by the next time.
-    if (!more) m_buffered = 0;
     Publish();
     return more;
 }

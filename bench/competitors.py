@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """The player beside mpv and ffplay, and trvdump beside sox: start, processor time, memory.
 
-    bench/peers.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...
+    bench/competitors.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...
 
 WHAT is start, first-picture, playing, lengths, dump or all. Everything runs in a session of its own (display with a
 window manager, sound server with a null sink), and the programs of a comparison run in turn or at the same
-time, so that a slow moment of the machine falls on all of them. Results also go to DIR/peers.json.
+time, so that a slow moment of the machine falls on all of them. Results also go to DIR/competitors.json.
 """
 
 import argparse
@@ -44,14 +44,14 @@ def spread(values):
 
 
 def ratios(figures, smallest_of=("mpv", "ffplay")):
-    """The player's figure by the better peer's, round by round; None where a round lacks one."""
+    """The player's figure by the better competitor's, round by round; None where a round lacks one."""
     rounds = zip(figures["player"], *(figures[name] for name in smallest_of if name in figures))
-    return [own / min(peers) for own, *peers in rounds]
+    return [own / min(competitors) for own, *competitors in rounds]
 
 
 def start(options, material, results):
     """From the start of the process to the window on the screen and to the first sound at the server."""
-    from peers_watch import ScreenWatch, SoundWatch, processor_seconds, stop
+    from competitors_watch import ScreenWatch, SoundWatch, processor_seconds, stop
 
     screen, sound = ScreenWatch(), SoundWatch()
     programs = commands(options.build, material, 1, True)
@@ -80,13 +80,13 @@ def start(options, material, results):
         for name, values in by_name.items():
             print(f"start, {what:9} {name:7} {spread(values)} s")
         by_round = ratios(by_name)
-        print(f"start, {what:9} player / faster peer {spread(by_round)}  (aim: 0.5 or less)")
+        print(f"start, {what:9} player / faster competitor {spread(by_round)}  (aim: 0.5 or less)")
         results[f"start {what}"] = {**by_name, "ratio": by_round}
 
 
 def playing(options, material, results):
     """Processor time and memory while everything plays at the same time."""
-    from peers_watch import memory, processor_seconds, stop
+    from competitors_watch import memory, processor_seconds, stop
 
     for video in (True, False):
         kind = "video" if video else "voice"
@@ -110,13 +110,13 @@ def playing(options, material, results):
             print(f"playing {kind}: {name:12} {cost[name]:6.2f} % of a core, resident {middle['VmRSS']:6.1f} MiB "
                   f"(anonymous {middle['RssAnon']:5.1f}), proportional {middle['Pss']:6.1f} MiB")
             results[f"playing {kind} {name}"] = {"percent": cost[name], **middle}
-        peers = ("mpv", "ffplay") if video else ("ffplay",)
-        smaller = min(cost[name] for name in peers)
-        print(f"playing {kind}: processor, player / smaller peer {cost['player'] / smaller:.3f}  "
+        competitors = ("mpv", "ffplay") if video else ("ffplay",)
+        smaller = min(cost[name] for name in competitors)
+        print(f"playing {kind}: processor, player / smaller competitor {cost['player'] / smaller:.3f}  "
               "(limit 1, aim 0.5)")
         for key in ("VmRSS", "Pss"):
             size = {name: statistics.median(s[key] for s in sizes[name]) for name in sizes}
-            print(f"playing {kind}: {key}, player / smaller peer "
+            print(f"playing {kind}: {key}, player / smaller competitor "
                   f"{size['player'] / min(size['mpv'], size['ffplay']):.3f}  (limit 0.7)")
 
 
@@ -155,7 +155,7 @@ def dump(options, material, results):
 
 def first_picture(options, material, results):
     """From the end of the key press that plays to the first picture drawn, less the message's period."""
-    from peers_watch import Keyboard, ScreenWatch, stop
+    from competitors_watch import Keyboard, ScreenWatch, stop
 
     screen, keyboard = ScreenWatch(), Keyboard()
     begin = time.monotonic()
@@ -185,7 +185,7 @@ def lengths(options, material, results):
     """Processor time per minute of message and memory, over the whole of voice messages of 1, 10 and 100
     minutes, played as many times faster as the sound server takes the sound; and over the first minute of
     video messages of these lengths, in real time."""
-    from peers_watch import FastSink, memory, processor_seconds, stop
+    from competitors_watch import FastSink, memory, processor_seconds, stop
 
     with FastSink(material.path("fast"), options.speed) as sink:
         for minutes in LENGTHS:
@@ -235,7 +235,7 @@ def main():
     if "TRV_SESSION" not in os.environ:
         os.execv(SESSION, [SESSION, "--screen", "1600x1200", sys.executable, *sys.argv])
 
-    from peers_material import Material
+    from competitors_material import Material
 
     chosen = list(WHAT) if "all" in options.what else options.what
     results = {}
@@ -244,7 +244,7 @@ def main():
         for what in chosen:
             WHAT[what](options, material, results)
             sys.stdout.flush()
-    path = os.path.join(options.build, "peers.json")
+    path = os.path.join(options.build, "competitors.json")
     known = {}
     if os.path.exists(path):
         with open(path, encoding="utf-8") as file:

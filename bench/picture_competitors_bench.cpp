@@ -1,5 +1,5 @@
 // vdec_decode beside libjpeg-turbo (4:4:4, to B, G, R) and OpenJPEG (9/7) on the same pictures in about as
-// many bytes, and beside libjpeg-turbo at its usual quality 75: picture_peers_bench [benchmark options]
+// many bytes, and beside libjpeg-turbo at its usual quality 75: picture_competitors_bench [benchmark options]
 #include <benchmark/benchmark.h>
 #include <openjpeg-2.5/openjpeg.h>
 #include <turbojpeg.h>
@@ -25,7 +25,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 [[noreturn]] void Fail(const char* what) {
-    std::fprintf(stderr, "picture_peers_bench: %s\n", what);
+    std::fprintf(stderr, "picture_competitors_bench: %s\n", what);
     std::exit(1);
 }
 

@@ -11,7 +11,7 @@ from array import array
 from Xlib import X, XK, display
 from Xlib.ext import damage, xtest
 
-from peers_material import LOUD, SAMPLE_RATE
+from competitors_material import LOUD, SAMPLE_RATE
 
 
 class ScreenWatch:
