@@ -1,6 +1,8 @@
 #include "app/player_dlg.h"
 
 #include "app/about_dlg.h"
+#include "app/key_table.h"
+#include "app/play_commands.h"
 #include "platform/framework/afxcmn.h"
 #include "res/resource.h"
 
@@ -31,6 +33,9 @@ ON_COMMAND(ID_FILE_CLOSE, OnFileClose)
 ON_COMMAND(ID_FILE_EXIT, OnFileExit)
 ON_COMMAND(ID_PLAY_PLAYPAUSE, OnPlayPause)
 ON_COMMAND(ID_PLAY_STOP, OnStop)
+ON_COMMAND(ID_PLAY_LOUDER, OnLouder)
+ON_COMMAND(ID_PLAY_QUIETER, OnQuieter)
+ON_COMMAND(ID_PLAY_MUTE, OnMute)
 ON_COMMAND(ID_HELP_ABOUT, OnHelpAbout)
 ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
 ON_BN_CLICKED(IDC_STOP, OnStop)
@@ -177,6 +182,46 @@ void CPlayerDlg::OnStop() {
     m_pPanel->Stop();
     m_bPlaying = FALSE;
     ShowPlaying(FALSE);
+}
+
+BOOL CPlayerDlg::PreTranslateMessage(MSG* pMsg) {
+    if (pMsg->message == WM_KEYDOWN) {
+        const UINT nModifiers = (GetKeyState(static_cast<int>(VK_SHIFT)) < 0 ? MK_SHIFT : 0) |
+                                (GetKeyState(static_cast<int>(VK_CONTROL)) < 0 ? MK_CONTROL : 0);
+        if (const CKeyCommand* pKey = FindKey(pMsg->wParam, nModifiers)) {
+            constexpr LPARAM kHeld = 0x40000000;
+            if (pKey->bRepeats || (pMsg->lParam & kHeld) == 0) SendMessage(WM_COMMAND, pKey->nCommand);
+            return TRUE;
+        }
+    }
+    return CDialog::PreTranslateMessage(pMsg);
+}
+
+BOOL CPlayerDlg::OpenMixer() {
+    if (m_mixer.HasWaveVolume()) return TRUE;
+    if (!m_mixer.Open(0) || !m_mixer.FindWaveVolume()) return FALSE;
+    m_mixer.FindWaveMute();
+    return TRUE;
+}
+
+void CPlayerDlg::ChangeVolume(BOOL bLouder) {
+    DWORD dwVolume = 0;
+    if (!OpenMixer() || !m_mixer.GetWaveVolume(dwVolume)) return;
+    m_mixer.SetWaveVolume(
+        SteppedVolume(dwVolume, m_mixer.GetWaveVolumeMin(), m_mixer.GetWaveVolumeMax(), bLouder != FALSE));
+}
+
+void CPlayerDlg::OnLouder() {
+    ChangeVolume(TRUE);
+}
+
+void CPlayerDlg::OnQuieter() {
+    ChangeVolume(FALSE);
+}
+
+void CPlayerDlg::OnMute() {
+    BOOL bMute = FALSE;
+    if (OpenMixer() && m_mixer.GetWaveMute(bMute)) m_mixer.SetWaveMute(!bMute);
 }
 
 LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {

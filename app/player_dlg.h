@@ -8,6 +8,7 @@
 #include "controls/icon_button.h"
 #include "platform/framework/afxwin.h"
 #include "playback/message_panel.h"
+#include "volume/mixer.h"
 #include "volume/volume_dlg.h"
 
 class CPlayerDlg : public CDialog {
@@ -19,6 +20,9 @@ public:
     // Opens the message and plays it. A file that is no message is reported in a message box, and nothing is
     // open afterwards. The window may be gone when this returns.
     void OpenMessage(const CString& strPath);
+
+    // Turns the keys of key_table.h, wherever the focus is in this window, into its commands.
+    BOOL PreTranslateMessage(MSG* pMsg) override;
 
 protected:
     DECLARE_MESSAGE_MAP()
@@ -37,6 +41,9 @@ protected:
     afx_msg void OnFileExit();
     afx_msg void OnPlayPause();
     afx_msg void OnStop();
+    afx_msg void OnLouder();
+    afx_msg void OnQuieter();
+    afx_msg void OnMute();
     afx_msg void OnHelpAbout();
     afx_msg void OnVolume();
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
@@ -47,6 +54,8 @@ private:
     void ShowPlaying(BOOL bPlaying);
     void ShowVolumeLatched(BOOL bLatched);
     void ResetTitle();
+    BOOL OpenMixer();
+    void ChangeVolume(BOOL bLouder);
 
     CIconButton m_btnPlayPause;
     CIconButton m_btnStop;
@@ -57,5 +66,7 @@ private:
     BOOL m_bVolumeShown = FALSE;
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
     CStatic m_panelFrame;
+    CMixer m_mixer{
+        nullptr};           // opened when a key first asks for it; the volume dialog has its own and follows
     BOOL m_bModal = FALSE;  // a modal call from here is under way
 };

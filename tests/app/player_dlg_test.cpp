@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QSlider>
+#include <QTest>
 #include <QTimer>
 #include <cstdlib>
 #include <filesystem>
@@ -242,6 +244,32 @@ TEST_F(PlayerDlg, AssistiveProgramsSeeAFrameOfNamedThings) {
                                                      StaticText, StaticText, StaticText}));
     frame->child(0)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_EQ(Face(), "Play");
+}
+
+TEST_F(PlayerDlg, KeysChangeThePlayersOwnVolumeAndTheDialogFollows) {
+    CMixer mixer(nullptr);
+    ASSERT_TRUE(mixer.Open(0) && mixer.FindWaveVolume() && mixer.FindWaveMute());
+    mixer.SetWaveVolume(30000);
+    Command(IDC_VOLUME);
+    QWidget* focused = WidgetOf(m_pDlg->GetDlgItem(IDC_STOP)->GetSafeHwnd());
+    QSlider* shown = nullptr;
+    for (QWidget* widget : QApplication::allWidgets())
+        if (auto* slider = qobject_cast<QSlider*>(widget);
+            slider && slider->accessibleName() == "Speakers Volume")
+            shown = slider;
+    ASSERT_NE(shown, nullptr);
+    DWORD volume = 0;
+    for (const auto& [key, expected] :
+         {std::pair(Qt::Key_Up, 33277U), {Qt::Key_9, 30000U}, {Qt::Key_Down, 26723U}}) {
+        QTest::keyClick(focused, key);
+        Pump();
+        EXPECT_TRUE(mixer.GetWaveVolume(volume));
+        EXPECT_EQ(volume, expected);
+        EXPECT_EQ(shown->value(), static_cast<int>(expected));
+    }
+    BOOL mute = FALSE;
+    QTest::keyClick(focused, Qt::Key_M);
+    EXPECT_TRUE(mixer.GetWaveMute(mute) && mute);
 }
 
 TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {

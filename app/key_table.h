@@ -1,0 +1,28 @@
+// The keys of the main window, beside those of the desktop that the menu shows.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+
+#include "platform/framework/winuser.h"
+#include "res/resource.h"
+
+struct CKeyCommand {
+    WPARAM nKey;      // VK_…, or the capital letter or digit
+    UINT nModifiers;  // MK_SHIFT and MK_CONTROL, as they must be held
+    UINT nCommand;
+    BOOL bRepeats;  // goes on while the key is held
+};
+
+inline constexpr CKeyCommand kKeyTable[] = {
+    {VK_UP, 0, ID_PLAY_LOUDER, TRUE}, {VK_DOWN, 0, ID_PLAY_QUIETER, TRUE}, {'0', 0, ID_PLAY_LOUDER, TRUE},
+    {'9', 0, ID_PLAY_QUIETER, TRUE},  {'M', 0, ID_PLAY_MUTE, FALSE},
+};
+
+// What a key does; null for a key that the window has no use for.
+constexpr const CKeyCommand* FindKey(WPARAM nKey, UINT nModifiers) {
+    const auto* const pFound =
+        std::find_if(std::begin(kKeyTable), std::end(kKeyTable),
+                     [=](const auto& entry) { return entry.nKey == nKey && entry.nModifiers == nModifiers; });
+    return pFound == std::end(kKeyTable) ? nullptr : pFound;
+}
