@@ -23,6 +23,9 @@ constexpr auto kAhead = 1s;
 // What is nearer to being played than this is not taken back: the server may be at it before the news reaches
 // it.
 constexpr auto kTooNear = 100ms;
+// The end of the sound that a server does not play: shorter than this, and left over for so long.
+constexpr auto kQuantum = 50ms;
+constexpr auto kRemainsFor = 100ms;
 constexpr auto kTryAgain = 100ms;
 constexpr auto kTryAgainPaused = 1s;
 
@@ -211,6 +214,7 @@ void PulseWaveStream::Send() {
         const auto seek = static_cast<std::int64_t>(std::exchange(m_seek, 0));
         if (pa_stream_write(m_stream, room, bytes, nullptr, -seek, PA_SEEK_RELATIVE) < 0) return LoseStream();
         m_sent += bytes;
+        m_lastSent = PulseLoop::Clock::now();
     }
 }
 
@@ -232,9 +236,12 @@ void PulseWaveStream::OnPosition(int) {
     // Counted back from the end of what was sent, so that no flush and no underrun needs any accounting:
     // still in the stream, and gone from it but not through the sink. When nothing plays, silence has pushed
     // the latter on.
-    const std::uint64_t inStream = NotNegative(info->write_index - info->read_index);
+    std::uint64_t inStream = NotNegative(info->write_index - info->read_index);
     const std::uint64_t latency = (info->sink_usec * m_rate + 999999) / 1000000 * kBytesPerSample;
     const std::uint64_t silence = info->playing != 0 ? 0 : NotNegative(info->since_underrun);
+    // PipeWire's server leaves what is less than its quantum in the stream and waits for more.
+    const bool lasts = silence > Bytes(kRemainsFor) && PulseLoop::Clock::now() - m_lastSent > kRemainsFor;
+    if (lasts && m_sent == m_written && inStream < Bytes(kQuantum)) inStream = 0;
     m_left = m_sent + m_seek - std::min(m_sent + m_seek, inStream);
     m_asOf = PulseLoop::Clock::now();
     const std::uint64_t position = m_left - std::min(m_left, latency - std::min(latency, silence));

@@ -84,5 +84,6 @@ private:
     std::uint64_t m_left = 0;  // has left the stream for the sink, as of the last answer
     std::uint64_t m_seek = 0;  // bytes beyond m_sent that the next write replaces
     PulseLoop::Clock::time_point m_asOf{};
+    PulseLoop::Clock::time_point m_lastSent{};
     std::uint64_t m_heard = 0;  // never decreases
 };

@@ -85,27 +85,79 @@ void PrivateServer::UsePrivateFolders() {
 }
 
 void PrivateServer::ForgetVolumes() {
+    fs::remove_all(Private() / "home/.local");
     for (const fs::directory_entry& entry : fs::directory_iterator(Private() / "config/pulse"))
         if (entry.path().extension() != ".conf") fs::remove_all(entry.path());
 }
 
+bool PrivateServer::IsPipeWire() {
+    const char* sound = std::getenv("TRV_TEST_SOUND");
+    return sound != nullptr && std::strcmp(sound, "pipewire") == 0;
+}
+
 PrivateServer::PrivateServer(Sink sink) {
-    const fs::path& folder = Private();
-    const fs::path script = folder / "server.pa";
+    Private();
+    if (IsPipeWire())
+        StartPipeWire();
+    else
+        StartPulseAudio(sink);
+}
+
+void PrivateServer::StartPulseAudio(Sink sink) {
+    const fs::path script = Private() / "server.pa";
     std::ofstream(script) << "load-module module-native-protocol-unix\n"
                              "load-module module-stream-restore\n"
                              "load-module module-null-sink sink_name=test "
                           << (sink == Sink::kNoRewinds ? "norewinds=1 " : "")
                           << "rate=8000 channels=1 format=s16le\n"
                              "set-default-sink test\n";
-    m_pid = Spawn({"pulseaudio", "-n", "-F", script.string(), "--daemonize=no", "--exit-idle-time=-1",
-                   "--realtime=no", "--high-priority=no", "--log-level=error",
-                   "--log-target=newfile:" + (folder / "server.log").string()},
-                  -1);
+    m_pids.push_back(Spawn({"pulseaudio", "-n", "-F", script.string(), "--daemonize=no",
+                            "--exit-idle-time=-1", "--realtime=no", "--high-priority=no", "--log-level=error",
+                            "--log-target=newfile:" + (Private() / "server.log").string()},
+                           -1));
+    WaitFor("run/pulse/native");
+}
+
+// The clock at the sink's rate, so that nothing is resampled; no devices. In a virtual machine the smallest
+// quantum is 1024 samples unless vm.overrides says otherwise.
+void PrivateServer::StartPipeWire() {
+    const fs::path config = Private() / "config";
+    fs::create_directories(config / "pipewire/pipewire.conf.d");
+    fs::create_directories(config / "wireplumber/main.lua.d");
+    std::ofstream(config / "pipewire/pipewire.conf.d/test.conf")
+        << "context.properties = { default.clock.rate = 8000 default.clock.allowed-rates = [ 8000 ] "
+           "default.clock.min-quantum = 64 default.clock.quantum = 160 "
+           "vm.overrides = { default.clock.min-quantum = 64 } }\n";
+    std::ofstream(config / "wireplumber/main.lua.d/51-test.lua")
+        << "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n";
+    const std::string bus = "unix:path=" + (Private() / "run/bus").string();
+    setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
+    const int log = open((Private() / "server.log").c_str(), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
+    const auto start = [&](const std::vector<std::string>& words) { m_pids.push_back(Spawn(words, log)); };
+    start({"dbus-daemon", "--session", "--nofork", "--address=" + bus});
+    WaitFor("run/bus");
+    start({"pipewire"});
+    WaitFor("run/pipewire-0");
+    start({"wireplumber"});
+    start({"pipewire-pulse"});
+    close(log);
+    WaitFor("run/pulse/native");
+    const auto settle = [](const std::vector<std::string>& words, const std::string& answer) {
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        while (RunProgram(words).out != answer && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(20ms);
+    };
+    Pactl({"load-module", "module-null-sink", "sink_name=test", "rate=8000", "channels=1",
+           "sink_properties=device.description=\"Null Output\""});
+    // Shown only once the session manager has seen it.
+    settle({"sh", "-c", "pactl set-default-sink test && pactl get-default-sink"}, "test\n");
+}
+
+void PrivateServer::WaitFor(const std::string& socket) {
     const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (!Answers(folder / "run/pulse/native")) {
-        if (waitpid(m_pid, nullptr, WNOHANG) == m_pid) {
-            m_pid = -1;
+    while (!Answers(Private() / socket)) {
+        if (waitpid(m_pids.back(), nullptr, WNOHANG) == m_pids.back()) {
+            m_pids.pop_back();
             throw std::runtime_error("the sound server ended at once");
         }
         if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no sound server");
@@ -118,16 +170,15 @@ PrivateServer::~PrivateServer() {
 }
 
 void PrivateServer::Kill() {
-    if (m_pid > 0) End(m_pid, SIGKILL);
-    m_pid = -1;
+    for (; !m_pids.empty(); m_pids.pop_back()) End(m_pids.back(), SIGKILL);
 }
 
 void PrivateServer::Freeze() {
-    kill(m_pid, SIGSTOP);
+    kill(m_pids.back(), SIGSTOP);
 }
 
 void PrivateServer::Thaw() {
-    kill(m_pid, SIGCONT);
+    kill(m_pids.back(), SIGCONT);
 }
 
 std::string Pactl(std::vector<std::string> words) {

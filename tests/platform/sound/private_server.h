@@ -21,6 +21,10 @@ public:
         kRewinds,    // takes back what a pause or a flush leaves unheard, as sound cards do
     };
 
+    // Whether the servers are PipeWire's, with its PulseAudio service, as TRV_TEST_SOUND=pipewire asks for,
+    // and not PulseAudio's own.
+    static bool IsPipeWire();
+
     // The process's private folders alone, without a server.
     static void UsePrivateFolders();
 
@@ -39,7 +43,12 @@ public:
     void Thaw();
 
 private:
-    pid_t m_pid;
+    void StartPulseAudio(Sink sink);
+    void StartPipeWire();
+    // Waits until something listens at the socket.
+    void WaitFor(const std::string& socket);
+
+    std::vector<pid_t> m_pids;  // the one that clients talk to is the last
 };
 
 // What pactl says to these words; throws when it fails.

@@ -16,12 +16,26 @@ std::ptrdiff_t FindIn(const std::vector<std::int16_t>& recording, const std::vec
     return found == recording.end() ? -1 : found - recording.begin();
 }
 
+// What a server plays of sound that ends: PipeWire keeps what is less than its quantum until more comes.
+std::vector<std::int16_t> Played(std::vector<std::int16_t> samples) {
+    if (PrivateServer::IsPipeWire()) samples.resize(samples.size() - kBlockSamples);
+    return samples;
+}
+
 class PulseWave : public PulseSound {
 protected:
+    // Without the mixer's notifications.
+    void Start(PrivateServer::Sink sink = PrivateServer::Sink::kNoRewinds) {
+        PulseSound::Start(sink);
+        mixerClose(m_mixer);
+        m_posted.Take();
+    }
+
     // The blocks from `first` on are in the recording sample for sample, and each was done when it was heard.
     void ExpectDoneWhenHeard(const MonitorRecording& recording, std::size_t first,
                              const std::vector<PostedMessage>& done, const Lateness& lateness) {
-        const std::vector<std::int16_t> wanted = m_blocks.Samples(first, first + done.size());
+        const std::vector<std::int16_t> wanted = Played(m_blocks.Samples(first, first + done.size()));
+        if (wanted.empty()) return;
         const std::ptrdiff_t start = FindIn(recording.Samples(), wanted);
         ASSERT_GE(start, 0) << "not sample for sample, from block " << first;
         std::vector<double> late;
@@ -33,7 +47,9 @@ protected:
         std::sort(late.begin(), late.end());
         std::printf("blocks done after they were heard: %.1f to %.1f ms, threads %.1f ms late\n",
                     late.front(), late.back(), lateness.WorstMs());
-        EXPECT_GE(late.front(), -5);
+        // PipeWire hands a recording over later than it is heard, by a quantum or two of its own and of the
+        // recorder.
+        EXPECT_GE(late.front(), PrivateServer::IsPipeWire() ? -60 : -5);
         EXPECT_LE(late.back(), 40 + 3 * lateness.WorstMs());
     }
 
@@ -97,7 +113,7 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
     std::ptrdiff_t at = 0;
     for (std::size_t i = 0; i < resumed.size(); ++i) {
         const std::size_t counted = i + 1 < resumed.size() ? resumed[i + 1] : 150;
-        at = FindIn(heard, m_blocks.Samples(resumed[i], counted), at);
+        at = FindIn(heard, Played(m_blocks.Samples(resumed[i], counted)), at);
         ASSERT_GE(at, 0) << "something of stretch " << i << " was not heard";
         const std::vector<std::int16_t> rest = m_blocks.Samples(resumed[i], 150);
         const auto end = std::mismatch(heard.begin() + at, heard.end(), rest.begin(), rest.end()).first;
@@ -111,6 +127,7 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
 // A sink that takes back what it has not played yet: its monitor has passed that on already, so the times of
 // the notifications are what there is to look at.
 TEST_F(PulseWave, PositionsFollowASinkThatRewinds) {
+    if (PrivateServer::IsPipeWire()) GTEST_SKIP() << "its sinks take nothing back";
     Start(PrivateServer::Sink::kRewinds);
     const Lateness lateness;
     OpenPaused();
@@ -167,7 +184,7 @@ TEST_F(PulseWave, WhatIsTakenBackIsReplacedWithoutAGap) {
     std::this_thread::sleep_for(100ms);
     const std::vector<std::int16_t> rest = m_blocks.Samples(first, last);
     wanted.insert(wanted.end(), rest.begin(), rest.end());
-    EXPECT_GE(FindIn(recording.Samples(), wanted), 0);
+    EXPECT_GE(FindIn(recording.Samples(), Played(wanted)), 0);
 }
 
 TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
@@ -255,7 +272,7 @@ TEST_F(PulseWave, SoundReturnsByItselfWithTheServer) {
     waveOutRestart(m_handle);
     ASSERT_TRUE(m_posted.WaitFor(40));
     std::this_thread::sleep_for(100ms);
-    EXPECT_GE(FindIn(recording.Samples(), m_blocks.Samples(0, 40)), 0);
+    EXPECT_GE(FindIn(recording.Samples(), Played(m_blocks.Samples(0, 40))), 0);
 }
 
 TEST_F(PulseWave, ASinkThatGoesTakesNoOutputWithIt) {
