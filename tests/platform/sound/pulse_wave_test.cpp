@@ -180,7 +180,7 @@ TEST_F(PulseWave, WhatIsTakenBackIsReplacedWithoutAGap) {
         first = next;
         last = next + 60;
     }
-    Eventually([this] { return m_blocks.Header(239).dwFlags == (WHDR_PREPARED | WHDR_DONE); });
+    ASSERT_TRUE(m_posted.WaitFor(queued));
     std::this_thread::sleep_for(100ms);
     const std::vector<std::int16_t> rest = m_blocks.Samples(first, last);
     wanted.insert(wanted.end(), rest.begin(), rest.end());
