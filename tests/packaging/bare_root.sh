@@ -60,7 +60,7 @@ if [ "${1:-}" = --trial ]; then
     rm -r "$root/tmp/source" "$root/tmp/welcome.trv" "$root/tmp/thumbnail.png"
     pattern='trivelle|trvplayer|trvdump|trvmake'
     left=$(cd "$root" && find . -xdev | grep -E "$pattern" || true)
-    named=$(grep -rIlE "$pattern" "$root"/{etc,usr/share,var/lib} --exclude-dir={apt,dpkg} || true)
+    named=$(grep -rlE "$pattern" "$root"/{etc,usr/share,var/lib} --exclude-dir={apt,dpkg} || true)
     [ -z "$left$named" ] || fail "left after removal: $left $named"
     echo "bare_root: removed, nothing left"
     exit
