@@ -59,7 +59,7 @@ if [ "${1:-}" = --trial ]; then
     apt purge "${names[@]}"
     rm -r "$root/tmp/source" "$root/tmp/welcome.trv" "$root/tmp/thumbnail.png"
     pattern='trivelle|trvplayer|trvdump|trvmake'
-    left=$(cd "$root" && find . -xdev | grep -E "$pattern" || true)
+    left=$(cd "$root" && find . -xdev -path ./dev -prune -o -print | grep -E "$pattern" || true)
     named=$(grep -rlE "$pattern" "$root"/{etc,usr/share,var/lib} --exclude-dir={apt,dpkg} || true)
     [ -z "$left$named" ] || fail "left after removal: $left $named"
     echo "bare_root: removed, nothing left"
