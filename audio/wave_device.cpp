@@ -78,14 +78,14 @@ void CWaveDevice::Close() {
 
 void CWaveDevice::Write(const void* pBlock) {
     const CSingleLock lock(&m_lock);
-    if (!m_bOpen || m_bPaused || m_nQueued == kMaxQueued) return;
+    if (!m_bOpen || m_nQueued == kMaxQueued) return;
     m_bNoMore = FALSE;
     WAVEHDR& header = m_headers[static_cast<std::size_t>(m_nWriteIndex)];
     std::memcpy(header.lpData, pBlock, header.dwBufferLength);
     ++m_nQueued;
-    SendToDriver(m_nWriteIndex);
+    if (!m_bPaused) SendToDriver(m_nWriteIndex);
     m_nWriteIndex = NextIndex(m_nWriteIndex);
-    if (m_nQueued > m_nStartThreshold) StartOutput();
+    if (!m_bPaused && m_nQueued > m_nStartThreshold) StartOutput();
 }
 
 void CWaveDevice::EndOfSound() {

@@ -39,7 +39,8 @@ public:
     // Drops the queue and gives the output back.
     void Close();
 
-    // Queues a copy of one block of samples. Dropped while closed, paused or full. Writer's thread.
+    // Queues a copy of one block of samples; while paused it waits for Resume with the others. Dropped while
+    // closed or full. Writer's thread.
     void Write(const void* pBlock);
     // No more comes for now: what is queued is played however little it is, after a Resume too. The next
     // Write, Flush or Open takes that back. Writer's thread.

@@ -44,9 +44,9 @@ public:
 private:
     void Run(CVideoWnd& video) const {
         std::vector<BYTE> picture(static_cast<std::size_t>(kWidth) * kHeight * 3);
-        for (BYTE shade = 0; !m_end; ++shade) {
-            std::fill(picture.begin(), picture.end(), shade);
-            while (!m_end && !video.QueueFrame(picture.data())) {
+        for (int number = 0; !m_end; ++number) {
+            std::fill(picture.begin(), picture.end(), static_cast<BYTE>(number));
+            while (!m_end && !video.QueueFrame(picture.data(), number)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             }
         }

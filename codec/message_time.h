@@ -11,7 +11,7 @@
 // arithmetic, the same for the player, its index and the tools.
 //
 // Rules. With P the picture period, picture k (from 0) is due at (k + 1) * P. A speech block begins where the
-// one before it ended, but no earlier than (n - kMaxQueuedPictures) * P when n pictures stand before it in
+// one before it ended, but no earlier than (n - kMaxPictureLead) * P when n pictures stand before it in
 // the file: otherwise a queue full of pictures would keep the speech behind them waiting for good. Silence
 // fills the gap. The message lasts until its last block has ended, or, where its last picture is due more
 // than one period after that, until that picture has been shown for its period.
@@ -51,7 +51,7 @@ public:
     // Where a speech block that stood here would begin.
     constexpr int64_t NextSpeechFrame() const {
         if (m_rate == 0) return m_frame;
-        const int64_t earliest = (m_pictures - kMaxQueuedPictures) * PicturePeriodMilliseconds(m_rate);
+        const int64_t earliest = (m_pictures - kMaxPictureLead) * PicturePeriodMilliseconds(m_rate);
         return std::max(m_frame, FramesFromMilliseconds(std::max<int64_t>(earliest, 0)));
     }
     // Frames of silence to play before such a block.
@@ -69,7 +69,8 @@ public:
     constexpr int64_t Length() const {
         if (m_rate == 0 || m_pictures == 0) return m_frame;
         const int64_t period = PicturePeriodMilliseconds(m_rate);
-        const bool outlasts = m_pictures * period > m_frame * kFrameMilliseconds + period;
+        const int64_t allowed = m_frame == 0 ? 0 : m_frame * kFrameMilliseconds + period;
+        const bool outlasts = m_pictures * period > allowed;
         return outlasts ? FramesFromMilliseconds((m_pictures + 1) * period) : m_frame;
     }
 

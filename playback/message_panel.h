@@ -1,10 +1,9 @@
-// The message panel: opens, plays, pauses, stops and closes one message at a time.
+// The message panel: opens, plays, pauses, stops and closes one message at a time, and moves in it.
 #pragma once
 
-#include <gsm/gsm.h>
-
+#include <atomic>
 #include <cstdint>
-#include <cstdio>
+#include <memory>
 
 #include "audio/wave_client.h"
 #include "audio/wave_device.h"
@@ -12,24 +11,24 @@
 #include "controls/position_bar.h"
 #include "controls/waveform_wnd.h"
 #include "platform/framework/afxwin.h"
+#include "playback/message_source.h"
 #include "playback/panel_state.h"
-#include "playback/reader_gate.h"
-#include "playback/reader_thread.h"
 #include "video/video_wnd.h"
 
 // Sent by the message panel to the main window when a message has been played to its end.
 inline constexpr UINT WM_PLAYBACK_ENDED = WM_USER + 201;
 
 // A modeless dialog that lives in the main window's frame and deletes itself when its window is destroyed,
-// a message that plays included. What it shows follows the sound that is heard: elapsed time, position bar
-// and waveform move once per block played.
+// a message that plays included.
 //
-// A message has ended when everything has been read and the sound has run dry. A video message without any
-// sound ends when its last picture has stood for at least its time; when the sound device could not be
-// opened, pictures run but the end of the message is not detected.
+// There is one clock: the position, which counts the sound that has been heard, in frames of 20 ms from the
+// message's start. Elapsed time, position bar, waveform and pictures all follow it. A message has ended when
+// everything has been read and the sound has run dry. When the sound device could not be opened, pictures
+// run at their own rate, the position stands still, and the end of the message is not detected.
 //
-// UI thread only. Play, Pause, Stop and Close report nothing and do nothing when there is nothing to do; the
-// last three take no longer than the reader thread needs for the record in hand.
+// UI thread only. No operation but Open waits for the message's file. Play, Pause, Stop and Close report
+// nothing and do nothing when there is nothing to do. What went wrong meanwhile is told in a message box,
+// once for each message opened; under a box the message may be closed and the panel destroyed.
 class CMessagePanel : public CDialog, public CWaveClient, public CVideoWndClient {
 public:
     // Makes the window, hidden, as a child of pParent. With new: the window owns the object.
@@ -49,6 +48,18 @@ public:
     void Stop();
     void Close();
 
+    // Goes to a frame, limited to those that the message has: the sound goes on from exactly there, and the
+    // picture that is due is shown at once, also while paused. A message that is stopped is paused there.
+    void SeekTo(int nFrame);
+    // The same, from where the message stands.
+    void SeekBy(int nFrames);
+    // Pauses and goes so many pictures on, or back; in a message of speech alone, tenths of a second.
+    void StepPicture(int nPictures);
+    // Frames played; 0 when nothing is open.
+    int GetPosition() const;
+    // Frames that the message has, as far as is known.
+    int GetLength() const;
+
     void ShowVolumeControls(BOOL bShow);
 
     // What the panel shows.
@@ -56,7 +67,8 @@ public:
     void SetViewMode(int nMode);
 
     void OnBlockPlayed() override;
-    // On the renderer's pacing thread.
+    // On the renderer's pacing thread, or the reader's.
+    int GetDuePicture(int nOldest) override;
     void OnFrameShown() override;
 
 protected:
@@ -69,19 +81,39 @@ protected:
     afx_msg void OnDestroy();
     afx_msg void OnTimer(UINT_PTR nIDEvent);
     afx_msg LRESULT OnReaderEnded(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnReaderGoesOn(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnIndexBuilt(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnTraceRead(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnBarDragged(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnBarReleased(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnBarDragCancelled(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnBarMoveBy(WPARAM wParam, LPARAM lParam);
 
 private:
-    BOOL ReadHeader();
-    BOOL StartReader(BOOL bSound);
-    BOOL HasRoom() const;
+    std::shared_ptr<MessageSource> ReadHeader(std::FILE* pFile);
+    BOOL StartReader();
+    BOOL HasMessage() const { return m_pSource != nullptr; }
+
     // Goes on to the next state and does what that asks for. After an End the main window may have done
     // anything: nothing of the panel is touched afterwards.
     void Handle(PanelEvent event);
     void Start();
+    void StartPictures();
     void Hold();
     void Rewind();
+    void Move();
+    void End();
     void Release();
+    void DropQueued();
+    int PictureToShow(int nFrame) const;
+
+    int64_t Frame() const { return m_nSamplesPlayed.load() / kSpeechFrameSamples; }
     void ShowElapsed();
+    void ShowWaiting();
+    // One box for each message opened: the panel may be gone afterwards.
+    void ReportFault(UINT nTextID);
+    void ReportFault(const CString& strText);
+    BOOL HasRoom(CReaderGate::Need need) const { return m_pSource->outputs.HaveRoom(need); }
 
     CPositionBar m_positionBar;
     CStatic m_pictureFrame;  // parent of waveform, wave device and renderer
@@ -91,19 +123,19 @@ private:
     CStatic m_current;
     CWaveformWnd* m_pWaveform = nullptr;
     CWaveDevice* m_pWaveDevice = nullptr;
-    gsm m_hSpeech = nullptr;  // while a message is open
     CVideoWnd* m_pVideo = nullptr;
     int m_nViewMode = -1;
-    std::FILE* m_pFile = nullptr;  // the open message
-    BYTE m_nVideoRate = 0;
-    DWORD m_nFrameCount = 0;
-    int m_nMinutes = 0;  // time heard
-    float m_fSeconds = 0.0F;
-    CString m_strElapsed;
+    std::shared_ptr<MessageSource> m_pSource;  // the open message
     PanelState m_state = PanelState::NoMessage;
-    BOOL m_bLastShown = FALSE;  // a message without sound: its last picture has been seen to be shown
-    MessageReader m_reader;     // the reader thread's while it is in a record
-    CReaderGate m_gate;
-    ReaderParams m_readerParams;
-    CWinThread* m_pReaderThread = nullptr;  // while a message is open
+    // The position. Within, it is kept in samples of the message: one block played need not be one frame.
+    std::atomic<int64_t> m_nSamplesPlayed = 0;
+    int m_nSeekFrame = 0;         // what Move goes to
+    BOOL m_bDragging = FALSE;     // the bar's head is held
+    BOOL m_bDragResumes = FALSE;  // the message plays on once it is let go
+    int m_nDragFrom = 0;
+    CString m_strElapsed;
+    MessageEnd m_end = MessageEnd::None;  // why there is no more to read
+    int m_nBlocksSinceEnd = 0;
+    BOOL m_bWaiting = FALSE;  // the elapsed text says that the file is waited for
+    BOOL m_bFaultTold = FALSE;
 };

@@ -1,23 +1,57 @@
 #include "playback/reader_gate.h"
 
-void CReaderGate::LeaveRecord(BOOL bEnd) {
-    {
-        const std::scoped_lock lock(m_mutex);
-        m_bInRecord = FALSE;
-        if (bEnd) m_bRunning = FALSE;
-    }
-    m_recordDone.notify_one();
+#include <atomic>
+
+namespace {
+
+std::atomic<unsigned> g_nLastMove = 0;
+
+}  // namespace
+
+CReaderGate::Turn CReaderGate::AwaitRun() {
+    std::unique_lock lock(m_mutex);
+    SetActivity(Activity::Waiting);
+    m_readerWakes.wait(lock, [this] { return m_bRunning || TurnNow() != Turn::GoOn; });
+    return TurnNow();
 }
 
-void CReaderGate::Reset() {
+SeekPlan CReaderGate::TakeMove(unsigned& nMove) {
+    const std::scoped_lock lock(m_mutex);
+    m_nMoveTaken = m_nMove;
+    nMove = m_nMove;
+    return m_plan;
+}
+
+CReaderGate::Turn CReaderGate::BeginReading() {
+    return Begin(Activity::Reading);
+}
+
+CReaderGate::Turn CReaderGate::BeginWork() {
+    return Begin(Activity::Working);
+}
+
+CReaderGate::Turn CReaderGate::Begin(Activity activity) {
+    const std::scoped_lock lock(m_mutex);
+    SetActivity(TurnNow() == Turn::GoOn ? activity : Activity::Waiting);
+    return TurnNow();
+}
+
+CReaderGate::Turn CReaderGate::Rest(std::chrono::milliseconds time) {
+    std::unique_lock lock(m_mutex);
+    SetActivity(Activity::Waiting);
+    m_readerWakes.wait_for(lock, time, [this] { return TurnNow() != Turn::GoOn; });
+    return TurnNow();
+}
+
+void CReaderGate::SetActivity(Activity activity) {
+    if (m_activity == Activity::Working) m_workDone.notify_one();
+    m_activity = activity;
+    if (activity == Activity::Reading) m_readSince = Clock::now();
+}
+
+void CReaderGate::Hold() {
     const std::scoped_lock lock(m_mutex);
     m_bRunning = FALSE;
-    m_bEnding = FALSE;
-}
-
-BOOL CReaderGate::IsRunning() {
-    const std::scoped_lock lock(m_mutex);
-    return m_bRunning;
 }
 
 void CReaderGate::Run() {
@@ -28,17 +62,30 @@ void CReaderGate::Run() {
     m_readerWakes.notify_one();
 }
 
-void CReaderGate::Halt() {
-    std::unique_lock lock(m_mutex);
-    m_bRunning = FALSE;
-    m_recordDone.wait(lock, [this] { return !m_bInRecord; });
+void CReaderGate::Move(const SeekPlan& plan, BOOL bRun) {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_plan = plan;
+        m_nMove = ++g_nLastMove;
+        m_bRunning = bRun;
+    }
+    m_readerWakes.notify_one();
+}
+
+unsigned CReaderGate::GetMove() {
+    const std::scoped_lock lock(m_mutex);
+    return m_nMove;
 }
 
 void CReaderGate::End() {
-    Halt();
-    {
-        const std::scoped_lock lock(m_mutex);
-        m_bEnding = TRUE;
-    }
+    std::unique_lock lock(m_mutex);
+    m_bEnding = TRUE;
     m_readerWakes.notify_one();
+    m_workDone.wait(lock, [this] { return m_activity != Activity::Working; });
+}
+
+std::chrono::milliseconds CReaderGate::ReadingFor() {
+    const std::scoped_lock lock(m_mutex);
+    if (m_activity != Activity::Reading) return std::chrono::milliseconds(0);
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_readSince);
 }

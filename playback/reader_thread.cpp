@@ -1,68 +1,235 @@
 #include "playback/reader_thread.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <array>
+#include <span>
 #include <vector>
 
+#include "audio/wave_device.h"
+#include "codec/picture_geometry.h"
 #include "codec/speech_frame.h"
 #include "codec/vdec.h"
+#include "controls/waveform_wnd.h"
+#include "video/video_wnd.h"
 
 namespace {
 
-class RecordPlayer {
-public:
-    explicit RecordPlayer(const ReaderParams& params) : m_params(params), m_picture(kPictureBytes) {}
+using Turn = CReaderGate::Turn;
+using Need = CReaderGate::Need;
+using Clock = std::chrono::steady_clock;
 
-    // Reads one record and hands on what it holds. FALSE at the end of the message.
-    BOOL PlayNext() {
-        const MessageRecord record = m_params.pReader->Read(*m_params.ppFile);
-        switch (record.kind) {
-            case MessageRecordKind::Speech:
-                PlaySpeech(record.body.data());
-                break;
-            case MessageRecordKind::Video:
-                // In a message of speech alone the decoder is not ready and the renderer hidden: the picture
-                // is skipped like the rest.
-                if (vdec_decode(record.body.data(), record.body.size(), m_picture.data()))
-                    m_params.pVideo->QueueFrame(m_picture.data());
-                break;
-            case MessageRecordKind::Skipped:
-                break;
-            case MessageRecordKind::End:
-                m_params.pWaveDevice->EndOfSound();
-                return FALSE;
+// Stray bytes are looked through in pieces of this size, and nine times as long as a piece took is rested.
+constexpr int kStrayPiece = 1 << 16;
+constexpr int kStrayRest = 9;
+
+constexpr float kLevelScale = 1.0F / 32768.0F;
+constexpr float kSilentLevel = 1.0F;
+
+class CReader {
+public:
+    explicit CReader(MessageSource& source) : m_source(source), m_picture(kPictureBytes) {}
+
+    void Run() {
+        for (;;) {
+            Turn turn = m_source.gate.AwaitRun();
+            if (turn == Turn::GoOn) turn = PlayNext();
+            if (turn == Turn::End) return;
+            if (turn == Turn::Move) TakeMove();
         }
-        return TRUE;
     }
 
 private:
-    void PlaySpeech(const uint8_t* pBlock) {
-        constexpr float kLevelScale = 1.0F / 32768.0F;
-        for (int i = 0; i < kFramesPerSpeechBlock; ++i, pBlock += kSpeechFrameBytes) {
-            DecodeSpeechFrame(m_params.hSpeech, pBlock, m_samples.data());
-            // The level goes first: the block may be heard before this thread goes on.
-            if (m_params.pWaveform != nullptr)
-                m_params.pWaveform->QueueValue(static_cast<float>(m_samples[0]) * kLevelScale + 1.0F);
-            m_params.pWaveDevice->Write(m_samples.data());
-        }
+    void TakeMove() {
+        m_plan = m_source.gate.TakeMove(m_nMove);
+        m_clock = m_plan.clock;
+        m_nNextFrame = m_plan.nTarget;
+        m_bSeek = TRUE;
+        m_bShowNext = m_plan.bShowFirst;
+        m_nTrace = 0;
+        m_end = MessageEnd::None;
     }
 
-    const ReaderParams& m_params;
-    std::array<int16_t, kSpeechFrameSamples> m_samples = {};
+    // Reads one record and hands on what it holds.
+    Turn PlayNext() {
+        const Clock::time_point from = Clock::now();
+        if (const Turn turn = m_source.gate.BeginReading(); turn != Turn::GoOn) return turn;
+        if (m_end != MessageEnd::None && !HasGrown()) return PassEnd();
+        const BOOL bGoesOn = m_end != MessageEnd::None;
+        const MessageRecord record = ReadRecord();
+        if (const Turn turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
+        if (bGoesOn && record.kind != MessageRecordKind::End) {
+            if (const Turn turn = PassGoingOn(); turn != Turn::GoOn) return turn;
+        }
+        switch (record.kind) {
+            case MessageRecordKind::Speech:
+                return PlaySpeech(record.body.data());
+            case MessageRecordKind::Video:
+                return PlayPicture(record.body);
+            case MessageRecordKind::Skipped:
+                return m_source.gate.Rest(std::chrono::duration_cast<std::chrono::milliseconds>(
+                    kStrayRest * (Clock::now() - from)));
+            case MessageRecordKind::End:
+                m_end = record.end;
+                return PlayEnd();
+        }
+        return Turn::GoOn;
+    }
+
+    // A record, the end, or so many bytes that are none.
+    MessageRecord ReadRecord() {
+        if (m_bSeek) m_records.Seek(m_source.pFile, m_plan.nOffset);
+        m_bSeek = FALSE;
+        MessageRecord record;
+        int nStray = 0;
+        do record = m_records.Read(m_source.pFile);
+        while (record.kind == MessageRecordKind::Skipped && ++nStray < kStrayPiece);
+        return record;
+    }
+
+    Turn PlaySpeech(const uint8_t* pBlock) {
+        int64_t nFrame = m_clock.NextSpeechFrame();
+        m_clock.AddSpeechBlock();
+        if (const Turn turn = FillTo(nFrame); turn != Turn::GoOn) return turn;
+        if (const Turn turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
+        if (m_plan.bNewDecoder) RenewDecoder();
+
+        int nHeard = 0;
+        for (int i = 0; i < kFramesPerSpeechBlock; ++i, ++nFrame, pBlock += kSpeechFrameBytes) {
+            if (nFrame < m_plan.nDecodeFrom) continue;
+            int16_t* pSamples = m_samples.data() + nHeard * kSpeechFrameSamples;
+            DecodeSpeechFrame(m_source.hSpeech, pBlock, pSamples);
+            const float fLevel = static_cast<float>(pSamples[0]) * kLevelScale + 1.0F;
+            if (nFrame >= m_nNextFrame) {
+                m_levels[static_cast<size_t>(nHeard++)] = fLevel;
+            } else if (nFrame >= m_plan.nTraceFrom && m_nTrace < m_trace.size()) {
+                m_trace[m_nTrace++] = fLevel;
+            }
+        }
+        return nHeard == 0 ? Turn::GoOn : PassBlocks(m_samples.data(), nHeard);
+    }
+
+    Turn PlayPicture(std::span<const uint8_t> body) {
+        const int64_t nNumber = m_clock.Pictures();
+        m_clock.AddPicture();
+        // In a message of speech alone the decoder is not ready and the renderer hidden: the picture is
+        // skipped like the rest.
+        const BOOL bPicture = nNumber >= m_plan.nFirstPicture &&
+                              vdec_decode(body.data(), body.size(), m_picture.data()) != FALSE;
+        if (const Turn turn = FillTo(m_clock.NextSpeechFrame()); turn != Turn::GoOn) return turn;
+        if (!bPicture) return Turn::GoOn;
+        const Turn turn = Pass({.nPictures = 1}, [this, nNumber] {
+            m_source.outputs.pVideo->QueueFrame(m_picture.data(), static_cast<int>(nNumber));
+        });
+        if (turn != Turn::GoOn || !m_bShowNext) return turn;
+        if (const Turn work = m_source.gate.BeginWork(); work != Turn::GoOn) return work;
+        m_bShowNext = FALSE;
+        m_source.outputs.pVideo->ShowNextFrame();
+        return Turn::GoOn;
+    }
+
+    // Silence up to a frame.
+    Turn FillTo(int64_t nFrame) {
+        while (m_nNextFrame < nFrame) {
+            m_levels.fill(kSilentLevel);
+            const int nBlocks =
+                static_cast<int>(std::min<int64_t>(nFrame - m_nNextFrame, kFramesPerSpeechBlock));
+            if (const Turn turn = PassBlocks(nullptr, nBlocks); turn != Turn::GoOn) return turn;
+        }
+        return Turn::GoOn;
+    }
+
+    // pSamples: of so many blocks; null stands for silence.
+    Turn PassBlocks(const int16_t* pSamples, int nBlocks) {
+        m_nNextFrame += nBlocks;
+        return Pass({.nBlocks = nBlocks}, [this, pSamples, nBlocks] {
+            MessageOutputs& outputs = m_source.outputs;
+            if (m_nTrace != 0) PassTrace();
+            if (!outputs.bSound) outputs.noSound.Take(nBlocks, Clock::now());
+            for (int i = 0; i < nBlocks; ++i) {
+                // The level goes first: the block may be heard before this thread goes on.
+                if (outputs.pWaveform != nullptr)
+                    outputs.pWaveform->QueueValue(m_levels[static_cast<size_t>(i)]);
+                outputs.pWaveDevice->Write(pSamples == nullptr ? m_silence.data()
+                                                               : pSamples + i * kSpeechFrameSamples);
+            }
+        });
+    }
+
+    // Before the first block, so that the levels are drawn before one is heard.
+    void PassTrace() {
+        std::copy_n(m_trace.begin(), m_nTrace, m_source.trace.begin());
+        m_source.nTrace = static_cast<int>(m_nTrace);
+        m_nTrace = 0;
+        PostMessage(m_source.outputs.hPanel, WM_TRACE_READ, m_nMove, 0);
+    }
+
+    Turn PlayEnd() {
+        if (const Turn turn = FillTo(m_clock.Length()); turn != Turn::GoOn) return turn;
+        return PassEnd();
+    }
+
+    Turn PassEnd() {
+        return Pass({}, [this] {
+            m_source.outputs.pWaveDevice->EndOfSound();
+            m_source.gate.StopRunning();
+            PostMessage(m_source.outputs.hPanel, WM_READER_ENDED, m_nMove, static_cast<LPARAM>(m_end));
+        });
+    }
+
+    Turn PassGoingOn() {
+        m_end = MessageEnd::None;
+        return Pass({}, [this] { PostMessage(m_source.outputs.hPanel, WM_READER_GOES_ON, m_nMove, 0); });
+    }
+
+    template <class HandOver>
+    Turn Pass(Need need, HandOver handOver) {
+        MessageOutputs& outputs = m_source.outputs;
+        return m_source.gate.Pass(
+            need, !outputs.bSound, [&outputs](Need n) { return outputs.HaveRoom(n); }, handOver);
+    }
+
+    // Whether there may be something behind the end that was met; the stream then goes back to it.
+    BOOL HasGrown() {
+        struct stat info = {};
+        const int nDescriptor = fileno(m_source.pFile);
+        if (nDescriptor < 0 || fstat(nDescriptor, &info) != 0 || info.st_size <= m_nSizeAtEnd) return FALSE;
+        m_nSizeAtEnd = info.st_size;
+        return m_records.Resume(m_source.pFile);
+    }
+
+    void RenewDecoder() {
+        m_plan.bNewDecoder = false;
+        gsm hNew = gsm_create();
+        if (hNew == nullptr) return;
+        gsm_destroy(m_source.hSpeech);
+        m_source.hSpeech = hNew;
+    }
+
+    MessageSource& m_source;
+    MessageReader m_records;
+    SeekPlan m_plan;
+    unsigned m_nMove = 0;
+    MessageClock m_clock;      // all records read
+    int64_t m_nNextFrame = 0;  // the next block handed over sounds in this frame
+    int64_t m_nSizeAtEnd = 0;  // of the file, when it was last looked whether that has grown
+    BOOL m_bSeek = FALSE;      // the stream has still to go to the plan's offset
+    BOOL m_bShowNext = FALSE;  // the next picture is shown at once
+    MessageEnd m_end = MessageEnd::None;
+    std::array<int16_t, kSpeechFrameSamples* kFramesPerSpeechBlock> m_samples = {};
+    std::array<int16_t, kSpeechFrameSamples> m_silence = {};
+    std::array<float, kFramesPerSpeechBlock> m_levels = {};
+    MessageTrace m_trace = {};  // levels before the target, to be handed over with its first block
+    size_t m_nTrace = 0;
     std::vector<uint8_t> m_picture;
 };
 
 }  // namespace
 
 UINT ReaderThreadProc(LPVOID pParams) {
-    const ReaderParams& params = *static_cast<const ReaderParams*>(pParams);
-    const auto hasRoom = [&params] {
-        return HasRoomForRecord(params.pVideo->GetQueuedCount(), params.pWaveDevice->GetQueuedCount());
-    };
-    RecordPlayer player(params);
-    while (params.pGate->EnterRecord(hasRoom)) {
-        const BOOL bMore = player.PlayNext();
-        params.pGate->LeaveRecord(!bMore);
-        if (!bMore) params.pPanel->PostMessage(WM_READER_ENDED);
-    }
+    const std::unique_ptr<std::shared_ptr<MessageSource>> pSource(
+        static_cast<std::shared_ptr<MessageSource>*>(pParams));
+    CReader(**pSource).Run();
     return 0;
 }

@@ -1,39 +1,27 @@
 // The reader thread: reads a message's records in file order and turns them into sound and pictures.
 #pragma once
 
-#include <gsm/gsm.h>
+#include <memory>
 
-#include <cstdio>
-
-#include "audio/wave_device.h"
-#include "codec/message_reader.h"
-#include "codec/queue_limits.h"
-#include "controls/waveform_wnd.h"
 #include "platform/framework/afxmt.h"
-#include "playback/reader_gate.h"
-#include "video/video_wnd.h"
+#include "platform/framework/afxwin.h"
+#include "playback/message_source.h"
 
-// Posted by the reader thread to the message panel when it has met the end of the message. It only asks the
-// panel to look at how things stand, so one that comes late does no harm.
+// Posted by the reader thread to the message panel. wParam: the number of the gate's Move that the reader was
+// following; it tells what comes late.
+
+// Everything has been read and handed over. lParam: the MessageEnd.
 inline constexpr UINT WM_READER_ENDED = WM_USER + 202;
+// There was more after all, because the file has grown.
+inline constexpr UINT WM_READER_GOES_ON = WM_USER + 203;
 
-static_assert(CWaveDevice::kBlocks == kSoundBlockSlots);
+// The source's trace holds the levels before the place that was sought.
+inline constexpr UINT WM_TRACE_READ = WM_USER + 205;
 
-// What the panel hands to the thread; it outlives the thread. The thread uses everything but pGate and the
-// queues' counts only while the gate lets it.
-struct ReaderParams {
-    CWnd* pPanel = nullptr;             // gets WM_READER_ENDED
-    CWaveformWnd* pWaveform = nullptr;  // null: no level values are wanted
-    CWaveDevice* pWaveDevice = nullptr;
-    gsm hSpeech = nullptr;  // decoder state of this message
-    CVideoWnd* pVideo = nullptr;
-    std::FILE** ppFile = nullptr;      // the panel's stream
-    MessageReader* pReader = nullptr;  // at the stream's position
-    CReaderGate* pGate = nullptr;
-};
-
-// The thread's procedure; takes its ReaderParams and gives 0. It reads ahead as far as the queues allow, and
-// what plays them sets the pace. At the end of the message it tells the device, clears the run flag and posts
-// WM_READER_ENDED; when the flag is set again it reads on from where the message then stands. It ends through
+// The thread's procedure; takes a std::shared_ptr<MessageSource> made with new, which it deletes, and returns
+// 0. Records are read as far ahead as the queues allow, and what plays them sets the pace; without a sound
+// device that is real time. Stretches without speech are filled with silence, so that the sound device's
+// clock runs through them too. At the end of the message the reader tells the device, stops running and posts
+// WM_READER_ENDED; when it is run again it looks whether the file has grown. It ends through
 // CReaderGate::End. Its buffers are made once, when it starts.
 UINT ReaderThreadProc(LPVOID pParams);

@@ -36,6 +36,10 @@
 #define IDS_CANNOT_OPEN_FILE 11
 #define IDS_REGISTRY_KEY 12
 #define IDS_POSITION_OF 13
+#define IDS_WAITING_FOR_FILE 20
+#define IDS_NO_PICTURES 21
+#define IDS_END_UNREADABLE 22
+#define IDS_END_DAMAGED 23
 
 // Controls of the main window
 #define IDC_PLAY_PAUSE 1000

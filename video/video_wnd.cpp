@@ -12,6 +12,12 @@ std::size_t BitmapRowBytes(int width) {
     return (static_cast<std::size_t>(width) * kBytesPerPixel + 3U) & ~std::size_t{3};
 }
 
+// What is left of the period in which a moment falls; the moment counts from a tick, and may lie before it.
+int MsToNextTick(std::chrono::steady_clock::duration sinceTick, int periodMs) {
+    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(sinceTick).count();
+    return static_cast<int>(ms < 0 ? -ms : periodMs - ms % periodMs);
+}
+
 }  // namespace
 
 CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nHeight, int nFramesPerSecond,
@@ -26,8 +32,8 @@ CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nH
       m_params{&m_bRunning, this} {
     m_slots.resize(static_cast<std::size_t>(nCapacity));
     // Not set to zero: a message of speech alone never touches these four megabytes.
-    for (auto& slot : m_slots)
-        slot = std::make_unique_for_overwrite<BYTE[]>(static_cast<std::size_t>(m_nPictureBytes));
+    for (Slot& slot : m_slots)
+        slot.pixels = std::make_unique_for_overwrite<BYTE[]>(static_cast<std::size_t>(m_nPictureBytes));
 
     // The black ground is what Clear leaves, and what shows before the first picture.
     const CBrush black(RGB(0, 0, 0));
@@ -63,6 +69,8 @@ void CVideoWnd::CreateFrameBitmap() {
         m_dcFrame.SelectObject(m_pBitmap.get());
     }
 
+    m_bDrops = m_pDisplayBits == nullptr;
+
     // A child without border: the outer rectangle of this client size is the same.
     MoveWindow(CRect(0, 0, m_nWidth, m_nHeight));
     CenterWindow();
@@ -73,28 +81,39 @@ void CVideoWnd::SetFrameRate(int nFramesPerSecond) {
     m_nFramesPerSecond = nFramesPerSecond;
 }
 
-BOOL CVideoWnd::QueueFrame(const BYTE* pPicture) {
+BOOL CVideoWnd::QueueFrame(const BYTE* pPicture, int nNumber) {
+    if (m_bDrops) return TRUE;
     if (m_nCount.load(std::memory_order_acquire) == m_nCapacity - 1) return FALSE;
-    std::memcpy(m_slots[static_cast<std::size_t>(m_nWrite)].get(), pPicture,
-                static_cast<std::size_t>(m_nPictureBytes));
+    Slot& slot = m_slots[static_cast<std::size_t>(m_nWrite)];
+    std::memcpy(slot.pixels.get(), pPicture, static_cast<std::size_t>(m_nPictureBytes));
+    slot.number = nNumber;
     m_nWrite = (m_nWrite + 1) % m_nCapacity;
     // Only now may the pacing thread see the picture.
     m_nCount.fetch_add(1, std::memory_order_acq_rel);
     return TRUE;
 }
 
-void CVideoWnd::Play() {
-    if (m_bRunning.load() != 0) return;
+BOOL CVideoWnd::Play() {
+    if (m_bRunning.load() != 0) return TRUE;
     m_bRunning = 1;
     m_evTick.ResetEvent();
-    m_pThread = AfxBeginThread(PacingThreadProc, &m_params, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
-    if (m_pThread != nullptr) {
-        m_pThread->m_bAutoDelete = FALSE;  // Pause waits for its end
-        m_pThread->ResumeThread();
-    }
+    const BOOL bPaced = StartPacing();
+    m_bDrops = !bPaced || m_pDisplayBits == nullptr;
+    if (!bPaced) Pause();
+    return bPaced;
+}
+
+BOOL CVideoWnd::StartPacing() {
     timeBeginPeriod(kTimerResolutionMs);
-    m_nTimer = timeSetEvent(static_cast<UINT>(1000 / m_nFramesPerSecond), kTimerResolutionMs, TimerProc,
-                            reinterpret_cast<DWORD_PTR>(this), TIME_PERIODIC);
+    const int nDelay = m_nNextTickMs < 0 ? PeriodMs() : m_nNextTickMs;
+    m_firstTick = std::chrono::steady_clock::now() + std::chrono::milliseconds(nDelay);
+    m_pThread = AfxBeginThread(PacingThreadProc, &m_params, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    if (m_pThread == nullptr) return FALSE;
+    m_pThread->m_bAutoDelete = FALSE;  // Pause waits for its end
+    if (m_pThread->ResumeThread() == kThreadNotStarted) return FALSE;
+    m_nTimer = timeSetEventAfter(static_cast<UINT>(nDelay), static_cast<UINT>(PeriodMs()), kTimerResolutionMs,
+                                 TimerProc, reinterpret_cast<DWORD_PTR>(this), TIME_PERIODIC);
+    return m_nTimer != 0;
 }
 
 void CVideoWnd::Pause() {
@@ -103,6 +122,7 @@ void CVideoWnd::Pause() {
     timeKillEvent(m_nTimer);
     m_nTimer = 0;
     timeEndPeriod(kTimerResolutionMs);
+    m_nNextTickMs = MsToNextTick(std::chrono::steady_clock::now() - m_firstTick, PeriodMs());
     if (m_pThread == nullptr) return;
     // A pulse would be lost on a thread that has seen the flag set but does not wait yet; a set event stays.
     m_evTick.SetEvent();
@@ -113,9 +133,12 @@ void CVideoWnd::Pause() {
 
 void CVideoWnd::Stop() {
     Pause();
+    m_nNextTickMs = -1;
+    const CSingleLock lock(&m_showLock);
     m_nRead = 0;
     m_nWrite = 0;
     m_nCount = 0;
+    m_nLastShown = -1;
 }
 
 void CVideoWnd::Clear() {
@@ -125,27 +148,47 @@ void CVideoWnd::Clear() {
 }
 
 void CVideoWnd::ShowNextFrame() {
-    if (m_nCount.load(std::memory_order_acquire) == 0) return;
-    if (m_pDisplayBits != nullptr) {
-        const BYTE* row = m_slots[static_cast<std::size_t>(m_nRead)].get();
-        const std::size_t rowBytes = static_cast<std::size_t>(m_nWidth) * kBytesPerPixel;
-        const std::size_t bitmapRowBytes = BitmapRowBytes(m_nWidth);
-        for (int y = 0; y < m_nHeight; ++y) {
-            std::memcpy(m_pDisplayBits + static_cast<std::size_t>(y) * bitmapRowBytes, row, rowBytes);
-            row += rowBytes;
-        }
-    }
-    m_nRead = (m_nRead + 1) % m_nCapacity;
-    // Only now may the producer write the slot again.
-    m_nCount.fetch_sub(1, std::memory_order_acq_rel);
-    if (m_pDisplayBits == nullptr) return;
-
+    int nNumber = 0;
     {
-        CClientDC dc(this);
-        m_dcFrame.SetMapMode(dc.GetMapMode());
-        dc.BitBlt(0, 0, m_nWidth, m_nHeight, &m_dcFrame, 0, 0, SRCCOPY);
+        const CSingleLock lock(&m_showLock);
+        if (m_bDrops || m_nCount.load(std::memory_order_acquire) == 0) return;
+        nNumber = m_slots[static_cast<std::size_t>(m_nRead)].number;
     }
-    if (m_pClient != nullptr) m_pClient->OnFrameShown();
+    if (m_pClient != nullptr) nNumber = m_pClient->GetDuePicture(nNumber);
+    if (ShowUpTo(nNumber) && m_pClient != nullptr) m_pClient->OnFrameShown();
+}
+
+// Shows the newest waiting picture up to a number. The queue may have changed since it was looked at.
+BOOL CVideoWnd::ShowUpTo(int nNumber) {
+    const CSingleLock lock(&m_showLock);
+    const auto slot = [this](int nAhead) -> const Slot& {
+        return m_slots[static_cast<std::size_t>((m_nRead + nAhead) % m_nCapacity)];
+    };
+    while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= nNumber) RemoveOldest();
+    if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > nNumber) return FALSE;
+    CopyToBitmap(slot(0).pixels.get());
+    m_nLastShown = slot(0).number;
+    RemoveOldest();
+
+    CClientDC dc(this);
+    m_dcFrame.SetMapMode(dc.GetMapMode());
+    dc.BitBlt(0, 0, m_nWidth, m_nHeight, &m_dcFrame, 0, 0, SRCCOPY);
+    return TRUE;
+}
+
+// The producer may write the slot again from here on.
+void CVideoWnd::RemoveOldest() {
+    m_nRead = (m_nRead + 1) % m_nCapacity;
+    m_nCount.fetch_sub(1, std::memory_order_acq_rel);
+}
+
+void CVideoWnd::CopyToBitmap(const BYTE* pPicture) {
+    const std::size_t rowBytes = static_cast<std::size_t>(m_nWidth) * kBytesPerPixel;
+    const std::size_t bitmapRowBytes = BitmapRowBytes(m_nWidth);
+    for (int y = 0; y < m_nHeight; ++y) {
+        std::memcpy(m_pDisplayBits + static_cast<std::size_t>(y) * bitmapRowBytes, pPicture, rowBytes);
+        pPicture += rowBytes;
+    }
 }
 
 void CVideoWnd::TimerProc(UINT, UINT, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR) {

@@ -2,29 +2,39 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <vector>
 
 #include "platform/framework/afxwin.h"
 #include "platform/framework/mmtimer.h"
 
-// Told about the pictures of a CVideoWnd.
+// Asked and told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame,
+// with no lock held. Neither call may wait for the UI thread, which may be waiting in Pause or Stop for it to
+// return.
 class CVideoWndClient {
 public:
     virtual ~CVideoWndClient() = default;
-    // After each picture shown, on the pacing thread, which holds no lock. It must not wait for the UI
-    // thread, which may be waiting in Pause or Stop for this call to return.
+    // Before each showing: the number of the last picture that may be shown now. nOldest is the one of the
+    // oldest waiting picture; anything below it shows nothing.
+    virtual int GetDuePicture(int nOldest) { return nOldest; }
+    // After each picture shown.
     virtual void OnFrameShown() {}
 };
 
 // Pictures are width x height pixels of 3 bytes in the order B, G, R, rows without gaps, the bottom row
-// first. One other thread (the producer) queues them; a pacing thread of the window's own takes one per tick
-// of a periodic timer and draws it without waiting for the UI thread. A tick that finds the queue empty
-// leaves the last picture; a tick that comes while a picture is being drawn is lost. The first picture is
-// shown one period after Play.
+// first. One other thread (the producer) queues them, numbered upwards; a pacing thread of the window's own
+// looks at the queue once per tick of a periodic timer and draws at most one, without waiting for the UI
+// thread: the last one that the client calls due. Those before it are late and dropped. Without a client
+// each tick shows the oldest. A tick that finds nothing to show leaves the last picture; a tick that comes
+// while a picture is being drawn is lost. From the start the first tick comes one period after Play; after a
+// Pause, Play waits for what was left of the period.
 //
-// Unless it says otherwise, an operation belongs to the UI thread. None reports an error but QueueFrame.
-// Apart from the constructor nothing allocates per picture.
+// Where the pictures have no bitmap, or nothing could be started to pace them, they are dropped as they come,
+// so that the producer never waits for them.
+//
+// Unless it says otherwise, an operation belongs to the UI thread. Apart from the constructor nothing
+// allocates per picture.
 class CVideoWnd : public CWnd {
 public:
     // Makes the window, black, as a visible child of pParent and centred in it, and room for nCapacity - 1
@@ -38,22 +48,29 @@ public:
     // Pictures per second, 1 or more. Takes effect at the next Play; ignored while playing.
     void SetFrameRate(int nFramesPerSecond);
     // Copies the picture into the queue. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
-    BOOL QueueFrame(const BYTE* pPicture);
+    BOOL QueueFrame(const BYTE* pPicture, int nNumber);
     // Pictures that wait. Any thread.
-    int GetQueuedCount() const { return m_nCount.load(std::memory_order_acquire); }
+    int GetQueuedCount() const { return m_bDrops ? 0 : m_nCount.load(std::memory_order_acquire); }
+    // The number of the picture shown last; -1 after the start and after a Stop. Any thread.
+    int GetLastShown() const { return m_nLastShown; }
 
-    // Starts showing the queue. Does nothing while playing.
-    void Play();
-    // Stops showing; what waits stays queued. Returns when the pacing thread has ended, so nothing is drawn
+    // Whether there is a bitmap to show pictures in.
+    BOOL HasBitmap() const { return m_pDisplayBits != nullptr; }
+
+    // Starts showing the queue. FALSE, and stopped, when the system has no timer or no thread left. Does
+    // nothing while playing.
+    BOOL Play();
+    // Stops showing; what waits stays queued. Returns when the pacing thread has ended, so no tick draws
     // afterwards.
     void Pause();
     // Pauses and drops what waits. The producer must not be queueing.
     void Stop();
     // Makes the window black.
     void Clear();
+    // While paused: the first tick of the next Play comes after so many milliseconds, one period at most.
+    void SetNextTick(int nMilliseconds) { m_nNextTickMs = nMilliseconds; }
 
-    // Shows the oldest waiting picture, if there is one. The pacing thread calls it; others only while
-    // paused.
+    // What a tick does. Any thread.
     void ShowNextFrame();
 
 private:
@@ -63,6 +80,11 @@ private:
     };
 
     void CreateFrameBitmap();
+    int PeriodMs() const { return 1000 / m_nFramesPerSecond; }
+    BOOL StartPacing();
+    BOOL ShowUpTo(int nNumber);
+    void RemoveOldest();
+    void CopyToBitmap(const BYTE* pPicture);
     static void TimerProc(UINT nTimerId, UINT nMessage, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR);
     static UINT PacingThreadProc(LPVOID pParams);
 
@@ -74,16 +96,25 @@ private:
     int m_nHeight;
     int m_nFramesPerSecond;
     int m_nPictureBytes;
-    std::vector<std::unique_ptr<BYTE[]>> m_slots;
+    struct Slot {
+        std::unique_ptr<BYTE[]> pixels;
+        int number = 0;
+    };
+    std::vector<Slot> m_slots;
     int m_nCapacity;
-    int m_nRead = 0;   // moved by the pacing thread alone
+    CCriticalSection m_showLock;  // one showing at a time: guards m_nRead and the bitmap
+    int m_nRead = 0;
     int m_nWrite = 0;  // moved by the producer alone
     std::atomic<int> m_nCount = 0;
-    BYTE* m_pDisplayBits = nullptr;  // the bitmap's pixels; null when it could not be made
+    std::atomic<int> m_nLastShown = -1;
+    std::atomic<BOOL> m_bDrops = FALSE;  // pictures cannot be shown
+    BYTE* m_pDisplayBits = nullptr;      // the bitmap's pixels; null when it could not be made
     std::unique_ptr<CBitmap> m_pBitmap;
     BITMAPINFOHEADER m_bmih = {};
     CDC m_dcFrame;  // has the bitmap selected, so that showing a picture makes no context
     PacingParams m_params;
     CWinThread* m_pThread = nullptr;  // while playing
     MMTIMERID m_nTimer = 0;           // while playing
+    int m_nNextTickMs = -1;           // from Play to its first tick; -1: a period
+    std::chrono::steady_clock::time_point m_firstTick;
 };

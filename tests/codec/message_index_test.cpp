@@ -39,9 +39,10 @@ TEST(MessageTime, SpeechWaitsForPicturesAndLastPicturesAreShown) {
         {"last due one period after the sound", 5, "vvvss", 20, 20},
         {"two more", 5, "vvvs", 10, 40},
         {"pictures alone", 3, "vv", 0, 50},
-        {"a queue full", 5, "vvvvvvvvvvvvvvvvvvvs", 10, 200},
-        {"one more holds the speech back", 5, "vvvvvvvvvvvvvvvvvvvvs", 20, 210},
-        {"and so does each that follows", 1, "vvvvvvvvvvvvvvvvvvvvvsvs", 160, 1150},
+        {"one picture alone", 5, "v", 0, 20},
+        {"as far ahead as may be", 5, "vvvvvvvvvvvvvvvvs", 10, 170},
+        {"one more holds the speech back", 5, "vvvvvvvvvvvvvvvvvs", 20, 180},
+        {"and so does each that follows", 1, "vvvvvvvvvvvvvvvvvvvvvsvs", 310, 1150},
     };
     for (const auto& c : cases) {
         MessageClock clock(c.rate);

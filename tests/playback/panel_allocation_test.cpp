@@ -21,8 +21,8 @@ TEST_F(PanelAllocation, ReadingAndPacingAllocateNothingPerRecord) {
         WaitForReader();
         const size_t before = m_sound->BlocksWritten();
         const long allocations = allocation_probe::OnOtherThreads();
-        HeadlessToolkit::PumpFor(450);
         EXPECT_TRUE(Hear(150));
+        HeadlessToolkit::PumpFor(450);
         WaitForReader();
         EXPECT_EQ(allocation_probe::OnOtherThreads(), allocations);
         EXPECT_GT(m_sound->BlocksWritten(), before);

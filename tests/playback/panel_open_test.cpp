@@ -67,7 +67,6 @@ TEST_F(PanelOpen, RefusesWhatIsNoMessageAndClosesTheOneBefore) {
     paths.push_back(m_folder.Path("pipe without a writer"));
     ASSERT_EQ(mkfifo(paths.back().c_str(), 0600), 0);
 
-    const int threads = watch::ThreadCount();
     for (const std::string& path : paths) {
         SCOPED_TRACE(path);
         ASSERT_TRUE(Open(MessageBuilder(3, 500).Picture().Speech(50), "good.trv"));
@@ -75,7 +74,7 @@ TEST_F(PanelOpen, RefusesWhatIsNoMessageAndClosesTheOneBefore) {
         ASSERT_TRUE(Hear(5));
         EXPECT_FALSE(Panel().Open(path));
         ExpectNoMessage();
-        EXPECT_TRUE(ThreadsAre(threads)) << "a reader or a pacing thread is left";
+        EXPECT_TRUE(NoThreadIsLeft()) << "a reader or a pacing thread is left";
         // Nothing is open, so these do nothing.
         Panel().Play();
         Panel().Pause();

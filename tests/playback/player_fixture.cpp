@@ -19,7 +19,10 @@ LRESULT TestMainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     return CDialog::WindowProc(message, wParam, lParam);
 }
 
+int PlayerTest::s_ownThreads = 0;
+
 void PlayerTest::SetUp() {
+    if (s_ownThreads == 0) s_ownThreads = watch::ThreadCount();
     m_main = std::make_unique<TestMainWindow>();
     m_app.m_pMainWnd = m_main.get();
     ASSERT_NE(m_main->panel->m_hWnd, nullptr);

@@ -51,13 +51,16 @@ protected:
     void WaitForReader();
     // Waits until the reader has queued sound, without letting any message through.
     bool WaitForSound();
-    // The system may list a thread a little longer than it runs.
-    static bool ThreadsAre(int count) {
-        return watch::Eventually([=] { return watch::ThreadCount() == count; }, std::chrono::seconds(5));
+    // Whether no thread of the player is left. The system may list one a little longer than it runs.
+    bool NoThreadIsLeft() const {
+        return watch::Eventually([] { return watch::ThreadCount() == s_ownThreads; }, std::chrono::seconds(5));
     }
 
     HeadlessToolkit m_toolkit;
     TestFolder m_folder;
     CWinApp m_app;
     std::unique_ptr<TestMainWindow> m_main;
+
+private:
+    static int s_ownThreads;  // of the test itself
 };

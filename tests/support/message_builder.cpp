@@ -53,12 +53,13 @@ MessageBuilder& MessageBuilder::CutBy(size_t bytes) {
     return *this;
 }
 
-std::vector<int16_t> MessageBuilder::Samples(int plays) const {
+std::vector<int16_t> MessageBuilder::Samples(int plays, int firstFrame) const {
     std::vector<int16_t> samples;
     int16_t frame[kSpeechFrameSamples];
     gsm decoder = gsm_create();
     for (int play = 0; play < plays; ++play) {
-        for (size_t at = 0; at < m_frames.size(); at += kSpeechFrameBytes) {
+        for (size_t at = static_cast<size_t>(firstFrame) * kSpeechFrameBytes; at < m_frames.size();
+             at += kSpeechFrameBytes) {
             DecodeSpeechFrame(decoder, m_frames.data() + at, frame);
             samples.insert(samples.end(), std::begin(frame), std::end(frame));
         }

@@ -22,8 +22,8 @@ public:
     MessageBuilder& CutBy(size_t bytes);
 
     const std::vector<uint8_t>& Data() const { return m_data; }
-    // What the speech decodes to when the message is played so many times with one decoder.
-    std::vector<int16_t> Samples(int plays = 1) const;
+    // What the speech decodes to from a frame on, when it is played so many times with one decoder.
+    std::vector<int16_t> Samples(int plays = 1, int firstFrame = 0) const;
     int FrameCount() const { return static_cast<int>(m_frames.size() / 33); }
 
     void Write(const std::filesystem::path& path) const;

@@ -9,12 +9,25 @@
 #include "tests/support/ui_test.h"
 #include "tests/support/watch.h"
 
+// timeSetEventAfter as the renderer calls it comes here first (the linker's --wrap).
+MMTIMERID TimerItself(UINT, UINT, UINT, TIMECALLBACK, DWORD_PTR,
+                      UINT) __asm__("__real__Z17timeSetEventAfterjjjPFvjjmmmEmj");
+MMTIMERID TimerOrNone(UINT, UINT, UINT, TIMECALLBACK, DWORD_PTR,
+                      UINT) __asm__("__wrap__Z17timeSetEventAfterjjjPFvjjmmmEmj");
+
+namespace {
+bool g_noTimer = false;
+}
+
+MMTIMERID TimerOrNone(UINT delay, UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user,
+                      UINT flags) {
+    return g_noTimer ? 0 : TimerItself(delay, period, resolution, callback, user, flags);
+}
+
 namespace {
 
 using namespace std::chrono_literals;
-using ui_test::IsScribbled;
 using ui_test::PixelOf;
-using ui_test::Scribble;
 using watch::Clock;
 
 constexpr COLORREF kBlack = RGB(0, 0, 0);
@@ -36,9 +49,10 @@ Picture MakePicture(int number) {
     return picture;
 }
 
-// Notes when each picture was shown.
-class Times : public CVideoWndClient {
+// Notes when each picture was shown; says which one is due.
+class Client : public CVideoWndClient {
 public:
+    int GetDuePicture(int oldest) override { return m_due < 0 ? oldest : m_due; }
     void OnFrameShown() override {
         const auto now = Clock::now();
         {
@@ -47,14 +61,15 @@ public:
         }
         if (m_times.size() == 1) std::this_thread::sleep_for(m_firstTakes);
     }
-    std::vector<Clock::time_point> Get() {
+    std::vector<Clock::time_point> Times() {
         const std::scoped_lock lock(m_mutex);
         return m_times;
     }
     bool WaitFor(std::size_t count, std::chrono::milliseconds timeout = 20s) {
-        return watch::Eventually([&] { return Get().size() >= count; }, timeout);
+        return watch::Eventually([&] { return Times().size() >= count; }, timeout);
     }
     std::chrono::milliseconds m_firstTakes{0};
+    int m_due = -1;  // below 0: always the oldest
 
 private:
     std::mutex m_mutex;
@@ -63,21 +78,18 @@ private:
 
 class VideoWnd : public testing::Test {
 protected:
-    void QueueNumbers(CVideoWnd& video, int from, int to) {
-        for (int i = from; i <= to; ++i) ASSERT_TRUE(video.QueueFrame(MakePicture(i).data())) << i;
+    static void Queue(CVideoWnd& video, int from, int to) {
+        for (int i = from; i <= to; ++i) ASSERT_TRUE(video.QueueFrame(MakePicture(i).data(), i)) << i;
     }
     ui_test::HostDialog m_host{IDD_PLAYER_DIALOG};
-    Times m_times;
+    Client m_client;
 };
 
 TEST_F(VideoWnd, IsBlackAndCentredUntilTheFirstPicture) {
     CVideoWnd video(&m_host, nullptr, kWidth, kHeight, 5, 20);
     video.UpdateWindow();
-    EXPECT_EQ(PixelOf(video, 0, 0), kBlack);
     video.ShowNextFrame();
     EXPECT_EQ(PixelOf(video, 3, 3), kBlack);
-    EXPECT_EQ(video.GetQueuedCount(), 0);
-
     CRect area;
     m_host.GetClientRect(area);
     CPoint origin;
@@ -93,7 +105,7 @@ TEST_F(VideoWnd, TheFirstRowIsTheBottomLineAtEveryWidth) {
         std::vector<BYTE> picture(static_cast<std::size_t>(width) * height * 3);
         for (std::size_t i = 0; i < picture.size(); ++i) picture[i] = static_cast<BYTE>(i * 7 + 1);
         CVideoWnd video(&m_host, nullptr, width, height, 5, 20);
-        ASSERT_TRUE(video.QueueFrame(picture.data()));
+        ASSERT_TRUE(video.QueueFrame(picture.data(), 0));
         video.ShowNextFrame();
         for (int row = 0; row < height; ++row) {
             for (int x = 0; x < width; ++x) {
@@ -105,80 +117,62 @@ TEST_F(VideoWnd, TheFirstRowIsTheBottomLineAtEveryWidth) {
     }
 }
 
-TEST_F(VideoWnd, QueueHoldsOneLessThanItsSlotsAndKeepsOrder) {
+TEST_F(VideoWnd, QueueHoldsOneLessThanItsSlotsAndStopEmptiesIt) {
     CVideoWnd video(&m_host, nullptr, kWidth, kHeight, 5, 20);
-    QueueNumbers(video, 1, 19);
-    EXPECT_FALSE(video.QueueFrame(MakePicture(20).data()));
-    EXPECT_EQ(video.GetQueuedCount(), 19);
+    Queue(video, 1, 19);
+    EXPECT_FALSE(video.QueueFrame(MakePicture(20).data(), 20));
     video.ShowNextFrame();
     EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(1));
-    QueueNumbers(video, 20, 20);
-    EXPECT_FALSE(video.QueueFrame(MakePicture(21).data()));
-    for (int i = 2; i <= 20; ++i) {
-        video.ShowNextFrame();
-        ASSERT_EQ(PixelOf(video, kWidth - 1, kHeight - 1), ColorOf(i));
-        ASSERT_EQ(video.GetQueuedCount(), 20 - i);
-    }
-    video.ShowNextFrame();
-    EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(20)) << "an empty queue leaves the last picture";
-    EXPECT_EQ(video.GetQueuedCount(), 0);
-}
+    Queue(video, 20, 20);
+    EXPECT_FALSE(video.QueueFrame(MakePicture(21).data(), 21));
+    for (int i = 2; i <= 10; ++i) video.ShowNextFrame();
+    EXPECT_EQ(PixelOf(video, kWidth - 1, kHeight - 1), ColorOf(10));
+    EXPECT_EQ(video.GetLastShown(), 10);
+    EXPECT_EQ(video.GetQueuedCount(), 10);
 
-TEST_F(VideoWnd, StopDropsWhatWaitsAndClearIsBlackForGood) {
-    CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 100, 20);
-    QueueNumbers(video, 1, 19);
-    video.Play();
-    ASSERT_TRUE(m_times.WaitFor(3));
     video.Stop();
-    const std::size_t shown = m_times.Get().size();
-    EXPECT_EQ(video.GetQueuedCount(), 0);
     video.Clear();
+    EXPECT_EQ(video.GetQueuedCount(), 0);
+    Queue(video, 50, 50);
     EXPECT_EQ(PixelOf(video, 0, 0), kBlack);
-    std::this_thread::sleep_for(50ms);
-    ui_test::Pump();
-    EXPECT_EQ(PixelOf(video, 0, 0), kBlack);
-    EXPECT_EQ(m_times.Get().size(), shown);
-
-    QueueNumbers(video, 50, 50);
-    video.Play();
-    ASSERT_TRUE(m_times.WaitFor(shown + 1));
-    video.Pause();
-    EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(50)) << "the queue starts afresh";
+    for (int i = 0; i < 2; ++i) {
+        video.ShowNextFrame();
+        EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(50)) << "an empty queue leaves the last picture";
+    }
 }
 
-TEST_F(VideoWnd, PauseKeepsWhatWaits) {
-    CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 100, 20);
-    video.Pause();
-    QueueNumbers(video, 1, 10);
-    video.Play();
-    ASSERT_TRUE(m_times.WaitFor(2));
-    video.Pause();
-    const auto shown = static_cast<int>(m_times.Get().size());
-    EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(shown));
-    EXPECT_EQ(video.GetQueuedCount(), 10 - shown);
-    std::this_thread::sleep_for(50ms);
-    EXPECT_EQ(video.GetQueuedCount(), 10 - shown);
-    video.Play();
-    ASSERT_TRUE(m_times.WaitFor(10));
-    video.Pause();
-    EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(10));
+TEST_F(VideoWnd, ShowsTheNewestPictureThatIsDueAndDropsThoseBeforeIt) {
+    CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 5, 20);
+    Queue(video, 3, 10);
+    Queue(video, 14, 16);  // numbers may leave gaps
+    const struct {
+        int due, shown, left;
+    } steps[] = {{2, -1, 11}, {3, 3, 10}, {3, 3, 10}, {7, 7, 6}, {13, 10, 3}, {20, 16, 0}, {21, 16, 0}};
+    for (const auto& step : steps) {
+        m_client.m_due = step.due;
+        video.ShowNextFrame();
+        EXPECT_EQ(video.GetLastShown(), step.shown) << step.due;
+        EXPECT_EQ(video.GetQueuedCount(), step.left) << step.due;
+        EXPECT_EQ(PixelOf(video, 0, 0), step.shown < 0 ? kBlack : ColorOf(step.shown));
+    }
 }
 
 TEST_F(VideoWnd, EachRateHasItsPeriodAndTheFirstPictureComesOnePeriodAfterPlay) {
     const std::array<std::chrono::milliseconds, 5> periods = {1000ms, 500ms, 333ms, 250ms, 200ms};
-    std::array<Times, 5> times;
+    std::array<Client, 5> clients;
     std::array<std::unique_ptr<CVideoWnd>, 5> videos;
     std::array<Clock::time_point, 5> starts;
     for (std::size_t i = 0; i < 5; ++i) {
-        videos[i] = std::make_unique<CVideoWnd>(&m_host, &times[i], kWidth, kHeight, 9, 20);
+        videos[i] = std::make_unique<CVideoWnd>(&m_host, &clients[i], kWidth, kHeight, 9, 20);
         videos[i]->SetFrameRate(static_cast<int>(i) + 1);
-        QueueNumbers(*videos[i], 1, 3);
+        Queue(*videos[i], 1, 3);
         starts[i] = Clock::now();
         videos[i]->Play();
+        videos[i]->SetFrameRate(50);  // ignored while playing
     }
     for (std::size_t i = 0; i < 5; ++i) {
-        ASSERT_TRUE(times[i].WaitFor(2)) << "rate " << i + 1;
-        const auto shown = times[i].Get();
+        ASSERT_TRUE(clients[i].WaitFor(2)) << "rate " << i + 1;
+        const auto shown = clients[i].Times();
         for (std::size_t k = 0; k < 2; ++k) {
             const auto due = starts[i] + (k + 1) * periods[i];
             EXPECT_GE(shown[k], due - 1ms) << "rate " << i + 1 << ", picture " << k + 1;
@@ -187,48 +181,59 @@ TEST_F(VideoWnd, EachRateHasItsPeriodAndTheFirstPictureComesOnePeriodAfterPlay) 
     }
 }
 
+// Twelve pauses within four periods: what is played counts, not how often it was interrupted.
+TEST_F(VideoWnd, APauseKeepsThePhase) {
+    CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 2, 20);
+    Queue(video, 1, 10);
+    auto played = Clock::duration::zero();
+    for (int i = 0; i < 12; ++i) {
+        const auto from = Clock::now();
+        video.Play();
+        std::this_thread::sleep_for(180ms);
+        video.Pause();
+        played += Clock::now() - from;
+        std::this_thread::sleep_for(30ms);
+        EXPECT_NEAR(static_cast<double>(m_client.Times().size()), watch::Ms(played) / 500 - 0.5, 0.6) << i;
+    }
+    video.SetNextTick(5);
+    const std::size_t before = m_client.Times().size();
+    video.Play();
+    EXPECT_TRUE(m_client.WaitFor(before + 1, 400ms));
+}
+
 TEST_F(VideoWnd, ATickDuringADrawingIsLostAndNeverMadeUp) {
-    CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 5, 20);
-    m_times.m_firstTakes = 500ms;  // from the tick at 200 ms past those at 400 and 600
-    QueueNumbers(video, 1, 10);
+    CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 5, 20);
+    m_client.m_firstTakes = 500ms;  // from the tick at 200 ms past those at 400 and 600
+    Queue(video, 1, 10);
     const auto start = Clock::now();
     video.Play();
-    ASSERT_TRUE(m_times.WaitFor(3));
+    ASSERT_TRUE(m_client.WaitFor(3));
     video.Pause();
-    const auto shown = m_times.Get();
+    const auto shown = m_client.Times();
     EXPECT_GE(shown[1] - start, 799ms);
     EXPECT_GE(shown[2] - start, 999ms);
     EXPECT_LT(shown[2] - start, 1500ms);
 }
 
-TEST_F(VideoWnd, TheRateChangesOnlyWhileStopped) {
-    CVideoWnd video(&m_host, &m_times, kWidth, kHeight, 50, 20);
-    QueueNumbers(video, 1, 19);
-    video.Play();
-    video.SetFrameRate(1);
-    video.Pause();
-    const std::size_t before = m_times.Get().size();
-    video.Play();
-    EXPECT_TRUE(m_times.WaitFor(before + 2, 1900ms)) << "not remembered from the playing before";
-    video.Pause();
-    const std::size_t fast = m_times.Get().size();
-    video.SetFrameRate(2);
-    const auto start = Clock::now();
-    video.Play();
-    ASSERT_TRUE(m_times.WaitFor(fast + 1));
-    EXPECT_GE(m_times.Get()[fast] - start, 499ms);
-}
-
-TEST_F(VideoWnd, PicturesThatHaveNoBitmapAreDropped) {
-    // A picture without any area cannot have one.
-    CVideoWnd video(&m_host, &m_times, 0, kHeight, 100, 3);
-    const BYTE nothing = 0;
-    ASSERT_TRUE(video.QueueFrame(&nothing));
-    ASSERT_TRUE(video.QueueFrame(&nothing));
-    EXPECT_FALSE(video.QueueFrame(&nothing));
-    video.ShowNextFrame();
-    EXPECT_EQ(video.GetQueuedCount(), 1);
-    EXPECT_TRUE(m_times.Get().empty());
+TEST_F(VideoWnd, PicturesThatCannotBeShownNeverFillTheQueue) {
+    // A picture without any area has no bitmap.
+    CVideoWnd empty(&m_host, &m_client, 0, kHeight, 100, 3);
+    EXPECT_FALSE(empty.HasBitmap());
+    CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 100, 3);
+    const int requests = timeGetPeriodRequests();
+    g_noTimer = true;
+    EXPECT_FALSE(video.Play());
+    g_noTimer = false;
+    EXPECT_EQ(timeGetPeriodRequests(), requests);
+    for (CVideoWnd* dropping : {&empty, &video}) {
+        for (int i = 0; i < 9; ++i) EXPECT_TRUE(dropping->QueueFrame(MakePicture(i).data(), i));
+        EXPECT_EQ(dropping->GetQueuedCount(), 0);
+        dropping->ShowNextFrame();
+    }
+    EXPECT_TRUE(m_client.Times().empty());
+    EXPECT_TRUE(video.Play()) << "tried again";
+    Queue(video, 1, 1);
+    EXPECT_TRUE(m_client.WaitFor(1));
 }
 
 }  // namespace

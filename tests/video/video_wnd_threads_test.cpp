@@ -87,7 +87,7 @@ private:
             for (bool queued = false; !queued && !m_end;) {
                 {
                     const std::scoped_lock lock(m_mutex);
-                    queued = m_video.QueueFrame(picture.data()) != FALSE;
+                    queued = m_video.QueueFrame(picture.data(), number) != FALSE;
                 }
                 if (!queued) std::this_thread::sleep_for(200us);
             }
