@@ -17,7 +17,7 @@ public:
     // BM_GETCHECK and BM_SETCHECK of a check box.
     int GetCheck() const { return static_cast<int>(SendMessage(BM_GETCHECK)); }
     void SetCheck(int check) { SendMessage(BM_SETCHECK, static_cast<WPARAM>(check)); }
-    // Paints an owner-drawn button. Difference from the original: the context is a CDC, not a handle.
+    // Paints an owner-drawn button. Difference from the framework: the context is a CDC, not a handle.
     virtual void DrawItem(DRAWITEMSTRUCT*) {}
 
 protected:
@@ -32,7 +32,7 @@ public:
     int GetPos() const { return static_cast<int>(SendMessage(TBM_GETPOS)); }
 };
 
-// A tool tip for one window. Difference from the original: one tool (id 1), whose messages the layer relays
+// A tool tip for one window. Difference from the framework: one tool (id 1), whose messages the layer relays
 // by itself once RelayEvent is called for them.
 class CToolTipCtrl {
 public:

@@ -1,8 +1,8 @@
 // Device contexts, bitmaps, pens and brushes in the framework's shape.
 //
-// The drawing rules are the original's: a line leaves out its end point, rectangles leave out right and
+// The drawing rules are the framework's: a line leaves out its end point, rectangles leave out right and
 // bottom, copies combine by copy or OR, nothing is smoothed. Logical units are pixels; the origin is the
-// only transformation. Differences from the original: clip regions are rectangles, pens are one pixel wide,
+// only transformation. Differences from the framework: clip regions are rectangles, pens are one pixel wide,
 // a context owns nothing that is selected into it, and drawing on a window goes to its retained picture, so
 // it is allowed on any thread and never waits for the UI thread.
 #pragma once
@@ -48,10 +48,10 @@ static_assert(sizeof(BITMAPINFOHEADER) == 40);
 // A bitmap's pixels; owned by the CBitmap it is attached to.
 using HBITMAP = Surface*;
 
-// Makes a bottom-up 24-bit off-screen image and gives its pixel memory (rows of width * 3 bytes padded to
+// Creates a bottom-up 24-bit off-screen image and returns its pixel memory (rows of width * 3 bytes padded to
 // four, first row at the bottom), which lives as long as the bitmap. Null, and *bits null, when the header
 // asks for anything else (top-down, other depths, compression, no area, more than 64 MiB). Any thread.
-// Difference from the original: no context, file mapping or offset is taken.
+// Difference from the framework: no context, file mapping or offset is taken.
 HBITMAP CreateDIBSection(const BITMAPINFOHEADER* header, UINT usage, void** bits);
 
 class CGdiObject {
@@ -106,12 +106,12 @@ public:
     CDC(const CDC&) = delete;
     CDC& operator=(const CDC&) = delete;
 
-    // Makes this a memory context with a one-pixel bitmap selected, as the original does; FALSE when it has a
-    // target already. The context given does not matter: every context has the same format.
+    // Turns this into a memory context with a one-pixel bitmap selected, as the framework does; FALSE when it
+    // has a target already. The context given does not matter: every context has the same format.
     BOOL CreateCompatibleDC(CDC* dc);
     BOOL DeleteDC();
 
-    // Selecting gives back what was selected before; the object must live while it is selected. A bitmap goes
+    // Selecting returns what was selected before; the object must live while it is selected. A bitmap goes
     // into memory contexts only, else null and nothing changes.
     CPen* SelectObject(CPen* pen);
     CBrush* SelectObject(CBrush* brush);
@@ -122,7 +122,7 @@ public:
     int GetMapMode() const { return m_mapMode; }
     // Only MM_TEXT; any other mode ends the program with a message.
     int SetMapMode(int mode);
-    // The logical point that falls on the target's first pixel; gives the one before.
+    // The logical point that falls on the target's first pixel; returns the one before.
     CPoint SetWindowOrg(int x, int y);
     void LPtoDP(RECT* rect) const;
     void DPtoLP(RECT* rect) const;
@@ -143,11 +143,11 @@ public:
     // Draws the icon in its own size. FALSE for no icon.
     BOOL DrawIcon(int x, int y, HICON icon);
     // flags: DST_ICON, with DSS_DISABLED for the embossed grey look (highlight colour one pixel right and
-    // down of the shadow colour); FALSE for any other. Differences from the original: the size is taken but
+    // down of the shadow colour); FALSE for any other. Differences from the framework: the size is taken but
     // the icon keeps its own, and no brush is asked for.
     BOOL DrawState(POINT at, SIZE size, HICON icon, UINT flags);
-    // One line of text in the dialogs' face, cut to the rectangle. Difference from the original: format takes
-    // the SS_… type and SS_CENTERIMAGE. UI thread.
+    // One line of text in the dialogs' face, cut to the rectangle. Difference from the framework: format
+    // takes the SS_… type and SS_CENTERIMAGE. UI thread.
     void DrawText(const std::string& text, const RECT& rect, DWORD format, COLORREF color);
 
 protected:

@@ -10,7 +10,7 @@ inline constexpr UINT IMAGE_ICON = 1;
 inline constexpr UINT IMAGE_CURSOR = 2;
 
 // Loads an icon (32 x 32) or a cursor from the program's resources; null when there is none. The caller
-// releases it with DestroyIcon or DestroyCursor. UI thread. Difference from the original: module, size and
+// releases it with DestroyIcon or DestroyCursor. UI thread. Difference from the framework: module, size and
 // flags are not asked for, as there is one of each.
 HICON LoadImage(UINT id, UINT type);
 BOOL DestroyIcon(HICON icon);
@@ -29,9 +29,7 @@ BOOL DeleteObject(HBITMAP bitmap);
 
 // The image behind a handle, null for an unknown one. Owned by the handle.
 const Image* IconImage(HICON icon);
-// Icons and cursors, and bitmaps handed out by GetIconInfo, that are not released yet.
-int LiveIconCount();
 
-// Makes it the cursor over the window that is handling WM_SETCURSOR; gives the one before. Difference from
-// the original: it is that window's until the window sets another, wherever the pointer is.
+// Makes it the cursor over the window that is handling WM_SETCURSOR; returns the one before. Difference from
+// the framework: it is that window's until the window sets another, wherever the pointer is.
 HCURSOR SetCursor(HCURSOR cursor);

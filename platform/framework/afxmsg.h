@@ -9,8 +9,8 @@
 #include "platform/framework/winuser.h"
 
 class CWnd;
-// The bar that a scroll message names. Difference from the original: any window, as the message may come from
-// a trackbar.
+// The bar that a scroll message names. Difference from the framework: any window, as the message may come
+// from a trackbar.
 using CScrollBar = CWnd;
 // Files dropped on a window; valid while WM_DROPFILES is handled.
 using HDROP = const struct DroppedFiles*;

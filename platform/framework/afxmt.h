@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #include "platform/framework/wintypes.h"
 
@@ -18,11 +19,10 @@ inline constexpr int THREAD_PRIORITY_NORMAL = 0;
 inline constexpr DWORD CREATE_SUSPENDED = 0x00000004U;
 inline constexpr DWORD kThreadNotStarted = 0xFFFFFFFFU;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
-inline constexpr DWORD WAIT_TIMEOUT = 258;
 
 // A worker thread. With m_bAutoDelete (the default) it deletes itself when its procedure has returned;
 // whoever wants to wait for its end creates it suspended, clears m_bAutoDelete, resumes it, waits on
-// m_hThread and deletes it. Deleting a thread that was told not to delete itself waits for its end.
+// m_hThread and deletes it. Deleting a thread that does not delete itself waits for its end.
 class CWinThread {
 public:
     virtual ~CWinThread();
@@ -36,52 +36,40 @@ public:
     HANDLE m_hThread = this;
     BOOL m_bAutoDelete = TRUE;
 
-protected:
-    CWinThread();
-
 private:
     friend CWinThread* AfxBeginThread(AFX_THREADPROC, LPVOID, int, UINT, DWORD);
     friend DWORD WaitForSingleObject(HANDLE, DWORD);
-    struct State;
-    State* m_state;
+    CWinThread(AFX_THREADPROC proc, LPVOID param) : m_proc(proc), m_param(param) {}
+    AFX_THREADPROC m_proc;
+    LPVOID m_param;
+    std::thread m_thread;
 };
 
-// Starts a worker thread. Difference from the original: any other priority or stack size than the defaults
+// Starts a worker thread. Difference from the framework: any other priority or stack size than the defaults
 // (normal, 0) ends the program with a message. Null when the system has no thread left.
 CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID param, int priority = THREAD_PRIORITY_NORMAL,
                            UINT stackSize = 0, DWORD createFlags = 0);
 
-// Waits for a thread's end: WAIT_OBJECT_0, or WAIT_TIMEOUT after so many milliseconds. Any thread but itself.
+// Waits for the end of a thread that does not delete itself; INFINITE is the only time. One waiter at a time,
+// any thread but itself.
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
-void Sleep(DWORD milliseconds);
-
-// Base of the objects that a thread can wait for.
-class CSyncObject {
+// An auto-reset event: a signal lets one wait through. Any thread.
+class CEvent {
 public:
-    virtual ~CSyncObject() = default;
-    // Waits until the object is signalled: TRUE, or FALSE after so many milliseconds. Any thread.
-    virtual BOOL Lock(DWORD timeout = INFINITE) = 0;
-};
-
-// An event, auto-reset (one wait is let through per signal) or manual-reset. Any thread.
-class CEvent : public CSyncObject {
-public:
-    explicit CEvent(BOOL initiallyOwn = FALSE, BOOL manualReset = FALSE);
     BOOL SetEvent();
     BOOL ResetEvent();
-    // Lets through who is waiting now (auto-reset: one of them) and leaves the event unsignalled. Unlike the
-    // original's, it cannot miss a thread that is inside Lock.
+    // Lets one thread through that is waiting now, and leaves nothing behind when none is. Unlike the
+    // framework's, it cannot miss a thread that is inside Lock.
     BOOL PulseEvent();
-    BOOL Lock(DWORD timeout = INFINITE) override;
+    // INFINITE is the only time.
+    BOOL Lock(DWORD timeout = INFINITE);
 
 private:
     std::mutex m_mutex;
     std::condition_variable m_condition;
-    bool m_signalled;
-    const bool m_manualReset;
+    bool m_signalled = false;
     unsigned m_waiting = 0;
-    unsigned m_released = 0;  // waiters that a pulse has let through and that have not left yet
 };
 
 // A lock for short sections.

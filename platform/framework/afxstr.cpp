@@ -35,10 +35,6 @@ CString CString::Right(int n) const {
     return CString(m_text.substr(m_text.size() - static_cast<std::size_t>(count)));
 }
 
-CString CString::Left(int n) const {
-    return CString(m_text.substr(0, static_cast<std::size_t>(std::clamp(n, 0, GetLength()))));
-}
-
 CString CString::Mid(int first) const {
     return CString(m_text.substr(static_cast<std::size_t>(std::clamp(first, 0, GetLength()))));
 }
@@ -71,6 +67,6 @@ void CString::Format(UINT nFormatID, ...) {
 #pragma GCC diagnostic pop
 
 BOOL CString::LoadString(UINT nID) {
-    m_text = resources::LoadString(nID).value_or(std::string());
+    m_text = resources::LoadString(nID);
     return m_text.empty() ? FALSE : TRUE;
 }

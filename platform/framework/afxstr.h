@@ -1,6 +1,6 @@
 // CString: the framework's string class over UTF-8 text.
 //
-// Differences from the original: one build of it (char), no buffer access, Format takes the printf formats
+// Differences from the framework: one build of it (char), no buffer access, Format takes the printf formats
 // of the C library. Positions and lengths count bytes.
 #pragma once
 
@@ -30,7 +30,6 @@ public:
     int ReverseFind(char c) const;
     // The last n characters, or all of them when there are fewer.
     CString Right(int n) const;
-    CString Left(int n) const;
     // From position first to the end.
     CString Mid(int first) const;
     // ASCII letters only.

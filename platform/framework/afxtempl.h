@@ -1,6 +1,6 @@
 // CArray: the framework's growable array.
 //
-// Differences from the original: RemoveAt and RemoveAll keep the storage, so that a queue that has once
+// Differences from the framework: RemoveAt and RemoveAll keep the storage, so that a queue that has once
 // reached its size allocates no more; Reserve is an addition.
 #pragma once
 

@@ -13,9 +13,9 @@
 class AccessibleValue;
 class CDataExchange;
 
-// Registers a window class and gives its name: how the windows made with it erase (background: null for not
+// Registers a window class and returns its name: how its windows erase (background: null for not
 // at all) and whether they repaint when their size changes. The name lives until the program ends.
-// Differences from the original: the class cursor is always the arrow, a class has no icon.
+// Differences from the framework: the class cursor is always the arrow, a class has no icon.
 LPCTSTR AfxRegisterWndClass(UINT classStyle, const CBrush* background = nullptr);
 
 class CWnd {
@@ -32,8 +32,9 @@ public:
     static CWnd* FromHandle(HWND hWnd);
 
     // Creates a window of a registered class; FALSE without a parent. The rectangle is the outer one, in the
-    // parent's client coordinates. Only WS_CHILD windows are made this way (dialogs make the others), with
-    // WS_VISIBLE, WS_BORDER and an edge if wanted; another style or class ends the program with a message.
+    // parent's client coordinates. Only WS_CHILD windows are created this way (dialogs create the others),
+    // with WS_VISIBLE, WS_BORDER and an edge if wanted; another style or class ends the program with a
+    // message.
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style, const RECT& rect,
                   CWnd* parent, UINT id);
     // Wraps a window that exists, so that its messages come here first. FALSE when it is wrapped already.
@@ -66,7 +67,7 @@ public:
     // The application's active top-level window, null while another program's is active.
     static CWnd* GetActiveWindow();
     static CWnd* WindowFromPoint(POINT screen);
-    // Difference from the original: the pointer is not taken from other programs. While a window has the
+    // Difference from the framework: the pointer is not taken from other programs. While a window has the
     // capture it receives every mouse message of the application, and one WM_MOUSEMOVE with a position
     // outside when the pointer leaves it.
     CWnd* SetCapture();
@@ -91,11 +92,11 @@ public:
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds);
     BOOL KillTimer(UINT_PTR id);
     HICON SetIcon(HICON icon, BOOL bigIcon);
-    // Addition to the original: shows a keyboard short cut beside the window's menu command and lets it work,
-    // in the toolkit's portable notation ("Ctrl+O", "Media Play"); several are separated by "; ". The first
-    // is the one shown.
+    // Addition to the framework: shows a keyboard short cut beside the window's menu command and lets it
+    // work, in the toolkit's portable notation ("Ctrl+O", "Media Play"); several are separated by "; ". The
+    // first is the one shown.
     void SetCommandShortcut(UINT commandId, LPCTSTR shortcuts);
-    // Addition to the original: what assistive programs call the window.
+    // Addition to the framework: what assistive programs call the window.
     void SetAccessibleName(LPCTSTR name);
     // Addition to the original: the value that assistive programs read and set; null for a window without.
     virtual AccessibleValue* GetAccessibleValue() { return nullptr; }
@@ -123,7 +124,7 @@ protected:
     LRESULT Default();
     virtual void DoDataExchange(CDataExchange*) {}
     virtual void PreSubclassWindow() {}
-    // The window is gone; the last thing that the object hears of it.
+    // The window is gone; the last call to the object about it.
     virtual void PostNcDestroy() {}
 
     // Defaults of the mapped messages: each is Default().
@@ -154,11 +155,11 @@ private:
 // Whether VK_SHIFT or VK_CONTROL is held: negative if so. Other keys end the program with a message.
 short GetKeyState(int key);
 
-// Ends the capture, if a window of the application has it (WM_CAPTURECHANGED tells that window).
+// Ends the capture, if a window of the application has it (WM_CAPTURECHANGED notifies it).
 BOOL ReleaseCapture();
 
-// How many files were dropped, and the path of one. Differences from the original: two functions for its one,
-// and nothing is to be released.
+// How many files were dropped, and the path of one. Differences from the framework: two functions for its
+// one, and nothing is to be released.
 UINT DragQueryFileCount(HDROP drop);
 CString DragQueryFile(HDROP drop, UINT index);
 
@@ -181,11 +182,11 @@ public:
     // For DoModal.
     explicit CDialog(UINT templateId, CWnd* parent = nullptr) : m_templateId(templateId), m_parent(parent) {}
 
-    // Makes a modeless dialog from the program's resources: the controls, then WM_INITDIALOG (OnInitDialog).
-    // A template that is not there, or that has a class or style that the layer does not support, ends the
-    // program with a message.
+    // Creates a modeless dialog from the program's resources: the controls, then WM_INITDIALOG
+    // (OnInitDialog). A template that is not there, or that has a class or style that the layer does not
+    // support, ends the program with a message.
     BOOL Create(UINT templateId, CWnd* parent = nullptr);
-    // Shows the dialog and runs until EndDialog; gives its result, or IDCANCEL when its window goes first.
+    // Shows the dialog and runs until EndDialog; returns its result, or IDCANCEL when its window goes first.
     int DoModal();
     void EndDialog(int result);
 
@@ -207,8 +208,8 @@ private:
     int m_result = IDCANCEL;
 };
 
-// What start-up was told: the first plain argument, if any, as the file to open. Difference from the
-// original: a word that begins with '-' is a switch and is passed over; a leading slash is a path.
+// What the command line says: the first plain argument, if any, as the file to open. Difference from the
+// framework: a word that begins with '-' is a switch and is skipped; a leading slash is a path.
 class CCommandLineInfo {
 public:
     enum Command { FileNew, FileOpen };
@@ -216,7 +217,7 @@ public:
     CString m_strFileName;
 };
 
-// The application: exactly one object, made before the program's entry.
+// The application: exactly one object, created before the program's entry.
 class CWinApp {
 public:
     CWinApp();
@@ -253,5 +254,5 @@ private:
 CWinApp* AfxGetApp();
 CWnd* AfxGetMainWnd();
 
-// The program's entry: prepares the toolkit, runs the application object, gives the exit code.
+// The program's entry: prepares the toolkit, runs the application object, returns the exit code.
 int AfxWinMain(int argc, char** argv);

@@ -95,7 +95,7 @@ BOOL CWnd::UpdateData(BOOL saveAndValidate) {
 // The window that is handling the innermost message is the one whose cursor is asked for.
 HCURSOR SetCursor(HCURSOR cursor) {
     static HCURSOR current = nullptr;
-    if (Window* window = windows::Find(g_current.hwnd)) window->peer->SetCursor(IconImage(cursor));
+    if (Window* window = windows::Find(g_current.hwnd)) window->native->SetCursor(IconImage(cursor));
     return std::exchange(current, cursor);
 }
 

@@ -47,8 +47,7 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR title, DWORD style
                     CWnd* parent, UINT id) {
     constexpr DWORD kKnown = WS_CHILD | WS_VISIBLE | WS_BORDER;
     if ((style & ~kKnown) != 0 || (style & WS_CHILD) == 0) Unsupported("style of a window", style);
-    if ((exStyle & ~(WS_EX_STATICEDGE | WS_EX_CLIENTEDGE)) != 0)
-        Unsupported("extended style of a window", exStyle);
+    if ((exStyle & ~WS_EX_STATICEDGE) != 0) Unsupported("extended style of a window", exStyle);
     const auto found = Classes().find(className);
     if (found == Classes().end()) Unsupported("window class", className);
     Window* parentWindow = parent == nullptr ? nullptr : windows::Find(parent->m_hWnd);
@@ -72,7 +71,7 @@ BOOL CWnd::ShowWindow(int cmdShow) {
     if (window == nullptr) return FALSE;
     const BOOL was = window->visible ? TRUE : FALSE;
     window->visible = cmdShow != SW_HIDE;
-    window->peer->Show(cmdShow);
+    window->native->Show(cmdShow);
     // What was invalidated while hidden is painted now.
     if (window->visible) Toolkit()->Wake();
     return was;
@@ -85,7 +84,7 @@ BOOL CWnd::IsWindowVisible() const {
 
 BOOL CWnd::IsIconic() const {
     const Window* window = windows::Find(m_hWnd);
-    return window != nullptr && window->peer->IsMinimized() ? TRUE : FALSE;
+    return window != nullptr && window->native->IsMinimized() ? TRUE : FALSE;
 }
 
 BOOL CWnd::EnableWindow(BOOL enable) {
@@ -93,7 +92,7 @@ BOOL CWnd::EnableWindow(BOOL enable) {
     if (window == nullptr) return FALSE;
     const BOOL wasDisabled = window->enabled ? FALSE : TRUE;
     window->enabled = enable != FALSE;
-    window->peer->Enable(window->enabled);
+    window->native->Enable(window->enabled);
     windows::Invalidate(*window, window->ClientRect(), true);
     return wasDisabled;
 }
@@ -108,7 +107,7 @@ void CWnd::MoveWindow(const RECT* rect, BOOL repaint) {
     if (window == nullptr) return;
     const CRect before = window->ClientRect();
     window->rect = *rect;
-    window->peer->Place(window->rect);
+    window->native->Place(window->rect);
     const CRect client = window->ClientRect();
     if (client.Width() != before.Width() || client.Height() != before.Height()) {
         windows::ReplaceSurface(*window, client.Width(), client.Height());
@@ -122,7 +121,7 @@ void CWnd::CenterWindow() {
     Window* window = windows::Find(m_hWnd);
     if (window == nullptr) return;
     if (window->IsTopLevel()) {
-        window->peer->CenterOnScreen();
+        window->native->CenterOnScreen();
         return;
     }
     const CRect area = window->parent->ClientRect();
@@ -140,7 +139,7 @@ void CWnd::GetClientRect(RECT* rect) const {
 void CWnd::ClientToScreen(POINT* point) const {
     const Window* window = windows::Find(m_hWnd);
     if (window == nullptr) return;
-    const CPoint origin = window->peer->ClientOrigin();
+    const CPoint origin = window->native->ClientOrigin();
     point->x += origin.x;
     point->y += origin.y;
 }
@@ -148,7 +147,7 @@ void CWnd::ClientToScreen(POINT* point) const {
 void CWnd::ScreenToClient(POINT* point) const {
     const Window* window = windows::Find(m_hWnd);
     if (window == nullptr) return;
-    const CPoint origin = window->peer->ClientOrigin();
+    const CPoint origin = window->native->ClientOrigin();
     point->x -= origin.x;
     point->y -= origin.y;
 }
@@ -157,7 +156,7 @@ void CWnd::SetWindowText(LPCTSTR text) {
     Window* window = windows::Find(m_hWnd);
     if (window == nullptr || window->text == text) return;
     window->text = text;
-    window->peer->SetText(window->text);
+    window->native->SetText(window->text);
     if (window->kind == Window::Kind::kStatic) windows::Invalidate(*window, window->ClientRect(), true);
 }
 
@@ -192,7 +191,7 @@ CWnd* CWnd::GetDlgItem(int id) const {
 
 CWnd* CWnd::SetFocus() {
     CWnd* before = GetFocus();
-    if (Window* window = windows::Find(m_hWnd)) window->peer->SetFocus();
+    if (Window* window = windows::Find(m_hWnd)) window->native->SetFocus();
     return before;
 }
 
@@ -248,13 +247,13 @@ void CWnd::UpdateWindow() {
 UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds) {
     Window* window = windows::Find(m_hWnd);
     if (window == nullptr) return 0;
-    window->peer->StartTimer(id, milliseconds);
+    window->native->StartTimer(id, milliseconds);
     return id;
 }
 
 BOOL CWnd::KillTimer(UINT_PTR id) {
     Window* window = windows::Find(m_hWnd);
-    return window != nullptr && window->peer->StopTimer(id) ? TRUE : FALSE;
+    return window != nullptr && window->native->StopTimer(id) ? TRUE : FALSE;
 }
 
 HICON CWnd::SetIcon(HICON icon, BOOL bigIcon) {
@@ -263,11 +262,11 @@ HICON CWnd::SetIcon(HICON icon, BOOL bigIcon) {
 }
 
 void CWnd::SetCommandShortcut(UINT commandId, LPCTSTR shortcuts) {
-    if (Window* window = windows::Find(m_hWnd)) window->peer->SetShortcut(commandId, shortcuts);
+    if (Window* window = windows::Find(m_hWnd)) window->native->SetShortcut(commandId, shortcuts);
 }
 
 void CWnd::SetAccessibleName(LPCTSTR name) {
-    if (Window* window = windows::Find(m_hWnd)) window->peer->SetAccessibleName(name);
+    if (Window* window = windows::Find(m_hWnd)) window->native->SetAccessibleName(name);
 }
 
 void CWnd::AnnounceValue() {
@@ -275,7 +274,7 @@ void CWnd::AnnounceValue() {
 }
 
 void CWnd::DragAcceptFiles(BOOL accept) {
-    if (Window* window = windows::Find(m_hWnd)) window->peer->AcceptDrops(accept != FALSE);
+    if (Window* window = windows::Find(m_hWnd)) window->native->AcceptDrops(accept != FALSE);
 }
 
 int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {

@@ -9,27 +9,27 @@ LRESULT DefaultButton(Window& window, UINT message, WPARAM wParam, LPARAM lParam
     switch (message) {
         case WM_PAINT: {
             CPaintDC dc(handle);
-            DRAWITEMSTRUCT item{window.peer->ItemState(), &dc, window.ClientRect()};
+            DRAWITEMSTRUCT item{window.native->ItemState(), &dc, window.ClientRect()};
             if (window.object != nullptr)
                 window.object->SendMessage(WM_DRAWITEM, window.id, reinterpret_cast<LPARAM>(&item));
             return 0;
         }
         case BM_SETSTYLE:
             window.style = (window.style & ~DWORD{0xFF}) | (LOWORD(wParam) & 0xFFU);
-            window.peer->ControlMessage(message, wParam, lParam);
+            window.native->ControlMessage(message, wParam, lParam);
             windows::Invalidate(window, window.ClientRect(), true);
             return 0;
         case WM_LBUTTONDOWN:
             if (window.object != nullptr) window.object->SetCapture();
             break;
         case WM_LBUTTONUP:
-            // Before the click is told, as the handler may do anything.
+            // Before the click is reported, as the handler may do anything.
             ReleaseCapture();
             break;
         default:
             break;
     }
-    if (Window* left = windows::Find(handle)) return left->peer->ControlMessage(message, wParam, lParam);
+    if (Window* left = windows::Find(handle)) return left->native->ControlMessage(message, wParam, lParam);
     return 0;
 }
 
@@ -38,10 +38,10 @@ LRESULT DefaultSysCommand(Window& window, WPARAM command) {
         case SC_CLOSE:
             return windows::Call(window.handle, WM_CLOSE, 0, 0);
         case SC_MINIMIZE:
-            window.peer->Show(SW_MINIMIZE);
+            window.native->Show(SW_MINIMIZE);
             return 0;
         case SC_RESTORE:
-            window.peer->Show(SW_RESTORE);
+            window.native->Show(SW_RESTORE);
             return 0;
         default:
             return 0;
@@ -56,7 +56,8 @@ LRESULT CallDefault(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     Window* window = Find(handle);
     if (window == nullptr) return 0;
     if (window->kind == Window::Kind::kButton) return DefaultButton(*window, message, wParam, lParam);
-    if (window->kind == Window::Kind::kTrackbar) return window->peer->ControlMessage(message, wParam, lParam);
+    if (window->kind == Window::Kind::kTrackbar)
+        return window->native->ControlMessage(message, wParam, lParam);
     switch (message) {
         case WM_PAINT:
             if (window->kind == Window::Kind::kStatic)
@@ -78,13 +79,13 @@ LRESULT CallDefault(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
             return DefaultSysCommand(*window, wParam);
         case WM_SETICON:
             if (const Image* image = IconImage(reinterpret_cast<HICON>(lParam)))
-                window->peer->SetIcon(*image);
+                window->native->SetIcon(*image);
             return 0;
         case WM_SETCURSOR:
-            window->peer->SetCursor(nullptr);
+            window->native->SetCursor(nullptr);
             return 0;
         default:
-            return window->peer->ControlMessage(message, wParam, lParam);
+            return window->native->ControlMessage(message, wParam, lParam);
     }
 }
 

@@ -1,4 +1,6 @@
 // Dialogs from the compiled resources.
+#include <algorithm>
+#include <initializer_list>
 #include <string>
 
 #include "platform/framework/afxcmn.h"
@@ -13,7 +15,7 @@ namespace {
 constexpr int kBaseUnitX = 6;
 constexpr int kBaseUnitY = 13;
 
-// Rounds to the nearest, as the original does.
+// Rounds to the nearest, as the framework does.
 constexpr int FromUnitsX(int units) {
     return (units * kBaseUnitX + 2) / 4;
 }
@@ -21,42 +23,39 @@ constexpr int FromUnitsY(int units) {
     return (units * kBaseUnitY + 4) / 8;
 }
 
-constexpr DWORD kCommonChildStyles = WS_CHILD | WS_VISIBLE | WS_DISABLED | WS_BORDER | WS_GROUP | WS_TABSTOP;
+struct ControlClass {
+    const char* name;
+    Window::Kind kind;
+    DWORD typeMask;  // the bits of the style that are its type
+    DWORD styles;    // those that may be set beside WS_…
+    std::initializer_list<DWORD> types;
+};
 
-Window::Kind KindOf(const resources::DialogItem& item) {
-    if (item.class_name == "STATIC") return Window::Kind::kStatic;
-    if (item.class_name == "BUTTON") return Window::Kind::kButton;
-    if (item.class_name == "msctls_trackbar32") return Window::Kind::kTrackbar;
-    Unsupported("class of a dialog's control", item.class_name);
-}
-
-void CheckStyle(Window::Kind kind, DWORD style, DWORD exStyle) {
-    DWORD known = kCommonChildStyles;
-    bool typeKnown = true;
-    switch (kind) {
-        case Window::Kind::kStatic: {
-            known |= SS_TYPEMASK | SS_NOPREFIX | SS_CENTERIMAGE | SS_SUNKEN;
-            const DWORD type = style & SS_TYPEMASK;
-            typeKnown =
-                type <= SS_ICON || type == SS_BITMAP || type == SS_ETCHEDHORZ || type == SS_ETCHEDVERT;
-            break;
-        }
-        case Window::Kind::kButton: {
-            known |= BS_TYPEMASK | BS_ICON;
-            const DWORD type = style & BS_TYPEMASK;
-            typeKnown = type <= BS_DEFPUSHBUTTON || type == BS_AUTOCHECKBOX || type == BS_OWNERDRAW;
-            break;
-        }
-        case Window::Kind::kTrackbar:
-            known |= TBS_VERT | TBS_BOTH;
-            typeKnown = (style & (TBS_VERT | TBS_BOTH)) == (TBS_VERT | TBS_BOTH);
-            break;
-        default:
-            break;
+const ControlClass& ClassOf(const resources::DialogItem& item) {
+    static const ControlClass kClasses[] = {
+        {"static",
+         Window::Kind::kStatic,
+         SS_TYPEMASK,
+         SS_NOPREFIX | SS_CENTERIMAGE | SS_SUNKEN,
+         {SS_LEFT, SS_CENTER, SS_RIGHT, SS_ICON, SS_BITMAP, SS_ETCHEDHORZ, SS_ETCHEDVERT}},
+        {"button",
+         Window::Kind::kButton,
+         BS_TYPEMASK,
+         BS_ICON,
+         {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_AUTOCHECKBOX}},
+        {"msctls_trackbar32", Window::Kind::kTrackbar, TBS_VERT | TBS_BOTH, 0, {TBS_VERT | TBS_BOTH}},
+    };
+    constexpr DWORD kCommon = WS_CHILD | WS_VISIBLE | WS_DISABLED | WS_BORDER | WS_GROUP | WS_TABSTOP;
+    for (const ControlClass& c : kClasses) {
+        if (item.className != c.name) continue;
+        if ((item.style & ~(c.typeMask | c.styles | kCommon)) != 0 ||
+            std::find(c.types.begin(), c.types.end(), item.style & c.typeMask) == c.types.end())
+            Unsupported("style of a dialog's control", item.style);
+        if ((item.exStyle & ~WS_EX_STATICEDGE) != 0)
+            Unsupported("extended style of a dialog's control", item.exStyle);
+        return c;
     }
-    if ((style & ~known) != 0 || !typeKnown) Unsupported("style of a dialog's control", style);
-    if ((exStyle & ~(WS_EX_STATICEDGE | WS_EX_CLIENTEDGE)) != 0)
-        Unsupported("extended style of a dialog's control", exStyle);
+    Unsupported("class of a dialog's control", item.className);
 }
 
 // The frame styles that the window manager carries out, and those that say what is the case anyhow.
@@ -64,22 +63,23 @@ void CheckDialog(const resources::Dialog& dialog) {
     constexpr DWORD kKnown = WS_POPUP | WS_CHILD | WS_VISIBLE | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX |
                              DS_3DLOOK | DS_SETFONT | DS_MODALFRAME;
     if ((dialog.style & ~kKnown) != 0) Unsupported("style of a dialog", dialog.style);
-    if ((dialog.ex_style & ~WS_EX_APPWINDOW) != 0) Unsupported("extended style of a dialog", dialog.ex_style);
-    if (!dialog.class_name.empty()) Unsupported("class of a dialog", dialog.class_name);
-    if (dialog.menu != 0 && !resources::LoadMenu(dialog.menu)) Unsupported("menu of a dialog", dialog.menu);
+    if ((dialog.exStyle & ~WS_EX_APPWINDOW) != 0) Unsupported("extended style of a dialog", dialog.exStyle);
+}
+
+// In units, as a window's rectangle.
+template <class Box>
+CRect FromUnits(const Box& box, int x, int y) {
+    return CRect(x, y, x + FromUnitsX(box.cx), y + FromUnitsY(box.cy));
 }
 
 void AddControl(Window& dialog, const resources::DialogItem& item) {
     auto control = std::make_unique<Window>();
-    control->kind = KindOf(item);
+    control->kind = ClassOf(item).kind;
     control->style = item.style;
-    control->exStyle = item.ex_style;
-    CheckStyle(control->kind, control->style, control->exStyle);
+    control->exStyle = item.exStyle;
     control->id = static_cast<UINT>(item.id);
     control->parent = &dialog;
-    const int x = FromUnitsX(item.x);
-    const int y = FromUnitsY(item.y);
-    control->rect = CRect(x, y, x + FromUnitsX(item.cx), y + FromUnitsY(item.cy));
+    control->rect = FromUnits(item, FromUnitsX(item.x), FromUnitsY(item.y));
     control->text = item.text;
     control->hasFace = control->kind == Window::Kind::kStatic;
     if (item.resource != 0) {
@@ -88,14 +88,14 @@ void AddControl(Window& dialog, const resources::DialogItem& item) {
                                : resources::LoadBitmap(item.resource);
         // A picture keeps its own size: the control takes it over.
         if (control->picture.has_value()) {
-            control->rect.right = x + control->picture->width;
-            control->rect.bottom = y + control->picture->height;
+            control->rect.right = control->rect.left + control->picture->width;
+            control->rect.bottom = control->rect.top + control->picture->height;
         }
     }
     const bool visible = (item.style & WS_VISIBLE) != 0;
     Window& made = windows::Create(std::move(control), nullptr);
     made.visible = visible;
-    if (visible) made.peer->Show(SW_SHOW);
+    if (visible) made.native->Show(SW_SHOW);
 }
 
 HWND TopLevelOf(const CWnd* window) {
@@ -113,35 +113,33 @@ ON_COMMAND(IDCANCEL, OnDialogCancel)
 END_MESSAGE_MAP()
 
 BOOL CDialog::Create(UINT templateId, CWnd* parent) {
-    const auto found = resources::LoadDialog(templateId);
-    if (!found.has_value()) Unsupported("dialog", templateId);
     if (m_hWnd != nullptr) return FALSE;
-    CheckDialog(*found);
-    const bool child = (found->style & WS_CHILD) != 0;
+    const resources::Dialog found = resources::LoadDialog(templateId);
+    CheckDialog(found);
+    const bool child = (found.style & WS_CHILD) != 0;
     Window* parentWindow = child && parent != nullptr ? windows::Find(parent->GetSafeHwnd()) : nullptr;
     if (child && parentWindow == nullptr) return FALSE;
 
     auto window = std::make_unique<Window>();
     window->kind = Window::Kind::kDialog;
-    window->style = found->style;
-    window->exStyle = found->ex_style;
+    window->style = found.style;
+    window->exStyle = found.exStyle;
     window->parent = parentWindow;
     window->owner = child ? nullptr : TopLevelOf(parent);
-    window->menu = found->menu;
-    const int x = child ? FromUnitsX(found->x) : 0;
-    const int y = child ? FromUnitsY(found->y) : 0;
-    window->rect = CRect(x, y, x + FromUnitsX(found->cx), y + FromUnitsY(found->cy));
-    window->text = found->title;
+    window->menu = found.menu;
+    window->rect =
+        child ? FromUnits(found, FromUnitsX(found.x), FromUnitsY(found.y)) : FromUnits(found, 0, 0);
+    window->text = found.title;
     window->hasFace = true;
     const HWND handle = windows::Create(std::move(window), this).handle;
-    for (const resources::DialogItem& item : found->items) {
+    for (const resources::DialogItem& item : found.items) {
         Window* record = windows::Find(handle);
         if (record == nullptr) return FALSE;
         AddControl(*record, item);
     }
     SendMessage(WM_INITDIALOG);
     if (IsWindow(handle) == FALSE) return FALSE;
-    if ((found->style & WS_VISIBLE) != 0) ShowWindow(SW_SHOW);
+    if ((found.style & WS_VISIBLE) != 0) ShowWindow(SW_SHOW);
     return TRUE;
 }
 

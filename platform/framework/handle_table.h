@@ -51,6 +51,12 @@ public:
         const auto found = m_objects.find(handle);
         return use(found == m_objects.end() ? nullptr : found->second.get());
     }
+    // Holds the table's lock, so that the object stays; not held when the handle names nothing.
+    std::unique_lock<std::mutex> Keep(Handle handle) const {
+        std::unique_lock lock(m_mutex);
+        if (!m_objects.contains(handle)) lock.unlock();
+        return lock;
+    }
     // All handles, in the order of their creation.
     std::vector<Handle> All() const {
         const std::scoped_lock lock(m_mutex);

@@ -1,8 +1,6 @@
 #include "platform/framework/afxicon.h"
 
-#include <memory>
-#include <unordered_map>
-
+#include "platform/framework/handle_table.h"
 #include "platform/framework/image.h"
 #include "platform/framework/resources.h"
 #include "platform/framework/surface.h"
@@ -10,59 +8,37 @@
 
 namespace {
 
-std::unordered_map<HICON, std::unique_ptr<Image>> g_images;
-std::uintptr_t g_lastHandle = 0x100;
-// Bitmaps that GetIconInfo handed out; they come back through DeleteObject.
-int g_infoBitmaps = 0;
-
-BOOL Release(HICON handle) {
-    return g_images.erase(handle) > 0 ? TRUE : FALSE;
-}
+HandleTable<Image, HICON> g_images;
 
 }  // namespace
 
 HICON LoadImage(UINT id, UINT type) {
     const int size = GetSystemMetrics(SM_CXICON);
     auto image = type == IMAGE_CURSOR ? resources::LoadCursor(id, size) : resources::LoadIcon(id, size);
-    if (!image.has_value()) return nullptr;
-    const auto handle = reinterpret_cast<HICON>(++g_lastHandle);
-    g_images.emplace(handle, std::make_unique<Image>(std::move(*image)));
-    return handle;
+    return image.has_value() ? g_images.Add(std::make_shared<Image>(std::move(*image))) : nullptr;
 }
 
 BOOL DestroyIcon(HICON icon) {
-    return Release(icon);
+    return g_images.Remove(icon) == nullptr ? FALSE : TRUE;
 }
 
 BOOL DestroyCursor(HCURSOR cursor) {
-    return Release(cursor);
+    return DestroyIcon(cursor);
 }
 
 const Image* IconImage(HICON icon) {
-    const auto found = g_images.find(icon);
-    return found == g_images.end() ? nullptr : found->second.get();
+    return g_images.Find(icon).get();
 }
 
 BOOL GetIconInfo(HICON icon, ICONINFO* info) {
     const Image* image = IconImage(icon);
     if (image == nullptr) return FALSE;
-    info->fIcon = TRUE;
-    info->xHotspot = static_cast<DWORD>(image->hot_x);
-    info->yHotspot = static_cast<DWORD>(image->hot_y);
-    info->hbmMask = new Surface(image->width, image->height);
-    info->hbmColor = new Surface(image->width, image->height);
-    g_infoBitmaps += 2;
+    *info = {TRUE, static_cast<DWORD>(image->hotX), static_cast<DWORD>(image->hotY),
+             new Surface(image->width, image->height), new Surface(image->width, image->height)};
     return TRUE;
 }
 
-// Only two kinds of bitmap are ever loose: those of GetIconInfo, and sections, which are DIBs.
 BOOL DeleteObject(HBITMAP bitmap) {
-    if (bitmap == nullptr) return FALSE;
-    if (!bitmap->isDib()) --g_infoBitmaps;
     delete bitmap;
-    return TRUE;
-}
-
-int LiveIconCount() {
-    return static_cast<int>(g_images.size()) + g_infoBitmaps;
+    return bitmap == nullptr ? FALSE : TRUE;
 }

@@ -11,6 +11,6 @@ struct Image {
     int height = 0;
     std::vector<std::uint32_t> pixels;
     // Cursors: the hot spot of the cursor. Icons: the centre. Bitmaps: 0, 0.
-    int hot_x = 0;
-    int hot_y = 0;
+    int hotX = 0;
+    int hotY = 0;
 };

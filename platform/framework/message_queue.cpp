@@ -1,79 +1,50 @@
 #include "platform/framework/message_queue.h"
 
-#include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 #include "platform/framework/afxwin.h"
+#include "platform/framework/unsupported.h"
 #include "platform/framework/window.h"
 
 namespace {
 
-// A message sent by another thread, which waits on its own stack until it is handled.
-struct Sent {
-    LRESULT result = 0;
-    bool handled = false;
-};
-
-struct Entry {
-    MSG message;
-    Sent* sent;  // null for posted messages
-};
-
-// A ring that grows by doubling; 4096 messages are far more than a player ever lets wait, so that posting
-// allocates nothing in practice.
+// First in, first out, in memory that is kept: 4096 messages are far more than a player ever lets wait, so
+// that posting allocates nothing in practice.
 class Queue {
 public:
-    Queue() : m_ring(4096) {}
+    Queue() { m_messages.reserve(4096); }
 
-    void Push(const Entry& entry) {
-        if (m_count == m_ring.size()) Grow();
-        m_ring[(m_first + m_count) % m_ring.size()] = entry;
-        ++m_count;
+    bool IsEmpty() const { return m_first == m_messages.size(); }
+    std::size_t Count() const { return m_messages.size() - m_first; }
+    void Push(const MSG& message) {
+        if (m_messages.size() == m_messages.capacity()) {
+            m_messages.erase(m_messages.begin(), m_messages.begin() + static_cast<std::ptrdiff_t>(m_first));
+            m_first = 0;
+        }
+        m_messages.push_back(message);
     }
-    Entry Pop() {
-        const Entry entry = m_ring[m_first];
-        m_first = (m_first + 1) % m_ring.size();
-        --m_count;
-        return entry;
+    MSG Pop() {
+        const MSG message = m_messages[m_first++];
+        if (IsEmpty()) {
+            m_messages.clear();
+            m_first = 0;
+        }
+        return message;
     }
-    std::size_t Count() const { return m_count; }
 
 private:
-    void Grow() {
-        std::vector<Entry> larger(m_ring.size() * 2);
-        for (std::size_t i = 0; i < m_count; ++i) larger[i] = m_ring[(m_first + i) % m_ring.size()];
-        m_ring.swap(larger);
-        m_first = 0;
-    }
-    std::vector<Entry> m_ring;
+    std::vector<MSG> m_messages;
     std::size_t m_first = 0;
-    std::size_t m_count = 0;
 };
 
 std::mutex g_mutex;
-std::condition_variable g_handled;
 Queue g_queue;
 const std::thread::id g_uiThread = std::this_thread::get_id();
 
 void Wake() {
     if (NativeToolkit* toolkit = Toolkit()) toolkit->Wake();
-}
-
-void Deliver(const Entry& entry) {
-    const MSG& m = entry.message;
-    if (entry.sent == nullptr) {
-        if (windows::Lives(m.hwnd)) windows::DeliverInput(m);
-        return;
-    }
-    const LRESULT result = windows::Call(m.hwnd, m.message, m.wParam, m.lParam);
-    {
-        const std::scoped_lock lock(g_mutex);
-        entry.sent->result = result;
-        entry.sent->handled = true;
-    }
-    g_handled.notify_all();
 }
 
 }  // namespace
@@ -84,21 +55,15 @@ BOOL PostMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
     if (!kept) return FALSE;
     {
         const std::scoped_lock lock(g_mutex);
-        g_queue.Push({{hWnd, message, wParam, lParam}, nullptr});
+        g_queue.Push({hWnd, message, wParam, lParam});
     }
     Wake();
     return TRUE;
 }
 
 LRESULT SendMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (std::this_thread::get_id() == g_uiThread) return windows::Call(hWnd, message, wParam, lParam);
-    if (!windows::Lives(hWnd)) return 0;
-    Sent sent;
-    std::unique_lock lock(g_mutex);
-    g_queue.Push({{hWnd, message, wParam, lParam}, &sent});
-    Wake();
-    g_handled.wait(lock, [&] { return sent.handled; });
-    return sent.result;
+    if (std::this_thread::get_id() != g_uiThread) Unsupported("message sent by another thread", message);
+    return windows::Call(hWnd, message, wParam, lParam);
 }
 
 BOOL IsWindow(HWND hWnd) {
@@ -108,13 +73,13 @@ BOOL IsWindow(HWND hWnd) {
 void DispatchPostedMessages() {
     std::unique_lock lock(g_mutex);
     // What is posted meanwhile waits for the next round, so that input and painting get their turn.
-    for (std::size_t left = g_queue.Count(); left > 0 && g_queue.Count() > 0; --left) {
-        const Entry entry = g_queue.Pop();
+    for (std::size_t left = g_queue.Count(); left > 0 && !g_queue.IsEmpty(); --left) {
+        const MSG message = g_queue.Pop();
         lock.unlock();
-        Deliver(entry);
+        if (windows::Lives(message.hwnd)) windows::DeliverInput(message);
         lock.lock();
     }
-    const bool more = g_queue.Count() > 0;
+    const bool more = !g_queue.IsEmpty();
     lock.unlock();
     if (more) Wake();
 }

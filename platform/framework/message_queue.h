@@ -1,6 +1,6 @@
-// The UI thread's message queue: the one place where other threads hand work to the UI thread.
+// The UI thread's message queue: the one place where other threads pass work to the UI thread.
 //
-// A message posted to a window that has been destroyed meanwhile is dropped when it is taken out.
+// A message posted to a window that has been destroyed meanwhile is dropped when its turn comes.
 #pragma once
 
 #include "platform/framework/wintypes.h"
@@ -9,9 +9,8 @@
 // fewer than 4096 messages wait. FALSE when the handle names no window.
 BOOL PostMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Delivers a message and returns its result. On the UI thread the window procedure is called at once; on
-// another thread the caller waits until the UI thread has handled it (0 when the window goes first). That
-// thread must run its message loop: a sender whom it waits for would never be answered.
+// Calls the window's procedure and returns its result, 0 when there is no window. Difference from the
+// framework: UI thread only; on another one the program ends with a message.
 LRESULT SendMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Whether the handle names a living window. Any thread.

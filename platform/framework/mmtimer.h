@@ -9,14 +9,15 @@ using TIMECALLBACK = void (*)(UINT timerId, UINT message, DWORD_PTR user, DWORD_
 inline constexpr UINT TIME_PERIODIC = 1;
 
 // Requests a timer resolution of so many milliseconds. Timers here always wake to the millisecond, so the
-// requests are only counted; timeGetPeriodRequests gives how many stand, for those who check that they pair.
+// requests are only counted; timeGetPeriodRequests returns how many stand, for those who check that they
+// pair.
 UINT timeBeginPeriod(UINT milliseconds);
 UINT timeEndPeriod(UINT milliseconds);
 int timeGetPeriodRequests();
 
 // Starts a periodic timer: call k comes at start + k * period milliseconds on a thread of the timer's own.
 // Deadlines are absolute; a call that is overdue by a whole period is dropped and never made up. Identifiers
-// are never 0 and never reused; 0 means that the timer could not be made (period 0, no thread left).
+// are never 0 and never reused; 0 means that the timer could not be started (period 0, no thread left).
 // Only TIME_PERIODIC is supported.
 MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user, UINT flags);
 
@@ -25,6 +26,6 @@ MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWOR
 MMTIMERID timeSetEventAfter(UINT delay, UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user,
                             UINT flags);
 
-// Ends a timer. Difference from the original: returns only when the callback is not running and will not
+// Ends a timer. Difference from the framework: returns only when the callback is not running and will not
 // run again. Not to be called from the callback. Unknown identifiers are ignored.
 UINT timeKillEvent(MMTIMERID timer);

@@ -14,9 +14,9 @@
 struct Window;
 
 // The toolkit's side of one window.
-class NativePeer {
+class NativeWidget {
 public:
-    virtual ~NativePeer() = default;
+    virtual ~NativeWidget() = default;
 
     // The outer rectangle in the parent's client coordinates; of a top-level window only the size counts.
     virtual void Place(const RECT& rect) = 0;
@@ -50,7 +50,7 @@ class NativeToolkit {
 public:
     virtual ~NativeToolkit() = default;
 
-    virtual std::unique_ptr<NativePeer> MakePeer(Window& window) = 0;
+    virtual std::unique_ptr<NativeWidget> CreateNativeWidget(Window& window) = 0;
     // Has the UI thread call DispatchPostedMessages and windows::PaintAll soon. Any thread; allocates
     // nothing.
     virtual void Wake() = 0;
@@ -94,6 +94,6 @@ public:
     virtual void AnnounceValue(HWND window) = 0;
 };
 
-// The toolkit in use. Set once, before any window is made; null again at the very end.
+// The toolkit in use. Set once, before any window is created; null again at the very end.
 NativeToolkit* Toolkit();
 void SetToolkit(NativeToolkit* toolkit);

@@ -24,7 +24,7 @@ void PaintNow(HWND handle) {
     const Window* window = Find(handle);
     if (window == nullptr || window->invalid.IsRectEmpty() != FALSE || !window->IsShown()) return;
     Call(handle, WM_PAINT, 0, 0);
-    // A handler that made no paint context leaves nothing waiting, or the window would be asked forever.
+    // A handler that created no paint context leaves nothing waiting, or the window would be asked forever.
     if (Window* after = Find(handle)) {
         after->invalid = CRect();
         after->erase = false;
@@ -58,7 +58,7 @@ void PaintAll() {
         Window* window = Find(handle);
         if (window == nullptr || !window->surfaceDrawn.exchange(false)) continue;
         const CRect damage = window->surface->TakeDamage();
-        if (damage.IsRectEmpty() == FALSE) window->peer->ShowSurface(damage);
+        if (damage.IsRectEmpty() == FALSE) window->native->ShowSurface(damage);
     }
 }
 

@@ -1,100 +1,68 @@
 #include "platform/framework/resources_reader.h"
 
+#include <algorithm>
+
+#include "platform/framework/unsupported.h"
+
 namespace resources {
 namespace {
 
-void AppendUtf8(std::string& out, std::uint32_t code) {
-    const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
-    if (code < 0x80) {
-        put(code);
-    } else if (code < 0x800) {
-        put(0xC0U | code >> 6U);
-        put(0x80U | (code & 0x3FU));
-    } else if (code < 0x10000) {
-        put(0xE0U | code >> 12U);
-        put(0x80U | (code >> 6U & 0x3FU));
-        put(0x80U | (code & 0x3FU));
-    } else {
-        put(0xF0U | code >> 18U);
-        put(0x80U | (code >> 12U & 0x3FU));
-        put(0x80U | (code >> 6U & 0x3FU));
-        put(0x80U | (code & 0x3FU));
+// The program's texts have no characters beyond the first 65,536.
+void AppendUtf8(std::string& out, unsigned unit) {
+    if (unit >= 0xD800 && unit < 0xE000) Unsupported("character of a resource", unit);
+    if (unit < 0x80) {
+        out += static_cast<char>(unit);
+        return;
     }
+    if (unit < 0x800) {
+        out += static_cast<char>(0xC0U | unit >> 6U);
+    } else {
+        out += static_cast<char>(0xE0U | unit >> 12U);
+        out += static_cast<char>(0x80U | (unit >> 6U & 0x3FU));
+    }
+    out += static_cast<char>(0x80U | (unit & 0x3FU));
 }
 
 }  // namespace
 
 std::span<const std::uint8_t> Reader::Bytes(std::size_t count) {
-    if (!ok_ || count > Left()) {
-        ok_ = false;
-        return {};
-    }
-    const auto taken = bytes_.subspan(position_, count);
-    position_ += count;
-    return taken;
-}
-
-std::uint8_t Reader::U8() {
-    const auto b = Bytes(1);
-    return b.empty() ? std::uint8_t{0} : b[0];
+    if (count > Left()) Unsupported("resource", "cut short");
+    m_position += count;
+    return m_bytes.subspan(m_position - count, count);
 }
 
 std::uint16_t Reader::U16() {
     const auto b = Bytes(2);
-    return b.empty() ? std::uint16_t{0} : static_cast<std::uint16_t>(b[0] | b[1] << 8);
+    return static_cast<std::uint16_t>(b[0] | b[1] << 8);
 }
 
 std::uint32_t Reader::U32() {
-    const auto b = Bytes(4);
-    if (b.empty()) return 0;
-    return b[0] | static_cast<std::uint32_t>(b[1]) << 8U | static_cast<std::uint32_t>(b[2]) << 16U |
-           static_cast<std::uint32_t>(b[3]) << 24U;
+    const std::uint32_t low = U16();
+    return low | static_cast<std::uint32_t>(U16()) << 16U;
 }
 
 void Reader::Align4() {
-    Skip((4 - position_ % 4) % 4);
+    Skip(std::min((4 - m_position % 4) % 4, Left()));
 }
 
 std::string Reader::Text(std::size_t units) {
-    if (units > Left() / 2) ok_ = false;
-    if (!ok_) return {};
     std::string out;
-    std::uint32_t high = 0;  // the first half of a pair that waits for its second
-    for (; units > 0; --units) {
-        const std::uint32_t unit = U16();
-        const bool second = unit >= 0xDC00 && unit < 0xE000;
-        if (high != 0 && second) {
-            AppendUtf8(out, 0x10000U + ((high - 0xD800U) << 10U) + (unit - 0xDC00U));
-            high = 0;
-            continue;
-        }
-        if (high != 0) AppendUtf8(out, 0xFFFD);
-        high = unit >= 0xD800 && unit < 0xDC00 ? unit : 0;
-        if (high == 0) AppendUtf8(out, second ? 0xFFFDU : unit);
-    }
-    if (high != 0) AppendUtf8(out, 0xFFFD);
+    for (; units > 0; --units) AppendUtf8(out, U16());
     return out;
 }
 
 std::string Reader::TextZ() {
-    std::size_t units = 0;
-    const auto rest = bytes_.subspan(position_);
-    while (2 * units + 1 < rest.size() && (rest[2 * units] | rest[2 * units + 1]) != 0) ++units;
-    if (2 * units + 1 >= rest.size()) ok_ = false;  // no zero before the end
-    std::string text = Text(units);
-    Skip(2);
-    return text;
+    std::string out;
+    while (const unsigned unit = U16()) AppendUtf8(out, unit);
+    return out;
 }
 
 Name Reader::NameOrNumber() {
-    Name name;
-    if (Left() >= 2 && bytes_[position_] == 0xFF && bytes_[position_ + 1] == 0xFF) {
-        Skip(2);
-        name.number = U16();
-    } else {
-        name.text = TextZ();
-    }
-    return name;
+    constexpr unsigned kNumberFollows = 0xFFFF;
+    Reader ahead = *this;
+    if (ahead.U16() != kNumberFollows) return {0, TextZ()};
+    Skip(2);
+    return {U16(), {}};
 }
 
 }  // namespace resources

@@ -1,4 +1,4 @@
-// Bounded little-endian reader over the bytes of one resource; inside of the resource reader only.
+// Little-endian reader over the bytes of one resource; inside of the resource reader only.
 #pragma once
 
 #include <cstddef>
@@ -12,22 +12,16 @@ namespace resources {
 struct Name {
     unsigned number = 0;
     std::string text;
-
-    bool IsText() const { return !text.empty(); }
 };
 
-// Takes values off the front of a span. A value that does not fit into what is left comes out as zero or
-// empty, makes Ok() false from then on and moves nothing, so that a whole structure can be read and judged
-// once.
+// Takes values off the front of a span. One that does not fit into what is left ends the program with a
+// message.
 class Reader {
 public:
-    explicit Reader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+    explicit Reader(std::span<const std::uint8_t> bytes) : m_bytes(bytes) {}
 
-    bool Ok() const { return ok_; }
-    std::size_t Position() const { return position_; }
-    std::size_t Left() const { return bytes_.size() - position_; }
+    std::size_t Left() const { return m_bytes.size() - m_position; }
 
-    std::uint8_t U8();
     std::uint16_t U16();
     std::uint32_t U32();
     int I16() { return static_cast<std::int16_t>(U16()); }
@@ -35,7 +29,7 @@ public:
 
     std::span<const std::uint8_t> Bytes(std::size_t count);
     void Skip(std::size_t count) { Bytes(count); }
-    // Moves on to the next multiple of four, counted from the start of the span.
+    // Moves on to the next multiple of four, counted from the start of the span, or to its end.
     void Align4();
 
     std::string Text(std::size_t units);  // UTF-16 of so many units
@@ -43,9 +37,8 @@ public:
     Name NameOrNumber();                  // 0xFFFF and a number, or UTF-16 up to its zero
 
 private:
-    std::span<const std::uint8_t> bytes_;
-    std::size_t position_ = 0;
-    bool ok_ = true;
+    std::span<const std::uint8_t> m_bytes;
+    std::size_t m_position = 0;
 };
 
 }  // namespace resources

@@ -6,8 +6,8 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
-#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -62,31 +62,31 @@ struct Window {
     bool erase = false;
     std::shared_ptr<Surface> surface;       // client area; replaced under the table's lock
     std::atomic<bool> surfaceDrawn{false};  // drawn on since the toolkit last showed it
-    std::unique_ptr<NativePeer> peer;
+    std::unique_ptr<NativeWidget> native;
 };
 
 namespace windows {
 
-// Adds a record and gives it its handle.
+// Adds a record and sets its handle.
 Window& Add(std::unique_ptr<Window> window);
 // Takes the record out of the table; its handle names nothing from here on.
-std::unique_ptr<Window> Remove(HWND handle);
+std::shared_ptr<Window> Remove(HWND handle);
 // Null for a handle that names no window. UI thread.
 Window* Find(HWND handle);
-// Every window, in the order of their making. UI thread.
+// Every window, in the order of their creation. UI thread.
 std::vector<HWND> All();
 // Any thread.
 bool Lives(HWND handle);
 // Keeps the window from being destroyed while the result lives; false when the handle names none. Any thread,
-// for an instant: the UI thread makes and destroys no window meanwhile.
-std::shared_lock<std::shared_mutex> Keep(HWND handle);
+// for an instant: the UI thread creates and destroys no window meanwhile.
+std::unique_lock<std::mutex> Keep(HWND handle);
 // The window's picture, null when there is no such window. Any thread.
 std::shared_ptr<Surface> SurfaceOf(HWND handle);
 void ReplaceSurface(Window& window, int width, int height);
 // Notes that the window's picture was drawn on, and has the toolkit show it soon. Any thread.
 void SurfaceDrawn(HWND handle);
 
-// Creation shared by CWnd and the dialogs: makes the picture and the toolkit's peer and tells the object
+// Creation shared by CWnd and the dialogs: creates the picture and the native widget and notifies the object
 // (WM_CREATE, WM_SIZE). The window stays hidden.
 Window& Create(std::unique_ptr<Window> window, CWnd* object);
 void Destroy(HWND handle);

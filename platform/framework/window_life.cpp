@@ -1,4 +1,4 @@
-// Making and destroying windows.
+// Creating and destroying windows.
 #include <algorithm>
 
 #include "platform/framework/afxwin.h"
@@ -10,7 +10,6 @@ int BorderWidth(Window::Kind kind, DWORD style, DWORD exStyle) {
     // A top-level window's frame belongs to the window manager and takes nothing from the client area.
     if ((style & WS_CHILD) == 0) return 0;
     int width = (style & WS_BORDER) != 0 ? 1 : 0;
-    if ((exStyle & WS_EX_CLIENTEDGE) != 0) width += 2;
     const bool sunkenStatic = kind == Window::Kind::kStatic && (style & SS_SUNKEN) != 0;
     if ((exStyle & WS_EX_STATICEDGE) != 0 || sunkenStatic) width += 1;
     return width;
@@ -25,7 +24,7 @@ Window& Create(std::unique_ptr<Window> made, CWnd* object) {
     if (window.parent != nullptr) window.parent->children.push_back(&window);
     const CRect client = window.ClientRect();
     ReplaceSurface(window, client.Width(), client.Height());
-    window.peer = Toolkit()->MakePeer(window);
+    window.native = Toolkit()->CreateNativeWidget(window);
     const HWND handle = window.handle;
     Call(handle, WM_CREATE, 0, 0);
     Call(handle, WM_SIZE, 0, static_cast<LPARAM>(client.bottom << 16 | client.right));
@@ -42,7 +41,7 @@ void Destroy(HWND handle) {
             const Window* owned = Find(other);
             if (owned != nullptr && owned->owner == handle) Destroy(other);
         }
-        window->peer->Show(SW_HIDE);
+        window->native->Show(SW_HIDE);
     }
     Call(handle, WM_DESTROY, 0, 0);
     // A handler may destroy or add children; each round takes one that is left.
@@ -53,7 +52,7 @@ void Destroy(HWND handle) {
     }
     if (CWnd::GetCapture() != nullptr && CWnd::GetCapture()->m_hWnd == handle) ReleaseCapture();
     Call(handle, WM_NCDESTROY, 0, 0);
-    const std::unique_ptr<Window> gone = Remove(handle);
+    const std::shared_ptr<Window> gone = Remove(handle);
     if (gone->parent != nullptr) std::erase(gone->parent->children, gone.get());
 }
 

@@ -1,15 +1,10 @@
-#include <algorithm>
-#include <mutex>
-#include <shared_mutex>
-#include <unordered_map>
-
+#include "platform/framework/handle_table.h"
 #include "platform/framework/window.h"
 
 namespace {
 
-std::shared_mutex g_mutex;
-std::unordered_map<HWND, std::unique_ptr<Window>> g_windows;
-std::uintptr_t g_lastHandle = 0x100;  // small numbers are left to be recognised as mistakes
+// Only the UI thread adds, removes and changes windows.
+HandleTable<Window, HWND> g_windows;
 NativeToolkit* g_toolkit = nullptr;
 
 }  // namespace
@@ -35,66 +30,48 @@ bool Window::IsShown() const {
 namespace windows {
 
 Window& Add(std::unique_ptr<Window> window) {
-    const std::unique_lock lock(g_mutex);
-    window->handle = reinterpret_cast<HWND>(++g_lastHandle);
     Window& added = *window;
-    g_windows.emplace(added.handle, std::move(window));
+    added.handle = g_windows.Reserve();
+    g_windows.Add(added.handle, std::move(window));
     return added;
 }
 
-std::unique_ptr<Window> Remove(HWND handle) {
-    const std::unique_lock lock(g_mutex);
-    const auto found = g_windows.find(handle);
-    if (found == g_windows.end()) return nullptr;
-    std::unique_ptr<Window> window = std::move(found->second);
-    g_windows.erase(found);
-    return window;
+std::shared_ptr<Window> Remove(HWND handle) {
+    return g_windows.Remove(handle);
 }
 
 Window* Find(HWND handle) {
-    // Only the UI thread changes the table, so it may read it without the lock.
-    const auto found = g_windows.find(handle);
-    return found == g_windows.end() ? nullptr : found->second.get();
+    return g_windows.With(handle, [](Window* window) { return window; });
 }
 
 std::vector<HWND> All() {
-    std::vector<HWND> handles;
-    handles.reserve(g_windows.size());
-    for (const auto& [handle, window] : g_windows) handles.push_back(handle);
-    std::sort(handles.begin(), handles.end());
-    return handles;
+    return g_windows.All();
 }
 
 bool Lives(HWND handle) {
-    const std::shared_lock lock(g_mutex);
-    return g_windows.contains(handle);
+    return Find(handle) != nullptr;
 }
 
-std::shared_lock<std::shared_mutex> Keep(HWND handle) {
-    std::shared_lock lock(g_mutex);
-    if (!g_windows.contains(handle)) lock.unlock();
-    return lock;
+std::unique_lock<std::mutex> Keep(HWND handle) {
+    return g_windows.Keep(handle);
 }
 
 std::shared_ptr<Surface> SurfaceOf(HWND handle) {
-    const std::shared_lock lock(g_mutex);
-    const auto found = g_windows.find(handle);
-    return found == g_windows.end() ? nullptr : found->second->surface;
+    return g_windows.With(handle,
+                          [](Window* window) { return window == nullptr ? nullptr : window->surface; });
 }
 
 void ReplaceSurface(Window& window, int width, int height) {
     auto surface = std::make_shared<Surface>(width, height);
-    const std::unique_lock lock(g_mutex);
-    window.surface = std::move(surface);
+    g_windows.With(window.handle, [&](Window* found) { found->surface.swap(surface); });
 }
 
 void SurfaceDrawn(HWND handle) {
-    {
-        const std::shared_lock lock(g_mutex);
-        const auto found = g_windows.find(handle);
-        if (found == g_windows.end() || found->second->surfaceDrawn.exchange(true)) return;
-    }
-    if (g_toolkit != nullptr) g_toolkit->Wake();
+    // No toolkit goes before its last window, so it cannot go meanwhile.
+    g_windows.With(handle, [](Window* window) {
+        if (window != nullptr && !window->surfaceDrawn.exchange(true) && g_toolkit != nullptr)
+            g_toolkit->Wake();
+    });
 }
 
 }  // namespace windows

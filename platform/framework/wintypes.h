@@ -1,6 +1,6 @@
-// The original platform's basic types, as this system's 64-bit build has them.
+// The framework's basic types, as this system's 64-bit build has them.
 //
-// Differences from the original: text is UTF-8 in char; LONG and DWORD are 32 bits as there; handles are
+// Differences from the framework: text is UTF-8 in char; LONG and DWORD are 32 bits as there; handles are
 // numbers that are never reused, so a stale handle is recognised and never names a newer object.
 #pragma once
 

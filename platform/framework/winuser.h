@@ -1,5 +1,5 @@
-// Constants of the original platform's window interface, as far as the player uses them. The values are
-// the original's, because resource files and message parameters carry them.
+// Constants of the window interface, as far as the player uses them. The values are the framework's, because
+// resource files and message parameters carry them.
 #pragma once
 
 #include "platform/framework/wintypes.h"
@@ -76,7 +76,6 @@ inline constexpr DWORD WS_SYSMENU = 0x00080000U;
 inline constexpr DWORD WS_GROUP = 0x00020000U;
 inline constexpr DWORD WS_MINIMIZEBOX = 0x00020000U;
 inline constexpr DWORD WS_TABSTOP = 0x00010000U;
-inline constexpr DWORD WS_EX_CLIENTEDGE = 0x00000200U;
 inline constexpr DWORD WS_EX_STATICEDGE = 0x00020000U;
 inline constexpr DWORD WS_EX_APPWINDOW = 0x00040000U;
 inline constexpr UINT CS_VREDRAW = 0x0001;
@@ -155,8 +154,6 @@ inline constexpr UINT OFN_FILEMUSTEXIST = 0x00001000;
 
 // System colours.
 inline constexpr int COLOR_BACKGROUND = 1;
-inline constexpr int COLOR_WINDOW = 5;
-inline constexpr int COLOR_WINDOWTEXT = 8;
 inline constexpr int COLOR_BTNFACE = 15;
 inline constexpr int COLOR_BTNSHADOW = 16;
 inline constexpr int COLOR_GRAYTEXT = 17;
@@ -165,5 +162,5 @@ inline constexpr int COLOR_BTNHIGHLIGHT = 20;
 
 // The desktop's colour of this role, read from the toolkit once per call. UI thread.
 COLORREF GetSysColor(int index);
-// SM_CXICON and SM_CYICON are 32; any other index gives 0.
+// SM_CXICON and SM_CYICON are 32; 0 for any other index.
 int GetSystemMetrics(int index);

@@ -8,7 +8,7 @@
 
 namespace {
 
-void TellParent(HWND window, UINT code) {
+void NotifyParent(HWND window, UINT code) {
     const Window* record = windows::Find(window);
     if (record == nullptr || record->parent == nullptr) return;
     windows::Call(record->parent->handle, WM_COMMAND, LOWORD(record->id) | static_cast<WPARAM>(code) << 16U,
@@ -19,7 +19,7 @@ void TellParent(HWND window, UINT code) {
 
 ButtonWidget::ButtonWidget(HWND window, QWidget* parent, bool isDefault)
     : WindowWidget<QAbstractButton>(window, parent), m_default(isDefault) {
-    connect(this, &QAbstractButton::clicked, [window] { TellParent(window, BN_CLICKED); });
+    connect(this, &QAbstractButton::clicked, [window] { NotifyParent(window, BN_CLICKED); });
     connect(this, &QAbstractButton::pressed, [this] { StateChanged(); });
     connect(this, &QAbstractButton::released, [this] { StateChanged(); });
 }
@@ -55,5 +55,5 @@ void ButtonWidget::paintEvent(QPaintEvent* event) {
 }
 
 CheckBoxWidget::CheckBoxWidget(HWND window, QWidget* parent) : WindowWidget<QCheckBox>(window, parent) {
-    connect(this, &QAbstractButton::clicked, [window] { TellParent(window, BN_CLICKED); });
+    connect(this, &QAbstractButton::clicked, [window] { NotifyParent(window, BN_CLICKED); });
 }

@@ -58,7 +58,7 @@ std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& 
     QStringList names;
     for (std::size_t i = 0; i + 1 < filters.size(); i += 2) {
         // The toolkit takes the pattern from the last parentheses, and shows what stands before them. It gets
-        // the pattern in either case of letters, as the original platform compares names.
+        // the pattern in either case of letters, as the framework compares names.
         const QString pattern = QString::fromStdString(filters[i + 1]);
         names << QStringLiteral("%1 (%2 %3)")
                      .arg(QString::fromStdString(filters[i]), pattern, pattern.toUpper());

@@ -14,7 +14,7 @@ int AfxWinMain(int argc, char** argv) {
         std::fprintf(stderr, "%s: there is no display to show a window on.\n", argv[0]);
         return 1;
     }
-    const auto toolkit = MakeQtToolkit(argc, argv);
+    const auto toolkit = CreateQtToolkit(argc, argv);
     SetToolkit(toolkit.get());
     CWinApp* app = AfxGetApp();
     app->m_argc = argc;

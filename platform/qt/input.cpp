@@ -99,13 +99,13 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
     }
 }
 
-void TellPointerStays(const QWidget* widget, HWND window) {
+void NotifyPointerStays(const QWidget* widget, HWND window) {
     const QPoint at = QCursor::pos();
     if (QApplication::widgetAt(at) != widget || QApplication::mouseButtons() != Qt::NoButton) return;
     windows::DeliverInput({window, WM_MOUSEMOVE, 0, PackPoint(widget->mapFromGlobal(at))});
 }
 
-void TellPointerCrossing(HWND window, QEvent::Type type) {
+void NotifyPointerCrossing(HWND window, QEvent::Type type) {
     if (type == QEvent::Enter) {
         windows::Call(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window),
                       static_cast<LPARAM>(HTCLIENT | WM_MOUSEMOVE << 16U));

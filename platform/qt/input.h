@@ -11,12 +11,12 @@
 
 // The message that an event of the window's widget stands for; nothing for events that the toolkit keeps.
 std::optional<MSG> MessageFromEvent(HWND window, QEvent* event);
-// What a window is told beside the event itself: its cursor when the pointer comes, and, while it has the
-// capture, that the pointer has left it.
-void TellPointerCrossing(HWND window, QEvent::Type type);
-// Tells a window in which the button was let go that the pointer is still over it, as it would hear from the
-// original platform when the capture ends. Without that it would miss the pointer's leaving.
-void TellPointerStays(const QWidget* widget, HWND window);
+// Notifies a window of what the event itself does not say: its cursor when the pointer comes, and, while it
+// has the capture, that the pointer has left it.
+void NotifyPointerCrossing(HWND window, QEvent::Type type);
+// Notifies a window in which the button was released that the pointer is still over it, as the framework does
+// when the capture ends. Without that it would miss the pointer's leaving.
+void NotifyPointerStays(const QWidget* widget, HWND window);
 
 // The default processing of an input message, as the window procedure reaches it.
 class DefaultInput {
@@ -26,7 +26,7 @@ public:
     virtual void HandleCurrentEvent() = 0;
 };
 
-// Makes a toolkit widget the face of a window: input becomes messages, and only what the window procedure
+// Lets a toolkit widget stand for a window: input becomes messages, and only what the window procedure
 // leaves to its default reaches the widget.
 template <class Base>
 class WindowWidget : public Base, public DefaultInput {
@@ -51,7 +51,7 @@ protected:
             const QPointer<QWidget> alive(this);
             const QEvent::Type type = event->type();
             const bool result = Base::event(event);
-            if (alive != nullptr) TellPointerCrossing(m_window, type);
+            if (alive != nullptr) NotifyPointerCrossing(m_window, type);
             return result;
         }
         const QPointer<QWidget> alive(this);
@@ -61,7 +61,7 @@ protected:
         // The wheel is the parent's when this window has not turned anything.
         if (message->message == WM_MOUSEWHEEL && m_current != nullptr) event->setAccepted(result != 0);
         m_current = outer;
-        if (message->message == WM_LBUTTONUP) TellPointerStays(this, m_window);
+        if (message->message == WM_LBUTTONUP) NotifyPointerStays(this, m_window);
         return true;
     }
 

@@ -9,12 +9,13 @@
 #include <QToolTip>
 #include <clocale>
 #include <cstdint>
+#include <tuple>
 #include <utility>
 
 #include "platform/framework/message_queue.h"
 #include "platform/framework/window.h"
 #include "platform/qt/accessible.h"
-#include "platform/qt/peer.h"
+#include "platform/qt/native_widget.h"
 #include "platform/qt/toolkit.h"
 
 namespace {
@@ -32,7 +33,7 @@ QFont MakeDialogFont() {
 
 }  // namespace
 
-std::unique_ptr<NativeToolkit> MakeQtToolkit(int& argc, char** argv) {
+std::unique_ptr<NativeToolkit> CreateQtToolkit(int& argc, char** argv) {
     return std::make_unique<QtToolkit>(argc, argv);
 }
 
@@ -96,8 +97,8 @@ void QtToolkit::RunModal(HWND window) {
     m_modals.push_back({window, &loop, nullptr});
     QWidget* top = widget->window();
     top->setWindowModality(Qt::ApplicationModal);
-    windows::Find(window)->peer->Show(SW_SHOW);
-    // What was posted before the message that is being handled was taken out has had its wake-up already.
+    windows::Find(window)->native->Show(SW_SHOW);
+    // What was posted before the message that is being handled has had its wake-up already.
     Wake();
     loop.exec();
     std::erase_if(m_modals, [&](const Modal& modal) { return modal.loop == &loop; });
@@ -119,32 +120,22 @@ void QtToolkit::WindowGone(HWND window) {
 }
 
 COLORREF QtToolkit::SystemColor(int index) {
-    const auto color = [](QPalette::ColorGroup group, QPalette::ColorRole role) {
+    // Desktops here have pictures and no one colour; this stands for it.
+    if (index == COLOR_BACKGROUND) return RGB(58, 110, 165);
+    constexpr std::tuple<int, QPalette::ColorGroup, QPalette::ColorRole> kRoles[] = {
+        {COLOR_BTNFACE, QPalette::Active, QPalette::Window},
+        {COLOR_BTNSHADOW, QPalette::Active, QPalette::Dark},
+        {COLOR_GRAYTEXT, QPalette::Disabled, QPalette::WindowText},
+        {COLOR_BTNTEXT, QPalette::Active, QPalette::WindowText},
+        {COLOR_BTNHIGHLIGHT, QPalette::Active, QPalette::Light},
+    };
+    for (const auto& [known, group, role] : kRoles) {
+        if (index != known) continue;
         const QColor c = QApplication::palette().color(group, role);
         return RGB(static_cast<unsigned>(c.red()), static_cast<unsigned>(c.green()),
                    static_cast<unsigned>(c.blue()));
-    };
-    switch (index) {
-        case COLOR_BACKGROUND:
-            // Desktops here have pictures and no one colour; this stands for it.
-            return RGB(58, 110, 165);
-        case COLOR_WINDOW:
-            return color(QPalette::Active, QPalette::Base);
-        case COLOR_WINDOWTEXT:
-            return color(QPalette::Active, QPalette::Text);
-        case COLOR_BTNFACE:
-            return color(QPalette::Active, QPalette::Window);
-        case COLOR_BTNSHADOW:
-            return color(QPalette::Active, QPalette::Dark);
-        case COLOR_GRAYTEXT:
-            return color(QPalette::Disabled, QPalette::WindowText);
-        case COLOR_BTNTEXT:
-            return color(QPalette::Active, QPalette::WindowText);
-        case COLOR_BTNHIGHLIGHT:
-            return color(QPalette::Active, QPalette::Light);
-        default:
-            return 0;
     }
+    return 0;
 }
 
 void QtToolkit::DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,

@@ -20,7 +20,7 @@ public:
     QtToolkit(int& argc, char** argv);
     ~QtToolkit() override;
 
-    std::unique_ptr<NativePeer> MakePeer(Window& window) override;
+    std::unique_ptr<NativeWidget> CreateNativeWidget(Window& window) override;
     void Wake() override;
     void Run() override;
     void Quit() override;

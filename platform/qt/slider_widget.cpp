@@ -5,7 +5,7 @@
 SliderWidget::SliderWidget(HWND window, QWidget* parent)
     : WindowWidget<QSlider>(window, Qt::Vertical, parent) {
     setTickPosition(QSlider::TicksBothSides);
-    connect(this, &QSlider::valueChanged, [this] { Tell(Position()); });
+    connect(this, &QSlider::valueChanged, [this] { Notify(Position()); });
 }
 
 int SliderWidget::Position() const {
@@ -50,7 +50,7 @@ void SliderWidget::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void SliderWidget::Tell(int position) {
+void SliderWidget::Notify(int position) {
     const Window* record = windows::Find(WindowHandle());
     if (record == nullptr || record->parent == nullptr) return;
     const UINT code = isSliderDown() ? TB_THUMBTRACK : TB_THUMBPOSITION;

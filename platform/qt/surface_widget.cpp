@@ -13,7 +13,7 @@
 
 namespace {
 
-// A program that was told of a move would delete its file.
+// A program that is answered with a move would delete its file.
 void AcceptCopy(QDropEvent* event) {
     event->setDropAction(Qt::CopyAction);
     event->accept();
@@ -62,11 +62,11 @@ void SurfaceWidget::dropEvent(QDropEvent* event) {
     for (const QUrl& url : event->mimeData()->urls())
         if (url.isLocalFile()) dropped.paths.push_back(url.toLocalFile().toStdString());
     AcceptCopy(event);
-    // One that offers nothing but a move is told that nothing was done.
+    // One that offers nothing but a move is answered that nothing was done.
     if (event->dropAction() != Qt::CopyAction) event->setDropAction(Qt::IgnoreAction);
     if (dropped.paths.empty()) return;
-    // Told later, as the program that the files come from waits until this event has been handled, and the
-    // player may show a message box.
+    // Delivered later, as the program that the files come from waits until this event has been handled, and
+    // the player may show a message box.
     QTimer::singleShot(0, [window = WindowHandle(), dropped = std::move(dropped)] {
         windows::Call(window, WM_DROPFILES, reinterpret_cast<WPARAM>(&dropped), 0);
     });

@@ -20,16 +20,15 @@ Qt::WindowFlags FlagsFor(const Window& window) {
 
 void AddItems(QMenu* menu, const std::vector<resources::MenuItem>& items, HWND window) {
     for (const resources::MenuItem& item : items) {
-        if (item.separator) {
+        if (item.text.empty()) {
             menu->addSeparator();
             continue;
         }
-        if (item.popup) {
+        if (!item.children.empty()) {
             AddItems(menu->addMenu(QString::fromStdString(item.text)), item.children, window);
             continue;
         }
         QAction* action = menu->addAction(QString::fromStdString(item.text));
-        action->setEnabled(!item.grayed);
         action->setData(item.id);
         QObject::connect(action, &QAction::triggered,
                          [window, id = item.id] { windows::Call(window, WM_COMMAND, LOWORD(id), 0); });
@@ -60,10 +59,8 @@ void TopLevelWidget::BuildMenu(unsigned menuId) {
     // The menu stays in the window, where its size is counted.
     m_menuBar->setNativeMenuBar(false);
     m_menuBar->setFont(QApplication::font());
-    for (const resources::MenuItem& item :
-         resources::LoadMenu(menuId).value_or(std::vector<resources::MenuItem>()))
-        if (item.popup)
-            AddItems(m_menuBar->addMenu(QString::fromStdString(item.text)), item.children, m_window);
+    for (const resources::MenuItem& item : resources::LoadMenu(menuId))
+        AddItems(m_menuBar->addMenu(QString::fromStdString(item.text)), item.children, m_window);
 }
 
 void TopLevelWidget::SetClientSize(const QSize& size) {

@@ -58,7 +58,7 @@ public:
 };
 
 // A vertical trackbar, whose positions count down from the top. The toolkit's value counts up from the
-// bottom, as the toolkit draws it and as assistive programs tell it.
+// bottom, as the toolkit draws it and as assistive programs report it.
 class SliderWidget : public WindowWidget<QSlider> {
 public:
     SliderWidget(HWND window, QWidget* parent);
@@ -72,7 +72,7 @@ protected:
 
 private:
     void RangeChanged();
-    void Tell(int position);
+    void Notify(int position);
 };
 
 // A top-level window: its menu bar, if any, and the client area below it.

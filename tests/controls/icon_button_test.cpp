@@ -147,16 +147,16 @@ TEST_F(IconButton, DoubleClickIsTwoPresses) {
 }
 
 TEST_F(IconButton, ReleasesWhatItReplacesAndWhatItHoldsAtTheEnd) {
-    const int before = LiveIconCount();
+    const ui_test::IconWatch icons;
     {
         ToolRow row;
         for (const UINT icon : std::initializer_list<UINT>{IDI_PLAY, IDI_PAUSE, IDI_PLAY}) {
             EXPECT_TRUE(row.m_play.SetIcons(icon));
             EXPECT_TRUE(row.m_play.SetBtnCursor(IDC_POINTING_HAND));
-            EXPECT_EQ(LiveIconCount(), before + 2) << "one icon for both states, and the cursor";
+            EXPECT_EQ(icons.Live(), 2) << "one icon for both states, and the cursor";
         }
     }
-    EXPECT_EQ(LiveIconCount(), before);
+    EXPECT_EQ(icons.Live(), 0);
 }
 
 TEST_F(IconButton, KeyboardReachesItAndPressesIt) {

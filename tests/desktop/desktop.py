@@ -20,7 +20,7 @@ def run(*command):
     return subprocess.run(command, capture_output=True, text=True, check=False).stdout
 
 
-def wait_for(condition, seconds=30.0, what="the condition"):
+def wait_for(condition, seconds=60.0, what="the condition"):
     """What the condition returns once it is true; the time is for a machine that is busy with much else."""
     deadline = time.monotonic() + seconds
     while not (result := condition()):
@@ -142,7 +142,7 @@ class Player:
         return wait_for(lambda: {keyboard_window()} & {*windows(self.pid, name)} - {self.main},
                         what=f"the window {name!r}").pop()
 
-    def ended(self, seconds=30.0):
+    def ended(self, seconds=60.0):
         try:
             return self.process.wait(seconds)
         except subprocess.TimeoutExpired:

@@ -7,10 +7,10 @@
 #include "platform/framework/window.h"
 #include "res/player_resources.h"
 
-class HeadlessToolkit::Peer : public NativePeer {
+class HeadlessToolkit::Widget : public NativeWidget {
 public:
-    Peer(HeadlessToolkit& toolkit, Window& window) : m_toolkit(toolkit), m_window(window) {}
-    ~Peer() override {
+    Widget(HeadlessToolkit& toolkit, Window& window) : m_toolkit(toolkit), m_window(window) {}
+    ~Widget() override {
         std::erase_if(m_toolkit.m_timers, [this](const Timer& t) { return t.window == m_window.handle; });
     }
 
@@ -78,8 +78,8 @@ void HeadlessToolkit::FireTimers() {
     }
 }
 
-std::unique_ptr<NativePeer> HeadlessToolkit::MakePeer(Window& window) {
-    return std::make_unique<Peer>(*this, window);
+std::unique_ptr<NativeWidget> HeadlessToolkit::CreateNativeWidget(Window& window) {
+    return std::make_unique<Widget>(*this, window);
 }
 
 void HeadlessToolkit::MessageBox(HWND owner, const std::string& text, const std::string& caption,

@@ -46,7 +46,7 @@ public:
     std::vector<Box> boxes;
     std::function<void()> duringBox;  // run while a box is up
 
-    std::unique_ptr<NativePeer> MakePeer(Window& window) override;
+    std::unique_ptr<NativeWidget> CreateNativeWidget(Window& window) override;
     void Wake() override {}
     void Run() override {}
     void Quit() override {}
@@ -69,6 +69,6 @@ public:
     void AnnounceValue(HWND) override {}
 
 private:
-    class Peer;
+    class Widget;
     std::set<Timer> m_timers;
 };

@@ -11,6 +11,7 @@
 #include "platform/framework/window.h"
 #include "platform/qt/toolkit.h"
 #include "res/player_resources.h"
+#include "res/resource.h"
 
 namespace ui_test {
 namespace {
@@ -74,6 +75,19 @@ bool IsScribbled(CWnd& window, int x, int y) {
     return PixelOf(window, x, y) == kScribble;
 }
 
+std::uintptr_t IconWatch::NextHandle() {
+    const HICON icon = LoadImage(IDI_PLAY, IMAGE_ICON);
+    DestroyIcon(icon);
+    return reinterpret_cast<std::uintptr_t>(icon);
+}
+
+int IconWatch::Live() const {
+    int live = 0;
+    for (std::uintptr_t handle = NextHandle(); handle > m_first; --handle)
+        if (IconImage(reinterpret_cast<HICON>(handle)) != nullptr) ++live;
+    return live;
+}
+
 bool HasControlNamed(const std::string& name) {
     const auto widgets = QApplication::allWidgets();
     return std::any_of(widgets.begin(), widgets.end(),
@@ -109,7 +123,7 @@ int main(int argc, char** argv) {
     if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
     // Never a window on the desktop of whoever runs this by hand.
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    const auto toolkit = MakeQtToolkit(argc, argv);
+    const auto toolkit = CreateQtToolkit(argc, argv);
     SetToolkit(toolkit.get());
     UsePlayerResources();
     const int result = RUN_ALL_TESTS();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -35,6 +36,16 @@ COLORREF PixelOf(CWnd& window, int x, int y);
 // leaves.
 void Scribble(CWnd& window);
 bool IsScribbled(CWnd& window, int x, int y);
+
+// Icons and cursors loaded since it was made that are not released: handles count up.
+class IconWatch {
+public:
+    int Live() const;
+
+private:
+    static std::uintptr_t NextHandle();
+    std::uintptr_t m_first = NextHandle();
+};
 
 // Whether an assistive program finds a control of this name.
 bool HasControlNamed(const std::string& name);

@@ -6,7 +6,6 @@
 namespace {
 
 constexpr COLORREF kRed = RGB(255, 0, 0);
-constexpr COLORREF kBlue = RGB(0, 0, 255);
 constexpr COLORREF kBlack = 0;
 
 // A memory context with a bitmap of its own.
@@ -38,28 +37,6 @@ TEST(Drawing, LinesLeaveOutTheirEndPoint) {
     c.dc.Polyline(corners, 3);
     EXPECT_EQ(c.dc.GetPixel(0, 7), kRed) << "the second line starts where the first one stopped";
     EXPECT_EQ(c.dc.GetPixel(3, 7), kBlack);
-}
-
-TEST(Drawing, FillsHeedClipAndOrigin) {
-    Canvas c(8, 8);
-    const RECT clip{0, 0, 6, 6};
-    c.dc.IntersectClipRect(&clip);
-    c.dc.SetWindowOrg(10, 20);
-    c.dc.FillSolidRect(12, 22, 20, 20, kRed);
-    c.dc.SetWindowOrg(0, 0);
-    for (int at = 0; at < 8; ++at) EXPECT_EQ(c.dc.GetPixel(at, 5), at >= 2 && at < 6 ? kRed : kBlack) << at;
-    EXPECT_EQ(c.dc.GetPixel(5, 6), kBlack);
-}
-
-TEST(Drawing, AnUnknownRasterOperationIsRefused) {
-    Canvas from(4, 4);
-    Canvas to(8, 8);
-    from.dc.FillSolidRect(0, 0, 4, 4, kRed);
-    to.dc.FillSolidRect(0, 0, 8, 8, kBlue);
-    EXPECT_TRUE(to.dc.BitBlt(2, 2, 4, 4, &from.dc, 2, 2, SRCPAINT));
-    EXPECT_EQ(to.dc.GetPixel(2, 2), kRed | kBlue);
-    EXPECT_EQ(to.dc.GetPixel(4, 4), kBlue) << "the source has no pixels there";
-    EXPECT_FALSE(to.dc.BitBlt(0, 0, 2, 2, &from.dc, 0, 0, 0x12345678U));
 }
 
 // A picture scrolled within itself must not read what it has already written, whichever way it goes.

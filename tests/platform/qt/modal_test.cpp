@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QTimer>
 #include <QWidget>
+#include <thread>
 
 #include "platform/framework/afxcmn.h"
 #include "res/resource.h"
@@ -76,20 +77,16 @@ TEST(RefusalsDeathTest, NameWhatIsMissing) {
     const CRect rect(0, 0, 9, 9);
     const LPCTSTR plain = AfxRegisterWndClass(0);
     const auto nothing = [](LPVOID) -> UINT { return 0; };
-    CDC dc;
-    EXPECT_DEATH(window.Create(4711), "dialog: 0x1267");
-    EXPECT_DEATH(AfxRegisterWndClass(0x0008), "window class: 0x8");
+    CStatic control;
+    CDataExchange dx(&window, FALSE);
+    EXPECT_DEATH(DDX_Control(&dx, 4711, control), "4711");
+    EXPECT_DEATH(CDialog().Create(4711), "dialog: 0x1267");
     EXPECT_DEATH(CWnd().CreateEx(0, "none", "", WS_CHILD, rect, &window, 0), "window class: none");
     EXPECT_DEATH(CWnd().CreateEx(0, plain, "", WS_CHILD | 0x00200000U, rect, &window, 0), "0x40200000");
-    EXPECT_DEATH(CWnd().CreateEx(0, plain, "", WS_POPUP, rect, &window, 0), "0x80000000");
-    EXPECT_DEATH(CWnd().CreateEx(0x00000008U, plain, "", WS_CHILD, rect, &window, 0), "0x8");
     EXPECT_DEATH(window.MessageBox("", "", 0x0004), "message box: 0x4");
-    EXPECT_DEATH(window.RedrawWindow(nullptr, 0x0400), "0x400");
     EXPECT_DEATH(AfxBeginThread(nothing, nullptr, 2), "priority");
-    EXPECT_DEATH(AfxBeginThread(nothing, nullptr, THREAD_PRIORITY_NORMAL, 65536), "stack size");
-    EXPECT_DEATH(CFileDialog(FALSE, "", "", 0, "", nullptr), "file dialog");
+    EXPECT_DEATH(std::thread([&] { window.SendMessage(kClose); }).join(), "another thread");
     EXPECT_DEATH(CPen(PS_SOLID, 2, 0), "pen");
-    EXPECT_DEATH(dc.SetMapMode(8), "mapping mode: 0x8");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "platform/qt/peer.h"
+#include "platform/qt/native_widget.h"
 
 #include <QBitmap>
 #include <QCursor>
@@ -12,9 +12,9 @@
 
 namespace {
 
-QtPeer* PeerOf(HWND window) {
+QtNativeWidget* NativeOf(HWND window) {
     const Window* record = windows::Find(window);
-    return record == nullptr ? nullptr : static_cast<QtPeer*>(record->peer.get());
+    return record == nullptr ? nullptr : static_cast<QtNativeWidget*>(record->native.get());
 }
 
 QRect ToQRect(const RECT& rect) {
@@ -24,8 +24,8 @@ QRect ToQRect(const RECT& rect) {
 }  // namespace
 
 QWidget* WidgetOf(HWND window) {
-    const QtPeer* peer = PeerOf(window);
-    return peer == nullptr ? nullptr : peer->Client();
+    const QtNativeWidget* native = NativeOf(window);
+    return native == nullptr ? nullptr : native->Client();
 }
 
 HWND HandleOf(const QWidget* widget) {
@@ -38,17 +38,17 @@ HWND HandleOf(const QWidget* widget) {
     return nullptr;
 }
 
-std::unique_ptr<NativePeer> QtToolkit::MakePeer(Window& window) {
-    return std::make_unique<QtPeer>(window);
+std::unique_ptr<NativeWidget> QtToolkit::CreateNativeWidget(Window& window) {
+    return std::make_unique<QtNativeWidget>(window);
 }
 
-QtPeer::QtPeer(Window& window) : m_window(window.handle) {
+QtNativeWidget::QtNativeWidget(Window& window) : m_window(window.handle) {
     if (window.IsTopLevel()) {
         QWidget* owner = WidgetOf(window.owner);
         m_top = new TopLevelWidget(window, owner == nullptr ? nullptr : owner->window());
         m_top->setProperty("window", QVariant::fromValue(reinterpret_cast<quintptr>(m_window)));
         m_outer = m_top;
-        MakeControl(window, m_top->ClientParent());
+        CreateControl(window, m_top->ClientParent());
         m_client->setFont(QtToolkit::Instance().DialogFont());
         m_client->show();
     } else {
@@ -57,10 +57,10 @@ QtPeer::QtPeer(Window& window) : m_window(window.handle) {
             const bool border = (window.style & WS_BORDER) != 0;
             auto* edge = new EdgeWidget(parent, border, window.border - (border ? 1 : 0));
             m_outer = edge;
-            MakeControl(window, edge);
+            CreateControl(window, edge);
             m_client->show();
         } else {
-            MakeControl(window, parent);
+            CreateControl(window, parent);
             m_outer = m_client;
             m_outer->hide();
         }
@@ -70,7 +70,7 @@ QtPeer::QtPeer(Window& window) : m_window(window.handle) {
     Place(window.rect);
 }
 
-void QtPeer::MakeControl(Window& window, QWidget* parent) {
+void QtNativeWidget::CreateControl(Window& window, QWidget* parent) {
     if (window.kind == Window::Kind::kTrackbar) {
         m_slider = new SliderWidget(m_window, parent);
         m_client = m_slider;
@@ -92,7 +92,7 @@ void QtPeer::MakeControl(Window& window, QWidget* parent) {
     m_client->setFocusPolicy(!tabStop || window.IsTopLevel() ? Qt::NoFocus : Qt::StrongFocus);
 }
 
-QtPeer::~QtPeer() {
+QtNativeWidget::~QtNativeWidget() {
     for (const auto& [id, timer] : m_timers) timer->deleteLater();
     QtToolkit::Instance().WindowGone(m_window);
     if (m_outer == nullptr) return;
@@ -101,7 +101,7 @@ QtPeer::~QtPeer() {
     m_outer->deleteLater();
 }
 
-void QtPeer::Place(const RECT& rect) {
+void QtNativeWidget::Place(const RECT& rect) {
     if (m_top != nullptr) {
         const QSize size = ToQRect(rect).size();
         m_top->SetClientSize(size);
@@ -114,12 +114,12 @@ void QtPeer::Place(const RECT& rect) {
     m_client->setGeometry(m_outer->rect().adjusted(border, border, -border, -border));
 }
 
-void QtPeer::CenterOnScreen() {
+void QtNativeWidget::CenterOnScreen() {
     const QRect screen = m_outer->screen()->availableGeometry();
     m_outer->move(screen.center() - m_outer->rect().center());
 }
 
-void QtPeer::Show(int cmdShow) {
+void QtNativeWidget::Show(int cmdShow) {
     switch (cmdShow) {
         case SW_HIDE:
             m_outer->hide();
@@ -139,11 +139,11 @@ void QtPeer::Show(int cmdShow) {
     }
 }
 
-void QtPeer::Enable(bool enable) {
+void QtNativeWidget::Enable(bool enable) {
     m_outer->setEnabled(enable);
 }
 
-void QtPeer::SetText(const std::string& text) {
+void QtNativeWidget::SetText(const std::string& text) {
     const QString string = QString::fromStdString(text);
     if (m_top != nullptr) m_top->setWindowTitle(string);
     if (m_button != nullptr) m_button->setText(string);
@@ -152,47 +152,47 @@ void QtPeer::SetText(const std::string& text) {
     if (m_top == nullptr && m_button == nullptr && m_checkBox == nullptr) m_client->setAccessibleName(string);
 }
 
-void QtPeer::SetAccessibleName(const std::string& name) {
+void QtNativeWidget::SetAccessibleName(const std::string& name) {
     m_client->setAccessibleName(QString::fromStdString(name));
 }
 
-void QtPeer::SetFocus() {
+void QtNativeWidget::SetFocus() {
     m_client->setFocus(Qt::OtherFocusReason);
 }
 
-bool QtPeer::IsMinimized() const {
+bool QtNativeWidget::IsMinimized() const {
     return m_outer->isMinimized();
 }
 
-void QtPeer::SetCursor(const Image* cursor) {
+void QtNativeWidget::SetCursor(const Image* cursor) {
     if (cursor == nullptr)
         m_client->unsetCursor();
     else
-        m_client->setCursor(QCursor(QPixmap::fromImage(ToQImage(*cursor)), cursor->hot_x, cursor->hot_y));
+        m_client->setCursor(QCursor(QPixmap::fromImage(ToQImage(*cursor)), cursor->hotX, cursor->hotY));
 }
 
-void QtPeer::SetIcon(const Image& icon) {
+void QtNativeWidget::SetIcon(const Image& icon) {
     m_outer->setWindowIcon(QIcon(QPixmap::fromImage(ToQImage(icon))));
 }
 
-void QtPeer::AcceptDrops(bool accept) {
+void QtNativeWidget::AcceptDrops(bool accept) {
     m_client->setAcceptDrops(accept);
 }
 
-void QtPeer::SetShortcut(unsigned command, const std::string& shortcuts) {
+void QtNativeWidget::SetShortcut(unsigned command, const std::string& shortcuts) {
     if (m_top != nullptr) m_top->SetShortcut(command, QString::fromStdString(shortcuts));
 }
 
-void QtPeer::ShowSurface(const RECT& area) {
+void QtNativeWidget::ShowSurface(const RECT& area) {
     m_client->update(ToQRect(area));
 }
 
-CPoint QtPeer::ClientOrigin() const {
+CPoint QtNativeWidget::ClientOrigin() const {
     const QPoint origin = m_client->mapToGlobal(QPoint(0, 0));
     return CPoint(origin.x(), origin.y());
 }
 
-void QtPeer::StartTimer(std::uintptr_t id, unsigned milliseconds) {
+void QtNativeWidget::StartTimer(std::uintptr_t id, unsigned milliseconds) {
     QTimer*& timer = m_timers[id];
     if (timer == nullptr) {
         timer = new QTimer;
@@ -203,7 +203,7 @@ void QtPeer::StartTimer(std::uintptr_t id, unsigned milliseconds) {
     timer->start(static_cast<int>(milliseconds));
 }
 
-bool QtPeer::StopTimer(std::uintptr_t id) {
+bool QtNativeWidget::StopTimer(std::uintptr_t id) {
     const auto found = m_timers.find(id);
     if (found == m_timers.end()) return false;
     found->second->stop();
@@ -212,7 +212,7 @@ bool QtPeer::StopTimer(std::uintptr_t id) {
     return true;
 }
 
-LRESULT QtPeer::ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT QtNativeWidget::ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_MOUSEMOVE:
         case WM_LBUTTONDOWN:
@@ -240,8 +240,8 @@ LRESULT QtPeer::ControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-LRESULT QtPeer::SliderMessage(UINT message, LPARAM lParam) {
-    // What the player sets is not told back to it.
+LRESULT QtNativeWidget::SliderMessage(UINT message, LPARAM lParam) {
+    // What the player sets is not reported to it.
     const QSignalBlocker quiet(m_slider);
     switch (message) {
         case TBM_GETPOS:
@@ -260,7 +260,7 @@ LRESULT QtPeer::SliderMessage(UINT message, LPARAM lParam) {
     }
 }
 
-UINT QtPeer::ItemState() const {
+UINT QtNativeWidget::ItemState() const {
     if (m_button == nullptr) return 0;
     return (m_button->isDown() ? ODS_SELECTED : 0) | (m_button->isEnabled() ? 0 : ODS_DISABLED) |
            (m_button->hasFocus() ? ODS_FOCUS : 0);

@@ -9,10 +9,10 @@
 
 class QTimer;
 
-class QtPeer : public NativePeer {
+class QtNativeWidget : public NativeWidget {
 public:
-    explicit QtPeer(Window& window);
-    ~QtPeer() override;
+    explicit QtNativeWidget(Window& window);
+    ~QtNativeWidget() override;
 
     void Place(const RECT& rect) override;
     void CenterOnScreen() override;
@@ -36,7 +36,7 @@ public:
     QWidget* Client() const { return m_client; }
 
 private:
-    void MakeControl(Window& window, QWidget* parent);
+    void CreateControl(Window& window, QWidget* parent);
     LRESULT SliderMessage(UINT message, LPARAM lParam);
 
     HWND m_window;
