@@ -9,7 +9,7 @@ public:
     CPlayerApp();
     ~CPlayerApp() override;
 
-    // Registers the file type, closes an older player, makes the main window and plays the message named on
+    // Registers the file type, closes an older player, creates the main window and plays the message named on
     // the command line. FALSE only when a newer player has taken over meanwhile.
     BOOL InitInstance() override;
     // Keeps Enter and Escape from the player's own windows: as dialogs they would be closed by them.

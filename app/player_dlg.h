@@ -1,6 +1,6 @@
 // The player's main window: menu, three icon buttons and the frame that holds the message panel.
 //
-// UI thread only. Made with new; the object deletes itself when its window is destroyed, which a newer
+// UI thread only. Created with new; the object deletes itself when its window is destroyed, which a newer
 // instance, the close box or Alt+F4 can bring about inside any modal call made from here. After such a call
 // no member is touched before IsWindow has said that the window still exists.
 #pragma once

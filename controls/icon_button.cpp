@@ -60,7 +60,7 @@ BOOL CIconButton::SetBtnCursor(UINT nCursor) {
 BOOL CIconButton::SetTooltipText(UINT nString) {
     CString text;
     if (!text.LoadString(nString) || text.IsEmpty()) return FALSE;
-    MakeToolTip();
+    CreateToolTip();
     if (m_toolTip.GetToolCount() == 0) {
         CRect client;
         GetClientRect(client);
@@ -81,7 +81,7 @@ void CIconButton::RepaintNow() {
     RedrawWindow(nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
 }
 
-void CIconButton::MakeToolTip() {
+void CIconButton::CreateToolTip() {
     if (m_toolTip.GetSafeHwnd() != nullptr) return;
     m_toolTip.Create(this);
     m_toolTip.SetDelayTime(TTDT_AUTOPOP, kTipAutoPopMs);
@@ -98,7 +98,7 @@ void CIconButton::PreSubclassWindow() {
 }
 
 BOOL CIconButton::PreTranslateMessage(MSG* pMsg) {
-    MakeToolTip();
+    CreateToolTip();
     m_toolTip.RelayEvent(pMsg);
     return CButton::PreTranslateMessage(pMsg);
 }

@@ -36,7 +36,7 @@ protected:
 private:
     void PutIcon(HICON& slot, HICON hIcon);
     void RepaintNow();
-    void MakeToolTip();
+    void CreateToolTip();
     void EndHover();
     void DrawEdge(CDC& dc, const RECT& rect, int nTopLeftColor, int nBottomRightColor) const;
 

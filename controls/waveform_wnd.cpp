@@ -19,7 +19,7 @@ ON_WM_PAINT()
 ON_WM_SIZE()
 END_MESSAGE_MAP()
 
-void CWaveformWnd::Canvas::Make(CDC* pWindowDC, int width, int height) {
+void CWaveformWnd::Canvas::Create(CDC* pWindowDC, int width, int height) {
     if (!bitmap.CreateCompatibleBitmap(pWindowDC, width, height)) return;
     dc.CreateCompatibleDC(pWindowDC);
     pPrevBitmap = dc.SelectObject(&bitmap);
@@ -129,9 +129,9 @@ void CWaveformWnd::RecalcLayout() {
 void CWaveformWnd::RedrawAll() {
     if (GetSafeHwnd() == nullptr) return;
     CClientDC dc(this);
-    if (!m_grid.Exists()) m_grid.Make(&dc, m_rectClient.Width(), m_rectClient.Height());
+    if (!m_grid.Exists()) m_grid.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
     if (m_grid.Exists()) DrawGrid();
-    if (!m_trace.Exists()) m_trace.Make(&dc, m_rectClient.Width(), m_rectClient.Height());
+    if (!m_trace.Exists()) m_trace.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
     if (m_trace.Exists()) {
         FillBackground(m_trace.dc, m_rectClient, m_clrBackground);
         CRect clip = m_rectPlot;
@@ -172,7 +172,7 @@ void CWaveformWnd::DrawGrid() {
 
 int CWaveformWnd::PlotY(float fValue) const {
     const float rise = (fValue - m_fLower) * m_fScale;
-    // An empty or endless range, or a scale that no longer fits it, gives heights that no integer holds.
+    // An empty or endless range, or a scale that no longer fits it, has heights that no integer holds.
     constexpr float kFar = 30000.0F;
     if (std::isnan(rise)) return m_rectPlot.bottom;
     return m_rectPlot.bottom - static_cast<int>(std::clamp(rise, -kFar, kFar));

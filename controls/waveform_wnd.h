@@ -13,8 +13,8 @@ public:
     CWaveformWnd();
     ~CWaveformWnd() override;
 
-    // Makes the window, with a static edge. rect is the outer rectangle in the parent's client coordinates.
-    // The canvases take the client size of this moment and keep it. FALSE when the window cannot be made.
+    // Creates the window, with a static edge. rect is the outer rectangle in the parent's client coordinates.
+    // The canvases take the client size of this moment and keep it. FALSE when the window cannot be created.
     virtual BOOL Create(DWORD dwStyle, const RECT& rect, CWnd* pParent, UINT nID);
 
     // Values shown at the bottom and at the top. Refused unless fUpper >= fLower and fUpper >= 0. Without
@@ -60,7 +60,7 @@ private:
         CBitmap bitmap;
         CBitmap* pPrevBitmap = nullptr;
         bool Exists() const { return pPrevBitmap != nullptr; }
-        void Make(CDC* pWindowDC, int width, int height);
+        void Create(CDC* pWindowDC, int width, int height);
         void Free();
     };
 

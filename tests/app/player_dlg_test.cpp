@@ -126,18 +126,6 @@ TEST_F(PlayerDlg, EachWayToEachState) {
     }
 }
 
-TEST_F(PlayerDlg, AtItsEndAMessageCanBePlayedAgain) {
-    Open(Sample("greeting-voice.trv"));
-    for (int round = 0; round < 2; ++round) {
-        m_sound->ForgetHeard();
-        for (int i = 0; i < 20000 && Face() == "Pause"; ++i) Play(20);
-        EXPECT_EQ(Face(), "Play");
-        EXPECT_GE(m_sound->HeardCount(), 540U * 160U);
-        Command(ID_PLAY_PLAYPAUSE);
-        EXPECT_EQ(Face(), "Pause");
-    }
-}
-
 TEST_F(PlayerDlg, TheTitleNamesWhatFollowsTheLastSlash) {
     const TestFolder folder;
     for (const char* name : {"hello.trv", "with\\backslash.trv", "two words.trv", "grüße.trv"}) {
@@ -341,21 +329,6 @@ TEST_F(PlayerDlg, ClosedUnderAModalWindowNothingTouchesIt) {
         m_sound->SetOpenResult(MMSYSERR_NOERROR);
         SetUp();
     }
-}
-
-TEST_F(PlayerDlg, ManyRoundsOfPostedCommands) {
-    for (int round = 0; round < 500; ++round) {
-        m_pDlg->OpenMessage(CString(Sample(round % 2 == 0 ? "greeting-voice.trv" : "greeting-video.trv")));
-        for (const int command : {ID_PLAY_PLAYPAUSE, ID_PLAY_PLAYPAUSE, ID_PLAY_STOP, ID_PLAY_PLAYPAUSE}) {
-            ::PostMessage(m_hWnd, WM_COMMAND, static_cast<WPARAM>(command), 0);
-            m_sound->Advance(30);
-            if (round % 3 == 0) Pump();
-        }
-        if (round % 5 != 0) ::PostMessage(m_hWnd, WM_COMMAND, ID_FILE_CLOSE, 0);
-        Pump();
-    }
-    Command(ID_FILE_CLOSE);
-    EXPECT_FALSE(m_sound->IsOpen());
 }
 
 }  // namespace
