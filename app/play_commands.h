@@ -5,6 +5,43 @@
 #include <cstdint>
 
 #include "platform/framework/wintypes.h"
+#include "res/resource.h"
+
+// The frame of 20 ms to which a command that moves in the message leads; at most the message's length.
+constexpr int MoveTarget(UINT nCommand, int nPosition, int nLength) {
+    constexpr std::int64_t kSecond = 50;
+    const std::int64_t tenth = std::max(nLength / 10, 1);
+    std::int64_t target = nPosition;
+    switch (nCommand) {
+        case ID_PLAY_BACK_5:
+            target -= 5 * kSecond;
+            break;
+        case ID_PLAY_ON_5:
+            target += 5 * kSecond;
+            break;
+        case ID_PLAY_BACK_1:
+            target -= kSecond;
+            break;
+        case ID_PLAY_ON_1:
+            target += kSecond;
+            break;
+        case ID_PLAY_BACK_TENTH:
+            target -= tenth;
+            break;
+        case ID_PLAY_ON_TENTH:
+            target += tenth;
+            break;
+        case ID_PLAY_TO_START:
+            target = 0;
+            break;
+        case ID_PLAY_TO_END:
+            target = nLength;
+            break;
+        default:
+            break;
+    }
+    return static_cast<int>(std::clamp<std::int64_t>(target, 0, std::max(nLength, 0)));
+}
 
 // A volume a twentieth of its range louder or quieter, within the range.
 constexpr DWORD SteppedVolume(DWORD dwVolume, DWORD dwLowest, DWORD dwHighest, bool bLouder) {

@@ -33,6 +33,16 @@ ON_COMMAND(ID_FILE_CLOSE, OnFileClose)
 ON_COMMAND(ID_FILE_EXIT, OnFileExit)
 ON_COMMAND(ID_PLAY_PLAYPAUSE, OnPlayPause)
 ON_COMMAND(ID_PLAY_STOP, OnStop)
+ON_COMMAND(ID_PLAY_BACK_5, OnMove<ID_PLAY_BACK_5>)
+ON_COMMAND(ID_PLAY_ON_5, OnMove<ID_PLAY_ON_5>)
+ON_COMMAND(ID_PLAY_BACK_1, OnMove<ID_PLAY_BACK_1>)
+ON_COMMAND(ID_PLAY_ON_1, OnMove<ID_PLAY_ON_1>)
+ON_COMMAND(ID_PLAY_BACK_TENTH, OnMove<ID_PLAY_BACK_TENTH>)
+ON_COMMAND(ID_PLAY_ON_TENTH, OnMove<ID_PLAY_ON_TENTH>)
+ON_COMMAND(ID_PLAY_TO_START, OnMove<ID_PLAY_TO_START>)
+ON_COMMAND(ID_PLAY_TO_END, OnMove<ID_PLAY_TO_END>)
+ON_COMMAND(ID_PLAY_PREVIOUS_PICTURE, OnPreviousPicture)
+ON_COMMAND(ID_PLAY_NEXT_PICTURE, OnNextPicture)
 ON_COMMAND(ID_PLAY_LOUDER, OnLouder)
 ON_COMMAND(ID_PLAY_QUIETER, OnQuieter)
 ON_COMMAND(ID_PLAY_MUTE, OnMute)
@@ -188,13 +198,38 @@ BOOL CPlayerDlg::PreTranslateMessage(MSG* pMsg) {
     if (pMsg->message == WM_KEYDOWN) {
         const UINT nModifiers = (GetKeyState(static_cast<int>(VK_SHIFT)) < 0 ? MK_SHIFT : 0) |
                                 (GetKeyState(static_cast<int>(VK_CONTROL)) < 0 ? MK_CONTROL : 0);
-        if (const CKeyCommand* pKey = FindKey(pMsg->wParam, nModifiers)) {
+        const CKeyCommand* pKey = FindKey(pMsg->wParam, nModifiers);
+        // A button is pressed by Space, as everywhere.
+        const BOOL bButtons =
+            pMsg->wParam == VK_SPACE && dynamic_cast<CButton*>(FromHandle(pMsg->hwnd)) != nullptr;
+        if (pKey != nullptr && !bButtons) {
             constexpr LPARAM kHeld = 0x40000000;
             if (pKey->bRepeats || (pMsg->lParam & kHeld) == 0) SendMessage(WM_COMMAND, pKey->nCommand);
             return TRUE;
         }
     }
     return CDialog::PreTranslateMessage(pMsg);
+}
+
+void CPlayerDlg::Move(UINT nCommand) {
+    if (!m_bOpen) return;
+    m_pPanel->SeekTo(MoveTarget(nCommand, m_pPanel->GetPosition(), m_pPanel->GetLength()));
+}
+
+// The panel pauses for it.
+void CPlayerDlg::StepPicture(int nPictures) {
+    if (!m_bOpen) return;
+    m_bPlaying = FALSE;
+    ShowPlaying(FALSE);
+    m_pPanel->StepPicture(nPictures);
+}
+
+void CPlayerDlg::OnPreviousPicture() {
+    StepPicture(-1);
+}
+
+void CPlayerDlg::OnNextPicture() {
+    StepPicture(1);
 }
 
 BOOL CPlayerDlg::OpenMixer() {

@@ -41,6 +41,12 @@ protected:
     afx_msg void OnFileExit();
     afx_msg void OnPlayPause();
     afx_msg void OnStop();
+    template <UINT nCommand>
+    afx_msg void OnMove() {
+        Move(nCommand);
+    }
+    afx_msg void OnPreviousPicture();
+    afx_msg void OnNextPicture();
     afx_msg void OnLouder();
     afx_msg void OnQuieter();
     afx_msg void OnMute();
@@ -54,6 +60,8 @@ private:
     void ShowPlaying(BOOL bPlaying);
     void ShowVolumeLatched(BOOL bLatched);
     void ResetTitle();
+    void Move(UINT nCommand);
+    void StepPicture(int nPictures);
     BOOL OpenMixer();
     void ChangeVolume(BOOL bLouder);
 
