@@ -286,7 +286,7 @@ LRESULT CMessagePanel::OnBarMoveBy(WPARAM, LPARAM lParam) {
 LRESULT CMessagePanel::OnReaderEnded(WPARAM wParam, LPARAM lParam) {
     if (!HasMessage() || wParam != m_pSource->gate.GetMove()) return 0;
     m_end = static_cast<MessageEnd>(lParam);
-    m_nBlocksSinceEnd = 0;
+    if (m_state == PanelState::Playing) m_nBlocksSinceEnd = 0;
     Handle(PanelEvent::ReadAll);
     if (m_pSource->outputs.bSound && m_pWaveDevice->GetQueuedCount() == 0) Handle(PanelEvent::RanDry);
     return 0;

@@ -180,11 +180,11 @@ TEST_F(PanelFile, AMessageThatIsStillBeingWrittenGoesOn) {
     WaitForReader();
     ASSERT_TRUE(Hear(50));
     grow(before, before + 331 * 3);
-    ASSERT_TRUE(Hear(26));
+    ASSERT_TRUE(Hear(28));
     WaitForReader();
-    ASSERT_TRUE(Hear(14));
-    grow(before + 331 * 3, message.Data().size());
     ASSERT_TRUE(Hear(12));
+    grow(before + 331 * 3, message.Data().size());
+    ASSERT_TRUE(Hear(17));
     WaitForReader();
     ASSERT_TRUE(HearToTheEnd());
     EXPECT_EQ(m_sound->Heard(), message.Samples());

@@ -14,16 +14,14 @@ BOOL LockItself(CEvent* event, DWORD timeout) __asm__("__real__ZN6CEvent4LockEj"
 BOOL LockHeld(CEvent* event, DWORD timeout) __asm__("__wrap__ZN6CEvent4LockEj");
 
 namespace {
-std::atomic<bool> g_holdAtWait = false, g_heldAtWait = false, g_endWasLost = false;
+std::atomic<bool> g_holdAtWait = false, g_heldAtWait = false;
 }
 
 BOOL LockHeld(CEvent* event, DWORD timeout) {
     if (!g_holdAtWait) return LockItself(event, timeout);
     g_heldAtWait = true;
     while (g_holdAtWait) std::this_thread::yield();
-    const BOOL signalled = LockItself(event, 5000);
-    if (!signalled) g_endWasLost = true;
-    return signalled;
+    return LockItself(event, timeout);
 }
 
 namespace {
@@ -41,9 +39,8 @@ TEST(VideoWndThreads, PauseBetweenThePacingThreadsLookAndItsWaitEndsItAllTheSame
         std::this_thread::sleep_for(100ms);
         g_holdAtWait = false;
     });
-    video.Pause();
+    video.Pause();  // would not return
     release.join();
-    EXPECT_FALSE(g_endWasLost);
 }
 
 }  // namespace
