@@ -6,7 +6,7 @@
 
 inline constexpr char kApplicationName[] = "Trivelle Message Player";
 inline constexpr char kApplicationId[] = "trivelle.MessagePlayer";
-inline constexpr char kApplicationIcon[] = "trvplayer";
+inline constexpr char kApplicationIcon[] = "com.trivelle.MessagePlayer";
 inline constexpr char kMediaName[] = "Recorded message";
 
 // The name under which the server's stream-restore database keeps them.

@@ -28,7 +28,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Pause comes when the pacing thread has seen that it shall run, but does not wait for a tick yet.
+// Pause comes when the pacing thread has seen that it shall run, but does not wait for a tick yet. Where its
+// signal is lost, Pause never returns.
 TEST(VideoWndThreads, PauseBetweenThePacingThreadsLookAndItsWaitEndsItAllTheSame) {
     ui_test::HostDialog host(IDD_PLAYER_DIALOG);
     CVideoWnd video(&host, nullptr, 64, 48, 1, 20);
