@@ -50,7 +50,8 @@ Dib ReadDib(std::span<const std::uint8_t> data, bool withMask) {
 }
 
 std::uint32_t Pixel(const Dib& dib, std::span<const std::uint8_t> row, std::size_t x) {
-    if (dib.bits == 4) return dib.palette[row[x / 2] >> (x % 2 == 0 ? 4U : 0U) & 15U];
+    const unsigned shift = x % 2 == 0 ? 4 : 0;
+    if (dib.bits == 4) return dib.palette[static_cast<unsigned>(row[x / 2]) >> shift & 15U];
     if (dib.bits == 8) return dib.palette[row[x]];
     const std::size_t step = dib.bits / 8;
     const std::uint8_t* p = row.subspan(x * step, step).data();
