@@ -51,8 +51,7 @@ const SampleMessage& Sample() {
 const std::vector<Payload>& Busy() {
     static const std::vector<Payload> busy = [] {
         std::vector<Payload> payloads;
-        for (uint32_t seed = 1; seed <= 4; ++seed)
-            payloads.push_back(RandomPayload(SharedCodes(), seed, 290, 1.0));
+        for (uint32_t seed = 1; seed <= 4; ++seed) payloads.push_back(RandomPayload(seed, 290, 1.0));
         return payloads;
     }();
     return busy;

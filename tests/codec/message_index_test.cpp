@@ -6,9 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 #include <thread>
 
-#include "tests/codec/message_test_file.h"
+#include "tests/support/message_builder.h"
 
 namespace {
 
@@ -77,17 +78,39 @@ void BuildToEnd(MessageIndex& index, int descriptor) {
 // The index agrees with the reader on each record's place and on how the message ends, also when it watched
 // the file grow.
 TEST(MessageIndex, FindsWhatTheReaderFinds) {
-    for (const RecordsCase& c : kRecordsCases) {
+    using Bytes = std::vector<uint8_t>;
+    const auto message = [] { return MessageBuilder(3); };
+    const struct {
+        const char* what;
+        MessageBuilder message;
+        std::string read;  // S: speech, V: video, p: a skipped byte
+        MessageEnd end;
+    } cases[] = {
+        {"header only", message(), "", MessageEnd::Clean},
+        {"both", message().Video(5, Bytes(5)).Speech(2).Video(0, {}), "VSSV", MessageEnd::Clean},
+        {"stray bytes", message().Bytes({7}).Speech(1).Bytes({2, 255}).Video(1, {2}), "pSppV",
+         MessageEnd::Clean},
+        {"largest video", message().Video(16384, Bytes(16384)).Speech(1), "VS", MessageEnd::Clean},
+        {"too large", message().Video(16385, Bytes(16385)).Speech(1), "", MessageEnd::BadLength},
+        {"negative", message().Speech(1).Video(0x8001, Bytes(0x8001)), "S", MessageEnd::BadLength},
+        {"speech cut", message().Speech(2).CutBy(1), "S", MessageEnd::PartialRecord},
+        {"speech type alone", message().Bytes({0}), "", MessageEnd::PartialRecord},
+        {"video cut", message().Video(20, Bytes(19)), "", MessageEnd::PartialRecord},
+        {"length cut", message().Speech(1).Bytes({1, 4}), "S", MessageEnd::PartialRecord},
+        {"video type alone", message().Bytes({1}), "", MessageEnd::PartialRecord},
+    };
+    for (const auto& c : cases) {
         for (const size_t step : {size_t{1} << 20, size_t{97}}) {
             SCOPED_TRACE(std::string(c.what) + ", " + std::to_string(step));
-            Bytes bytes = kHeader + c.records;
+            const Bytes& bytes = c.message.Data();
             const IndexedFile file;
             MessageIndex index(3);
             for (size_t at = 0; at < bytes.size(); at += step) {
                 file.Append(std::span(bytes).subspan(at, std::min(step, bytes.size() - at)));
                 BuildToEnd(index, file.Descriptor());
             }
-            const File stream = OpenBytes(bytes);
+            const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(fdopen(dup(file.Descriptor()), "rb"),
+                                                                         &std::fclose);
             MessageReader reader;
             ASSERT_TRUE(reader.Rewind(stream.get()));
             MessageClock clock(3);
@@ -121,12 +144,12 @@ TEST(MessageIndex, FindsWhatTheReaderFinds) {
 TEST(MessageIndex, ThinsOutOnLongMessages) {
     constexpr int64_t kPictures = 300000;  // 5 to a block
     const IndexedFile file;
-    file.Append(kHeader);
-    Bytes group =
-        Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Video(0, 0, 0) + Speech(0);
-    for (int i = 0; i < 8; ++i) group = group + group;
-    const auto group_pictures = int64_t{5} << 8;
-    for (int64_t n = 0; n < kPictures; n += group_pictures) file.Append(group);
+    MessageBuilder message(5);
+    for (int64_t n = 0; n < kPictures; ++n) {
+        message.Video(0, {});
+        if (n % 5 == 4) message.SpeechOf(0);
+    }
+    file.Append(message.Data());
     MessageIndex index(5);
     BuildToEnd(index, file.Descriptor());
     EXPECT_EQ(index.Extent().end, MessageEnd::Clean);
@@ -147,7 +170,7 @@ TEST(MessageIndex, ReportsReadErrorsAndGoesOnAfterThem) {
     EXPECT_EQ(index.Extent().end, MessageEnd::ReadError);
     EXPECT_EQ(index.Extent().error, EISDIR);
     const IndexedFile file;
-    file.Append(kHeader + Speech(1));
+    file.Append(MessageBuilder().Speech(1).Data());
     BuildToEnd(index, file.Descriptor());
     EXPECT_EQ(index.Extent().end, MessageEnd::Clean);
     EXPECT_EQ(index.Extent().error, 0);
@@ -157,7 +180,7 @@ TEST(MessageIndex, ReportsReadErrorsAndGoesOnAfterThem) {
 // While one thread builds, others ask, and may stop it: no answer lies beyond what was asked for.
 TEST(MessageIndex, AnswersWhileItIsBuiltAndStops) {
     const IndexedFile file;
-    file.Append(kHeader);
+    file.Append(MessageBuilder().Data());
     // Speech of zeros without end, as far as the time of a test goes.
     ASSERT_EQ(ftruncate(file.Descriptor(), off_t{1} << 42), 0);
     MessageIndex index(0);

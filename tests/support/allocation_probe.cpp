@@ -57,54 +57,33 @@ bool allocation_probe::Counts() {
 #ifndef __SANITIZE_THREAD__
 
 // Every form, since a sanitizer's own forms for arrays do not come down to the others.
-void* operator new(std::size_t size) {
-    return AllocateOrThrow(size);
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return AllocateOrThrow(size, static_cast<std::size_t>(alignment));
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size);
-}
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-    return Allocate(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
-}
+#define PROBE_FORMS_OF(NEW, DELETE)                                                                    \
+    void* operator NEW(std::size_t size) {                                                             \
+        return AllocateOrThrow(size);                                                                  \
+    }                                                                                                  \
+    void* operator NEW(std::size_t size, std::align_val_t alignment) {                                 \
+        return AllocateOrThrow(size, static_cast<std::size_t>(alignment));                             \
+    }                                                                                                  \
+    void* operator NEW(std::size_t size, const std::nothrow_t&) noexcept {                             \
+        return Allocate(size);                                                                         \
+    }                                                                                                  \
+    void* operator NEW(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept { \
+        return Allocate(size, static_cast<std::size_t>(alignment));                                    \
+    }                                                                                                  \
+    void operator DELETE(void* memory) noexcept {                                                      \
+        std::free(memory);                                                                             \
+    }                                                                                                  \
+    void operator DELETE(void* memory, std::size_t) noexcept {                                         \
+        std::free(memory);                                                                             \
+    }                                                                                                  \
+    void operator DELETE(void* memory, std::align_val_t) noexcept {                                    \
+        std::free(memory);                                                                             \
+    }                                                                                                  \
+    void operator DELETE(void* memory, std::size_t, std::align_val_t) noexcept {                       \
+        std::free(memory);                                                                             \
+    }
 
-void* operator new[](std::size_t size) {
-    return AllocateOrThrow(size);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return AllocateOrThrow(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-    return Allocate(size, static_cast<std::size_t>(alignment));
-}
-void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
-}
+PROBE_FORMS_OF(new, delete)
+PROBE_FORMS_OF(new[], delete[])
 
 #endif

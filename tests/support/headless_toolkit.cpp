@@ -1,11 +1,9 @@
 #include "tests/support/headless_toolkit.h"
 
-#include <chrono>
-#include <thread>
-
 #include "platform/framework/afxwin.h"
 #include "platform/framework/window.h"
 #include "res/player_resources.h"
+#include "tests/support/watch.h"
 
 class HeadlessToolkit::Widget : public NativeWidget {
 public:
@@ -58,13 +56,11 @@ void HeadlessToolkit::Pump() {
 }
 
 bool HeadlessToolkit::PumpUntil(const std::function<bool()>& condition, int timeoutMs) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
+    const auto pumped = [&] {
         Pump();
-        if (condition()) return true;
-        if (std::chrono::steady_clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+        return condition();
+    };
+    return watch::Eventually(pumped, std::chrono::milliseconds(timeoutMs));
 }
 
 void HeadlessToolkit::PumpFor(int milliseconds) {

@@ -36,11 +36,21 @@ MessageBuilder& MessageBuilder::Silence(int blocks) {
     return *this;
 }
 
-MessageBuilder& MessageBuilder::Picture() {
-    constexpr size_t kLength = 600;
-    Bytes({kVideoRecord, kLength & 0xFF, kLength >> 8});
-    for (size_t k = 0; k < kLength; ++k) m_data.push_back(Noise());
+MessageBuilder& MessageBuilder::SpeechOf(uint8_t filler) {
+    m_data.push_back(kSpeechRecord);
+    m_data.insert(m_data.end(), kSpeechBlockBytes, filler);
     return *this;
+}
+
+MessageBuilder& MessageBuilder::Picture() {
+    std::vector<uint8_t> payload(600);
+    for (uint8_t& byte : payload) byte = Noise();
+    return Video(payload.size(), payload);
+}
+
+MessageBuilder& MessageBuilder::Video(size_t declared, const std::vector<uint8_t>& payload) {
+    Bytes({kVideoRecord, static_cast<uint8_t>(declared), static_cast<uint8_t>(declared >> 8)});
+    return Bytes(payload);
 }
 
 MessageBuilder& MessageBuilder::Bytes(const std::vector<uint8_t>& bytes) {

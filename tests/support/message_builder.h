@@ -15,8 +15,12 @@ public:
     MessageBuilder& Speech(int blocks);
     // Speech blocks of silence; Samples leaves them out.
     MessageBuilder& Silence(int blocks);
+    // A speech block of one byte over and over; Samples leaves it out.
+    MessageBuilder& SpeechOf(uint8_t filler);
     // A picture record; each one decodes to a different picture.
     MessageBuilder& Picture();
+    // A picture record of any payload, and of any length that it claims.
+    MessageBuilder& Video(size_t declared, const std::vector<uint8_t>& payload);
     MessageBuilder& Bytes(const std::vector<uint8_t>& bytes);
     // Takes bytes off the end.
     MessageBuilder& CutBy(size_t bytes);
@@ -24,7 +28,6 @@ public:
     const std::vector<uint8_t>& Data() const { return m_data; }
     // What the speech decodes to from a frame on, when it is played so many times with one decoder.
     std::vector<int16_t> Samples(int plays = 1, int firstFrame = 0) const;
-    int FrameCount() const { return static_cast<int>(m_frames.size() / 33); }
 
     void Write(const std::filesystem::path& path) const;
 

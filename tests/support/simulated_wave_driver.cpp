@@ -35,7 +35,7 @@ struct SimulatedWaveDriver::State {
             const std::size_t at = position % server.size() / sizeof(std::int16_t);
             std::int16_t sample;
             std::copy_n(server.data() + at * sizeof sample, sizeof sample, reinterpret_cast<char*>(&sample));
-            if (!away) heard.push_back(sample);
+            heard.push_back(sample);
             position += sizeof sample;
         }
     }
@@ -45,7 +45,6 @@ struct SimulatedWaveDriver::State {
     std::uint64_t nowUs = 0;
     std::size_t written = 0;
     std::vector<std::int16_t> heard;
-    bool away = false;
 
     // The open output.
     std::shared_ptr<WaveSource> source;
@@ -131,11 +130,6 @@ void SimulatedWaveDriver::Advance(unsigned milliseconds) {
 void SimulatedWaveDriver::SetOpenResult(MMRESULT result) {
     const std::scoped_lock lock(m_state->lock);
     m_state->openResult = result;
-}
-
-void SimulatedWaveDriver::SetServerAway(bool away) {
-    const std::scoped_lock lock(m_state->lock);
-    m_state->away = away;
 }
 
 bool SimulatedWaveDriver::IsOpen() const {

@@ -27,9 +27,6 @@ public:
     // What waveOutOpen returns from now on; MMSYSERR_NOERROR lets it succeed again.
     void SetOpenResult(MMRESULT result);
 
-    // While the server is away blocks go on being done by the clock, but nothing more is heard.
-    void SetServerAway(bool away);
-
     bool IsOpen() const;
     bool IsRunning() const;  // open and not paused
 

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QMessageBox>
 #include <QTimer>
 #include <algorithm>
@@ -12,6 +11,7 @@
 #include "platform/qt/toolkit.h"
 #include "res/player_resources.h"
 #include "res/resource.h"
+#include "tests/support/watch.h"
 
 namespace ui_test {
 namespace {
@@ -30,17 +30,13 @@ void PumpFor(int milliseconds) {
 }
 
 bool PumpUntil(const std::function<bool()>& condition, int milliseconds) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.elapsed() >= milliseconds) return false;
+    return watch::Eventually(condition, std::chrono::milliseconds(milliseconds), [] {
         // Woken at least this often, so that what no event announces is seen promptly.
         QTimer wake;
         wake.start(1);
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    return true;
+    });
 }
 
 HostDialog::HostDialog(UINT templateId) {

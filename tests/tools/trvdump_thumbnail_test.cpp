@@ -1,12 +1,11 @@
 // trvdump --thumbnail, as file managers call it.
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QImage>
 
-#include "codec/vdec.h"
+#include "tests/support/message_builder.h"
 #include "tests/tools/run_tool.h"
 
 namespace {
@@ -57,10 +56,9 @@ TEST(TrvdumpThumbnail, OfAVideoMessageIsTheFirstPictureWithSomethingOnIt) {
     // Empty payloads are grey pictures. The search for another one has an end.
     const Bytes records = ReadBytes(sample);
     for (const auto& [empty, found] : {std::pair{9, true}, {500000, false}}) {
-        Bytes message = MessageHeader(3, 0);
-        for (int i = 0; i < empty; ++i) AppendVideo(message, 0, {});
-        message.insert(message.end(), records.begin() + 13, records.end());
-        WriteBytes(folder.Path("m.trv"), message);
+        MessageBuilder message(3);
+        for (int i = 0; i < empty; ++i) message.Video(0, {});
+        message.Bytes({records.begin() + 13, records.end()}).Write(folder.Path("m.trv"));
         EXPECT_EQ(Thumbnail(folder.Path("m.trv"), "320") == picture, found) << empty;
     }
 }
@@ -85,40 +83,6 @@ TEST(TrvdumpThumbnail, OfSpeechShowsItsLevelsOverItsWholeLength) {
     ASSERT_EQ(truncate(folder.Path("m.trv").c_str(), off_t{1} << 40), 0);
     Thumbnail(folder.Path("m.trv"), "256");
     // No speech at all, and the longest duration, in the least room.
-    WriteBytes(folder.Path("m.trv"), MessageHeader(0, 0xFFFFFFFF));
+    MessageBuilder(0, 0xFFFFFFFF).Write(folder.Path("m.trv"));
     EXPECT_EQ(TracePixels(Thumbnail(folder.Path("m.trv"), "16"), 0, 16), 0);
-}
-
-TEST(TrvdumpThumbnail, LeavesNothingWhenItFails) {
-    const TestFolder folder;
-    const std::string out = folder.Path("out.png");
-    const std::string sample = Sample("greeting-voice.trv");
-    WriteBytes(folder.Path("rate-6"), MessageHeader(6, 0));
-    ASSERT_EQ(mkfifo(folder.Path("fifo").c_str(), 0600), 0);
-    std::filesystem::copy_file(sample, folder.Path("m.trv"));
-    const struct {
-        int status;
-        std::vector<std::string> arguments;
-    } cases[] = {
-        {1, {"--thumbnail", out, folder.Path("rate-6")}},
-        {1, {"--thumbnail", out, folder.Path("missing")}},
-        {1, {"--thumbnail", out, folder.Path("fifo")}},
-        {1, {"--thumbnail", folder.Path("none/out.png"), sample}},
-        {1, {"--thumbnail", "/dev/full", sample}},
-        {1, {"--thumbnail", folder.Path("m.trv"), folder.Path("m.trv")}},
-        {2, {"--thumbnail", out, sample, sample}},
-        {2, {"--thumbnail", out, "--json", sample}},
-        {2, {"--thumbnail", out, "--size", "15", sample}},
-        {2, {"--thumbnail", out, "--size", "1025", sample}},
-        {2, {"--thumbnail", out, "--size", "1x", sample}},
-        {2, {"--size", "128", sample}},
-    };
-    const auto names = folder.Names();
-    for (const auto& c : cases) {
-        const ToolRun run = RunTrvdump(c.arguments);
-        EXPECT_EQ(run.status, c.status) << testing::PrintToString(c.arguments);
-        EXPECT_NE(run.err, "");
-        EXPECT_EQ(folder.Names(), names) << testing::PrintToString(c.arguments);
-    }
-    EXPECT_EQ(ReadBytes(folder.Path("m.trv")), ReadBytes(sample));
 }
