@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,6 +34,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& words) {
 
     m_pid = fork();
     if (m_pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // ends with the test
         Redirect("/dev/null", STDIN_FILENO, O_RDONLY);
         Redirect(out, STDOUT_FILENO, O_WRONLY);
         Redirect(err, STDERR_FILENO, O_WRONLY);

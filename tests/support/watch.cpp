@@ -3,6 +3,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -28,6 +29,19 @@ bool Eventually(const std::function<bool()>& condition, std::chrono::millisecond
         }
     }
     return true;
+}
+
+Lateness::~Lateness() {
+    m_done = true;
+    m_watch.join();
+}
+
+void Lateness::Watch() {
+    while (!m_done) {
+        const auto due = Clock::now() + std::chrono::milliseconds(5);
+        std::this_thread::sleep_until(due);
+        m_worst = std::max<double>(m_worst, Ms(Clock::now() - due));
+    }
 }
 
 double ProcessorMs() {

@@ -1,8 +1,10 @@
 // Watching time, the processor and this process's threads.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <thread>
 
 namespace watch {
 
@@ -16,6 +18,20 @@ inline double Ms(Clock::duration duration) {
 // condition does not hold within the time.
 bool Eventually(const std::function<bool()>& condition, std::chrono::milliseconds within,
                 const std::function<void()>& between = {});
+
+// How late this machine wakes a thread while it lives, at worst: what a limit of real time has to allow for.
+class Lateness {
+public:
+    ~Lateness();
+    double WorstMs() const { return m_worst; }
+
+private:
+    void Watch();
+
+    std::atomic<bool> m_done = false;
+    std::atomic<double> m_worst = 0;
+    std::thread m_watch{[this] { Watch(); }};
+};
 
 // Processor time of the whole process so far, in milliseconds.
 double ProcessorMs();

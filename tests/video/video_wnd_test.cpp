@@ -162,6 +162,7 @@ TEST_F(VideoWnd, EachRateHasItsPeriodAndTheFirstPictureComesOnePeriodAfterPlay) 
     std::array<Client, 5> clients;
     std::array<std::unique_ptr<CVideoWnd>, 5> videos;
     std::array<Clock::time_point, 5> starts;
+    const watch::Lateness lateness;
     for (std::size_t i = 0; i < 5; ++i) {
         videos[i] = std::make_unique<CVideoWnd>(&m_host, &clients[i], kWidth, kHeight, 9, 20);
         videos[i]->SetFrameRate(static_cast<int>(i) + 1);
@@ -176,7 +177,8 @@ TEST_F(VideoWnd, EachRateHasItsPeriodAndTheFirstPictureComesOnePeriodAfterPlay) 
         for (std::size_t k = 0; k < 2; ++k) {
             const auto due = starts[i] + (k + 1) * periods[i];
             EXPECT_GE(shown[k], due - 1ms) << "rate " << i + 1 << ", picture " << k + 1;
-            EXPECT_LT(shown[k], due + 400ms) << "rate " << i + 1 << ", picture " << k + 1;
+            EXPECT_LT(watch::Ms(shown[k] - due), 100 + 4 * lateness.WorstMs())
+                << "rate " << i + 1 << ", picture " << k + 1;
         }
     }
 }
@@ -186,6 +188,7 @@ TEST_F(VideoWnd, APauseKeepsThePhase) {
     CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 2, 20);
     Queue(video, 1, 10);
     auto played = Clock::duration::zero();
+    const watch::Lateness lateness;
     for (int i = 0; i < 12; ++i) {
         const auto from = Clock::now();
         video.Play();
@@ -193,18 +196,23 @@ TEST_F(VideoWnd, APauseKeepsThePhase) {
         video.Pause();
         played += Clock::now() - from;
         std::this_thread::sleep_for(30ms);
-        EXPECT_NEAR(static_cast<double>(m_client.Times().size()), watch::Ms(played) / 500 - 0.5, 0.6) << i;
+        EXPECT_NEAR(static_cast<double>(m_client.Times().size()), watch::Ms(played) / 500 - 0.5,
+                    0.6 + lateness.WorstMs() / 100)
+            << i;
     }
     video.SetNextTick(5);
     const std::size_t before = m_client.Times().size();
     video.Play();
-    EXPECT_TRUE(m_client.WaitFor(before + 1, 400ms));
+    const auto from = Clock::now();
+    ASSERT_TRUE(m_client.WaitFor(before + 1));
+    EXPECT_LT(watch::Ms(m_client.Times()[before] - from), 100 + 4 * lateness.WorstMs());
 }
 
 TEST_F(VideoWnd, ATickDuringADrawingIsLostAndNeverMadeUp) {
     CVideoWnd video(&m_host, &m_client, kWidth, kHeight, 5, 20);
     m_client.m_firstTakes = 500ms;  // from the tick at 200 ms past those at 400 and 600
     Queue(video, 1, 10);
+    const watch::Lateness lateness;
     const auto start = Clock::now();
     video.Play();
     ASSERT_TRUE(m_client.WaitFor(3));
@@ -212,7 +220,7 @@ TEST_F(VideoWnd, ATickDuringADrawingIsLostAndNeverMadeUp) {
     const auto shown = m_client.Times();
     EXPECT_GE(shown[1] - start, 799ms);
     EXPECT_GE(shown[2] - start, 999ms);
-    EXPECT_LT(shown[2] - start, 1500ms);
+    EXPECT_LT(watch::Ms(shown[2] - start), 1150 + 4 * lateness.WorstMs());
 }
 
 TEST_F(VideoWnd, PicturesThatCannotBeShownNeverFillTheQueue) {

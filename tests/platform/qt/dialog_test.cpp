@@ -1,4 +1,4 @@
-// Dialogs as they come out of the resources: sizes to the pixel, and modal ones.
+// Dialogs as they come out of the resources, to the pixel.
 #include <gtest/gtest.h>
 
 #include "platform/framework/afxcmn.h"
@@ -36,23 +36,6 @@ TEST(Dialogs, ClientSizesOfThePlayersFrames) {
     // A little larger than its frame: it is centred, and cut by the frame.
     panel.CenterWindow();
     EXPECT_EQ(windows::Find(panel.m_hWnd)->rect, CRect(-1, -2, 346, 310));
-}
-
-class EndingDialog : public CDialog {
-public:
-    using CDialog::CDialog;
-    BOOL OnInitDialog() override {
-        CDialog::OnInitDialog();
-        PostMessage(WM_COMMAND, IDOK, 0);
-        return TRUE;
-    }
-};
-
-TEST(Dialogs, AModalOneRunsUntilItEnds) {
-    EndingDialog dialog(IDD_ABOUTBOX);
-    EXPECT_EQ(dialog.DoModal(), IDOK);
-    EXPECT_EQ(dialog.m_hWnd, nullptr);
-    EXPECT_EQ(dialog.DoModal(), IDOK) << "and may run again";
 }
 
 }  // namespace

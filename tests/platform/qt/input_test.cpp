@@ -7,7 +7,6 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QTest>
-#include <QToolTip>
 #include <QUrl>
 #include <QWheelEvent>
 #include <string>
@@ -149,28 +148,6 @@ TEST(Input, AControlHearsKeysWheelButtonAndFocus) {
     dialog.SetFocus();
     EXPECT_EQ(bar.log, (std::vector<std::string>{"down 40", "up 40", "double 41", "wheel -240 shift",
                                                  "wheel -240 shift", "no focus"}));
-}
-
-TEST(Input, ATipFollowsItsText) {
-    Noting dialog(IDD_PLAYER_DIALOG);
-    QApplication::setActiveWindow(dialog.Top());
-    CToolTipCtrl tip;
-    tip.Create(&dialog);
-    tip.SetDelayTime(TTDT_INITIAL, 5);
-    tip.AddTool(&dialog, "1:02", CRect(0, 0, 100, 100), 1);
-    tip.Activate(TRUE);
-    const MSG move{dialog.m_hWnd, WM_MOUSEMOVE, 0, 0};
-    const auto shows = [](const char* text) { return QToolTip::isVisible() && QToolTip::text() == text; };
-    tip.RelayEvent(&move);
-    EXPECT_TRUE(ui_test::PumpUntil([&] { return shows("1:02"); }));
-    tip.UpdateTipText("1:03", &dialog, 1);
-    tip.RelayEvent(&move);
-    EXPECT_TRUE(shows("1:03"));
-    const MSG press{dialog.m_hWnd, WM_LBUTTONDOWN, MK_LBUTTON, 0};
-    tip.RelayEvent(&press);
-    tip.UpdateTipText("1:04", &dialog, 1);
-    tip.RelayEvent(&move);
-    EXPECT_FALSE(shows("1:04")) << "a press ends it until the pointer comes back";
 }
 
 }  // namespace

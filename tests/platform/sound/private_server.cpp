@@ -1,12 +1,9 @@
 #include "tests/platform/sound/private_server.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,7 +13,6 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "tests/support/run_program.h"
 #include "tests/support/test_files.h"
 
 namespace {
@@ -44,27 +40,6 @@ const fs::path& Private() {
     }();
     static_cast<void>(made);
     return folder.Path();
-}
-
-// Starts a program that dies with this one; `output` is its standard output, or -1 for none.
-pid_t Spawn(const std::vector<std::string>& words, int output) {
-    std::vector<char*> arguments;
-    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    const pid_t pid = fork();
-    if (pid < 0) throw std::runtime_error("cannot fork");
-    if (pid != 0) return pid;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (output >= 0) dup2(output, STDOUT_FILENO);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-}
-
-int End(pid_t pid, int signal) {
-    kill(pid, signal);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return status;
 }
 
 bool Answers(const fs::path& address) {
@@ -95,26 +70,24 @@ bool PrivateServer::IsPipeWire() {
     return sound != nullptr && std::strcmp(sound, "pipewire") == 0;
 }
 
-PrivateServer::PrivateServer(Sink sink) {
+PrivateServer::PrivateServer() {
     Private();
     if (IsPipeWire())
         StartPipeWire();
     else
-        StartPulseAudio(sink);
+        StartPulseAudio();
 }
 
-void PrivateServer::StartPulseAudio(Sink sink) {
+void PrivateServer::StartPulseAudio() {
     const fs::path script = Private() / "server.pa";
     std::ofstream(script) << "load-module module-native-protocol-unix\n"
                              "load-module module-stream-restore\n"
-                             "load-module module-null-sink sink_name=test "
-                          << (sink == Sink::kNoRewinds ? "norewinds=1 " : "")
-                          << "rate=8000 channels=1 format=s16le\n"
+                             "load-module module-null-sink sink_name=test norewinds=1 "
+                             "rate=8000 channels=1 format=s16le\n"
                              "set-default-sink test\n";
-    m_pids.push_back(Spawn({"pulseaudio", "-n", "-F", script.string(), "--daemonize=no",
-                            "--exit-idle-time=-1", "--realtime=no", "--high-priority=no", "--log-level=error",
-                            "--log-target=newfile:" + (Private() / "server.log").string()},
-                           -1));
+    m_programs.emplace_back(std::vector<std::string>{"pulseaudio", "-n", "-F", script.string(),
+                                                     "--daemonize=no", "--exit-idle-time=-1", "--realtime=no",
+                                                     "--high-priority=no", "--log-level=error"});
     WaitFor("run/pulse/native");
 }
 
@@ -132,15 +105,13 @@ void PrivateServer::StartPipeWire() {
         << "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n";
     const std::string bus = "unix:path=" + (Private() / "run/bus").string();
     setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
-    const int log = open((Private() / "server.log").c_str(), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
-    const auto start = [&](const std::vector<std::string>& words) { m_pids.push_back(Spawn(words, log)); };
+    const auto start = [&](const std::vector<std::string>& words) { m_programs.emplace_back(words); };
     start({"dbus-daemon", "--session", "--nofork", "--address=" + bus});
     WaitFor("run/bus");
     start({"pipewire"});
     WaitFor("run/pipewire-0");
     start({"wireplumber"});
     start({"pipewire-pulse"});
-    close(log);
     WaitFor("run/pulse/native");
     const auto settle = [](const std::vector<std::string>& words, const std::string& answer) {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
@@ -156,10 +127,7 @@ void PrivateServer::StartPipeWire() {
 void PrivateServer::WaitFor(const std::string& socket) {
     const auto deadline = std::chrono::steady_clock::now() + 10s;
     while (!Answers(Private() / socket)) {
-        if (waitpid(m_pids.back(), nullptr, WNOHANG) == m_pids.back()) {
-            m_pids.pop_back();
-            throw std::runtime_error("the sound server ended at once");
-        }
+        if (m_programs.back().HasEnded()) throw std::runtime_error("the sound server ended at once");
         if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no sound server");
         std::this_thread::sleep_for(5ms);
     }
@@ -170,15 +138,15 @@ PrivateServer::~PrivateServer() {
 }
 
 void PrivateServer::Kill() {
-    for (; !m_pids.empty(); m_pids.pop_back()) End(m_pids.back(), SIGKILL);
+    while (!m_programs.empty()) m_programs.pop_back();
 }
 
 void PrivateServer::Freeze() {
-    kill(m_pids.back(), SIGSTOP);
+    m_programs.back().Signal(SIGSTOP);
 }
 
 void PrivateServer::Thaw() {
-    kill(m_pids.back(), SIGCONT);
+    m_programs.back().Signal(SIGCONT);
 }
 
 std::string Pactl(std::vector<std::string> words) {
@@ -189,28 +157,27 @@ std::string Pactl(std::vector<std::string> words) {
 }
 
 MonitorRecording::MonitorRecording() {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    m_pid = Spawn({"parec", "-d", "test.monitor", "--raw", "--rate=8000", "--channels=1", "--format=s16le",
-                   "--latency-msec=20", "--client-name=recorder"},
-                  ends[1]);
-    close(ends[1]);
-    m_pipe = ends[0];
-    pollfd wait{m_pipe, POLLIN, 0};
+    // A recorder whose reader goes ends at its next write.
+    m_recorder = popen(
+        "exec parec -d test.monitor --raw --rate=8000 --channels=1 --format=s16le --latency-msec=20 "
+        "--client-name=recorder",
+        "re");
+    if (m_recorder == nullptr) throw std::runtime_error("no recorder");
+    pollfd wait{fileno(m_recorder), POLLIN, 0};
     if (poll(&wait, 1, 10000) != 1) throw std::runtime_error("the monitor gives nothing");
     m_reader = std::thread([this] { Read(); });
 }
 
 MonitorRecording::~MonitorRecording() {
-    End(m_pid, SIGTERM);
+    m_done = true;
     m_reader.join();
-    close(m_pipe);
+    pclose(m_recorder);
 }
 
 void MonitorRecording::Read() {
     char buffer[4096];
     ssize_t got;
-    while ((got = read(m_pipe, buffer, sizeof buffer)) > 0) {
+    while (!m_done && (got = read(fileno(m_recorder), buffer, sizeof buffer)) > 0) {
         const auto now = Clock::now();
         const std::scoped_lock lock(m_lock);
         const auto before = static_cast<std::int64_t>(m_bytes.size() / sizeof(std::int16_t));

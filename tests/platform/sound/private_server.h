@@ -5,22 +5,19 @@
 // process. Several such processes run side by side, as root too.
 #pragma once
 
-#include <sys/types.h>
-
+#include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/run_program.h"
+
 class PrivateServer {
 public:
-    enum class Sink {
-        kNoRewinds,  // what is rendered stays rendered, in steps of at most 50 ms
-        kRewinds,    // takes back what a pause or a flush leaves unheard, as sound cards do
-    };
-
     // Whether the servers are PipeWire's, with its PulseAudio service, as TRV_TEST_SOUND=pipewire asks for,
     // and not PulseAudio's own.
     static bool IsPipeWire();
@@ -33,7 +30,7 @@ public:
 
     // Starts a server with a sink "test" of 8000 samples a second, mono, 16 bits, and waits until it answers.
     // Throws std::runtime_error when it does not.
-    explicit PrivateServer(Sink sink = Sink::kNoRewinds);
+    PrivateServer();
     ~PrivateServer();
     PrivateServer(const PrivateServer&) = delete;
     PrivateServer& operator=(const PrivateServer&) = delete;
@@ -43,12 +40,12 @@ public:
     void Thaw();
 
 private:
-    void StartPulseAudio(Sink sink);
+    void StartPulseAudio();
     void StartPipeWire();
     // Waits until something listens at the socket.
     void WaitFor(const std::string& socket);
 
-    std::vector<pid_t> m_pids;  // the one that clients talk to is the last
+    std::vector<ChildProcess> m_programs;  // the one that clients talk to is the last
 };
 
 // What pactl says to these words; throws when it fails.
@@ -74,8 +71,8 @@ public:
 private:
     void Read();
 
-    pid_t m_pid;
-    int m_pipe;
+    std::FILE* m_recorder;
+    std::atomic<bool> m_done = false;
     mutable std::mutex m_lock;
     std::vector<char> m_bytes;
     Clock::time_point m_origin = Clock::time_point::max();  // when sample 0 is heard

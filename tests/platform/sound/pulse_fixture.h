@@ -4,12 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/sound/sound_drivers.h"
@@ -18,29 +16,6 @@
 #include "tests/platform/sound/private_server.h"
 #include "tests/platform/sound/wave_blocks.h"
 #include "tests/support/watch.h"
-
-// How late this machine wakes a thread while it lives, at worst: what a limit of real time has to allow for.
-class Lateness {
-public:
-    ~Lateness() {
-        m_done = true;
-        m_watch.join();
-    }
-    double WorstMs() const { return m_worst; }
-
-private:
-    void Watch() {
-        while (!m_done) {
-            const auto due = watch::Clock::now() + std::chrono::milliseconds(5);
-            std::this_thread::sleep_until(due);
-            m_worst = std::max<double>(m_worst, watch::Ms(watch::Clock::now() - due));
-        }
-    }
-
-    std::atomic<bool> m_done = false;
-    std::atomic<double> m_worst = 0;
-    std::thread m_watch{[this] { Watch(); }};
-};
 
 class PulseSound : public testing::Test {
 protected:
@@ -51,8 +26,8 @@ protected:
 
     ~PulseSound() override { End(); }
 
-    void Start(PrivateServer::Sink sink = PrivateServer::Sink::kNoRewinds) {
-        m_server = std::make_unique<PrivateServer>(sink);
+    void Start() {
+        m_server = std::make_unique<PrivateServer>();
         Connect();
     }
 

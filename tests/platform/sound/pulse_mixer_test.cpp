@@ -128,19 +128,6 @@ TEST_F(PulseMixer, TheWaveOutputKeepsVolumeAndSinkWithoutAStreamAndBetweenRuns) 
     EXPECT_EQ(Value(kWaveVolume), 30000U);
 }
 
-TEST_F(PulseMixer, WithoutStreamRestoreTheValuesReachTheNextStream) {
-    if (PrivateServer::IsPipeWire()) GTEST_SKIP() << "it always remembers";
-    Start();
-    Pactl({"unload-module", "module-stream-restore"});
-    End();
-    Connect();
-    Set(kWaveVolume, 13107);
-    Set(kWaveMute, 1);
-    OpenWave();
-    EXPECT_TRUE(EventuallySays(kStreams, {" 20% ", "Mute: yes"}));
-    EXPECT_EQ(Value(kWaveVolume), 13107U);
-}
-
 TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
     Start();
     std::vector<std::int16_t> samples(kBlockSamples * 50);
@@ -155,7 +142,7 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
     const auto meters = [] { return Pactl({"list", "short", "source-outputs"}); };
     // Looks at the meter as often as the dialog does.
     const auto comes_near = [](double level) {
-        return watch::Eventually([=] { return std::abs(Value(kWavePeak) - level) <= level / 80; }, 3s,
+        return watch::Eventually([=] { return std::abs(Value(kWavePeak) - level) <= level / 80; }, 10s,
                                  [] { std::this_thread::sleep_for(50ms); });
     };
     EXPECT_EQ(Value(kWavePeak), 0U) << "no stream";
@@ -178,27 +165,6 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
         return meters().find("float") != std::string::npos;
     })) << "a meter on the new stream";
     EXPECT_TRUE(Eventually([&] { return meters().empty(); })) << "closed when nobody reads";
-}
-
-TEST_F(PulseMixer, FollowsTheDefaultSink) {
-    Start();
-    // The other sink is as loud: its name alone is news.
-    AddSink("elsewhere");
-    ASSERT_EQ(Value(kMasterVolume), 65535U);
-    m_posted.Take();
-    Pactl({"set-default-sink", "elsewhere"});
-    ASSERT_TRUE(Announced(kMasterVolume));
-    EXPECT_EQ(Name(), "elsewhere");
-    EXPECT_EQ(Value(kMasterVolume), 65535U);
-
-    // The default goes away, then the last sink does.
-    Pactl({"unload-module", "module-null-sink"});
-    DWORD value = 77;
-    EXPECT_TRUE(Eventually([&] { return Read(kMasterVolume, value) == MMSYSERR_NODRIVER; }));
-    EXPECT_EQ(Set(kMasterVolume, 1), MMSYSERR_NODRIVER);
-    EXPECT_EQ(mixerGetNumDevs(), 0U);
-    AddSink("third");
-    EXPECT_TRUE(Eventually([&] { return Read(kMasterVolume, value) == MMSYSERR_NOERROR; }));
 }
 
 TEST_F(PulseMixer, AServerThatReturnsIsFoundByReadingTheMeter) {

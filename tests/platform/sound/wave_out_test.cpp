@@ -116,57 +116,6 @@ TEST_F(WaveOut, BlocksAreDoneInOrderWhenTheirLastSampleIsHeard) {
     EXPECT_EQ(m_sound->Heard(), m_blocks.Samples(0, 16));
 }
 
-TEST_F(WaveOut, ResetHandsEveryBlockBackOnceAndTheNextPlaysFromItsStart) {
-    Open();
-    for (std::size_t i = 0; i < 4; ++i) m_blocks.Write(m_handle, i);
-    m_sound->Advance(30);
-    waveOutReset(m_handle);
-    EXPECT_EQ(Done(), (Numbers{0, 1, 2, 3}));
-    EXPECT_TRUE(m_sound->IsRunning());
-    for (std::size_t i = 1; i < 4; ++i) m_blocks.Write(m_handle, i);
-    m_sound->Advance(60);
-    EXPECT_EQ(Done(), (Numbers{1, 2, 3}));
-
-    std::vector<std::int16_t> heard = m_blocks.Samples(0, 1);
-    const std::vector<std::int16_t> half = m_blocks.Samples(1, 2);
-    const std::vector<std::int16_t> again = m_blocks.Samples(1, 4);
-    heard.insert(heard.end(), half.begin(), half.begin() + 80);
-    heard.insert(heard.end(), again.begin(), again.end());
-    EXPECT_EQ(m_sound->Heard(), heard);
-}
-
-TEST_F(WaveOut, WhatTheServerHasNotCanBeTakenBackAndReplaced) {
-    Open();
-    for (std::size_t i = 0; i < 20; ++i) m_blocks.Write(m_handle, i);
-    m_sound->Advance(50);
-    UINT taken = 0;
-    EXPECT_EQ(waveOutTakeBack(m_handle, &taken), MMSYSERR_NOERROR);
-    // Ten and a half blocks have been read; two of them are done.
-    EXPECT_EQ(taken, 9U);
-    EXPECT_EQ(m_blocks.Header(11).dwFlags, WHDR_PREPARED);
-    m_blocks.Write(m_handle, 30);
-    m_sound->Advance(1000);
-    EXPECT_EQ(Done(), (Numbers{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 30}));
-    std::vector<std::int16_t> heard = m_blocks.Samples(0, 11);
-    const std::vector<std::int16_t> other = m_blocks.Samples(30, 31);
-    heard.insert(heard.end(), other.begin(), other.end());
-    EXPECT_EQ(m_sound->Heard(), heard);
-    EXPECT_EQ(waveOutTakeBack(m_handle, &taken), MMSYSERR_NOERROR);
-    EXPECT_EQ(taken, 0U);
-}
-
-TEST_F(WaveOut, HoldsFiveHundredAndTwelveBlocksAndRefusesTheNext) {
-    Open();
-    for (std::size_t i = 0; i < WAVEOUT_MAX_BLOCKS; ++i)
-        ASSERT_EQ(m_blocks.Write(m_handle, i), MMSYSERR_NOERROR);
-    EXPECT_EQ(m_blocks.Write(m_handle, WAVEOUT_MAX_BLOCKS), MMSYSERR_NOMEM);
-    EXPECT_EQ(m_blocks.Header(WAVEOUT_MAX_BLOCKS).dwFlags & WHDR_INQUEUE, 0U);
-    m_sound->Advance(20);
-    EXPECT_EQ(m_blocks.Write(m_handle, WAVEOUT_MAX_BLOCKS), MMSYSERR_NOERROR);
-    waveOutReset(m_handle);
-    EXPECT_EQ(Done().size(), WAVEOUT_MAX_BLOCKS + 1);
-}
-
 // The clock's thread and the thread that resets post at the same time: every block is still notified once
 // and in its turn.
 TEST_F(WaveOut, NotificationsKeepTheirOrderAcrossThreads) {
