@@ -53,7 +53,8 @@ protected:
     bool WaitForSound();
     // Whether no thread of the player is left. The system may list one a little longer than it runs.
     bool NoThreadIsLeft() const {
-        return watch::Eventually([] { return watch::ThreadCount() == s_ownThreads; }, std::chrono::seconds(5));
+        return watch::Eventually([] { return watch::ThreadCount() == s_ownThreads; },
+                                 std::chrono::seconds(5));
     }
 
     HeadlessToolkit m_toolkit;
