@@ -38,7 +38,7 @@ CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nH
     // The black ground is what Clear leaves, and what shows before the first picture.
     const CBrush black(RGB(0, 0, 0));
     const CString className = AfxRegisterWndClass(0, &black);
-    CreateEx(0, className, "", WS_CHILD, CRect(0, 0, nWidth, nHeight), pParent, 0);
+    CreateEx(0, className, "", WS_CHILD, CRect(0, 0, nWidth, nHeight), m_pParent, 0);
     SetAccessibleName("Picture");
     ShowWindow(SW_SHOW);
     CreateFrameBitmap();

@@ -25,7 +25,7 @@ int16_t ToSample(float value) {
 
 struct SoundSource::Impl {
     struct CloseFile {
-        void operator()(SNDFILE* file) const { sf_close(file); }
+        void operator()(SNDFILE* opened) const { sf_close(opened); }
     };
     struct DeleteConverter {
         void operator()(SRC_STATE* state) const { src_delete(state); }

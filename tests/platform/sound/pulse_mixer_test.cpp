@@ -186,4 +186,25 @@ TEST_F(PulseMixer, AServerThatReturnsIsFoundByReadingTheMeter) {
     EXPECT_EQ(Value(kMasterVolume), 65535U);
 }
 
+TEST_F(PulseMixer, FollowsTheDefaultSink) {
+    Start();
+    // The other sink is as loud: its name alone is news.
+    AddSink("elsewhere");
+    ASSERT_EQ(Value(kMasterVolume), 65535U);
+    m_posted.Take();
+    Pactl({"set-default-sink", "elsewhere"});
+    ASSERT_TRUE(Announced(kMasterVolume));
+    EXPECT_EQ(Name(), "elsewhere");
+    EXPECT_EQ(Value(kMasterVolume), 65535U);
+
+    // The default goes away, then the last sink does.
+    Pactl({"unload-module", "module-null-sink"});
+    DWORD value = 77;
+    EXPECT_TRUE(Eventually([&] { return Read(kMasterVolume, value) == MMSYSERR_NODRIVER; }));
+    EXPECT_EQ(Set(kMasterVolume, 1), MMSYSERR_NODRIVER);
+    EXPECT_EQ(mixerGetNumDevs(), 0U);
+    AddSink("third");
+    EXPECT_TRUE(Eventually([&] { return Read(kMasterVolume, value) == MMSYSERR_NOERROR; }));
+}
+
 }  // namespace
