@@ -46,6 +46,7 @@ test libsamplerate0-dev pc:samplerate
 test libpng-dev pc:libpng
 test libglib2.0-bin gio
 test dbus-daemon dbus-daemon
+test appstream appstreamcli
 fuzz clang clang++
 fuzz libclang-rt-14-dev -
 build-bench libbenchmark-dev pc:benchmark
