@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Sets up, builds the player alone and plays a message, or the sample where none is named.
 #
 #   ./play.sh [--for SECONDS] [--player PROGRAM] [MESSAGE]

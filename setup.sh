@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Installs the Debian packages that are missing, and removes none: where one cannot be installed beside what is
 # there, it says which and why, and installs nothing. Quick when nothing is missing.
 #

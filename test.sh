@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Sets up, builds and tests: the release suite, the address and undefined-behaviour suite, and under the thread
 # sanitizer those suites that have more than one thread.
 #

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The keys of the main window, beside those of the desktop that the menu shows.
 #pragma once
 

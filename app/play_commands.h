@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the commands of the Play menu come to.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/player_app.h"
 
 #include <iterator>

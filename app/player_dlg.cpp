@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/player_dlg.h"
 
 #include "app/about_dlg.h"

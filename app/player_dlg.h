@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The player's main window: menu, three icon buttons and the frame that holds the message panel.
 //
 // UI thread only. Created with new; the object deletes itself when its window is destroyed, which a newer

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/single_instance.h"
 
 #include "platform/shell/close_watch.h"

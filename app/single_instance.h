@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rule that only the newest player runs on a display.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Told by a CWaveDevice about its blocks, on the UI thread, with no lock held.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wave output device: a ring of blocks between the thread that decodes speech and the sound card.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The application of a benchmark that needs a window: its dialog, and how many seconds it is to take.
 #pragma once
 

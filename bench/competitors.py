@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The player beside mpv and ffplay, and trvdump beside sox: start, processor time, memory.
 
     bench/competitors.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...

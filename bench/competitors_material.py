@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the players are measured with: messages made from the sample's records, and the same pictures and
 speech as Matroska files for the other players."""
 

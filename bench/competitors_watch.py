@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sees from outside when a program's window is on the screen and when its sound is at the sound server, and
 what the program uses meanwhile."""
 

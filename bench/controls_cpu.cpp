@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the moving controls cost: the processor time of this whole process while nothing is shown, while the
 // waveform takes 50 values a second, and while the position bar of a five-minute message takes 50 steps too.
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """What the volume dialog costs beside a playing message: processor time and memory, with it closed and open.
 
     bench/dialog_cost.py [--build DIR] [--minutes N]

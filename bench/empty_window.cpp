@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The least that a window of the toolkit costs: what the player's memory is measured against.
 #include <QApplication>
 #include <QWidget>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long it takes to index long messages from the page cache: index_bench [benchmark options]
 #include <benchmark/benchmark.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a message's speech frames in libgsm's own layout, for programs that decode .gsm files.
 //
 //   message_to_gsm MESSAGE FILE

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How late pictures appear: plays numbered 320 x 240 pictures at each of 1 to 5 a second and compares the
 // moment at which each has been drawn with its tick, start + k * period. The time that Play itself takes
 // counts as lateness.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vdec_decode beside libjpeg-turbo (4:4:4, to B, G, R) and OpenJPEG (9/7) on the same pictures in about as
 // many bytes, and beside libjpeg-turbo at its usual quality 75: picture_competitors_bench [benchmark options]
 #include <benchmark/benchmark.h>

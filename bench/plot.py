@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Draws docs/performance.svg: cost against size.
 
     bench/plot.py PICTURES.json COMPETITORS.json TARGET.svg

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long Pause, Stop and Close keep the UI thread, on a private sound server that plays and on one that is
 // stopped by SIGSTOP while a message plays.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many frames a decoder has to be given before a place in a message for its samples there to be those of
 // a decoder that came from the start: speech_preroll MESSAGE...
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # trv_room(TARGET [INTERFACE])
 #
 # Lets this folder's headers be included as "folder/header.h" by the target itself and by those that link it, and by

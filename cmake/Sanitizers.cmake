@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # TRV_SANITIZE: empty, "address,undefined" or "thread" (a preset sets it).
 set(TRV_SANITIZE "" CACHE STRING "Sanitizers to build with")
 if(TRV_SANITIZE)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Library headers come in as system includes. A preset decides whether warnings are errors.
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor

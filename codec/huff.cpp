@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/huff.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/huff_lookup.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/vdec_kernels.h"
 
 #include <initializer_list>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/vdec_kernels_avx2.h"
 
 #include "codec/vdec_synth.h"

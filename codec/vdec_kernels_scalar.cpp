@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/vdec_kernels_scalar.h"
 
 #include "codec/vdec_synth.h"

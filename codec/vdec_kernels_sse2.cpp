@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/vdec_kernels_sse2.h"
 
 #include "codec/vdec_synth.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/vdec_tables.h"
 
 // Symbol counts, one for each symbol of an alphabet. They are frozen: the code trees, and with them every

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/icon_button.h"
 
 #include "platform/framework/afxicon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flat push button of the player's tool row.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/level_meter.h"
 
 #include <algorithm>

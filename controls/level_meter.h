@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The volume dialog's meter.
 #pragma once
 

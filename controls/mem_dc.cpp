@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/mem_dc.h"
 
 void FillBackground(CDC& dc, const RECT& rect, COLORREF color) {

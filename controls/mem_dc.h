@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Off-screen context of a WM_PAINT handler.
 #pragma once
 

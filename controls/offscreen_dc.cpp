@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/offscreen_dc.h"
 
 COffscreenDC::COffscreenDC(CDC* pTarget, const RECT& rect)

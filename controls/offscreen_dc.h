@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Off-screen context over any other context.
 #pragma once
 

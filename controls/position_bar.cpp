@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/position_bar.h"
 
 #include <algorithm>

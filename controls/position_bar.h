@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bar that shows how far a message has been played, and by which a person moves in it.
 #pragma once
 

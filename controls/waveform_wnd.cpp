@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/waveform_wnd.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The picture of a voice-only message: a trace that scrolls over a grid.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "playback/index_thread.h"
 
 namespace {

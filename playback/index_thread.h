@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The thread that builds a message's index while it may already play.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "playback/message_panel.h"
 
 #include <algorithm>

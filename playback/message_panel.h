@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message panel: opens, plays, pauses, stops and closes one message at a time, and moves in it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The panel's states and places: what it carries out, and what the reader, the sound and the clock tell it.
 #include <algorithm>
 #include <limits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "playback/message_source.h"
 
 #include <algorithm>

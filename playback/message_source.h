@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An open message, shared by the panel and the threads that read it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The states of the message panel and what leads from one to another. Pure: the panel carries out what comes
 // back.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "playback/reader_gate.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the panel and a message's reader thread meet: whether the reader runs, from which place, and when it
 // may touch what is not its own.
 #pragma once

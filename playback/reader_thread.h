@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader thread: reads a message's records in file order and turns them into sound and pictures.
 #pragma once
 

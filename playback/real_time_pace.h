@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How fast a message is read when no sound device sets the pace.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the reader comes to a place in a message. Pure. Speech has memory: kSpeechPrerollFrames are decoded and
 // discarded before the first frame that is wanted.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // When pictures are shown, from the position in the message. Pure.
 //
 // The position counts what has been played; picture k (from 0) is due when k + 1 periods have been. Ticks

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "res/player_resources.h"
 
 #include "platform/framework/resources.h"

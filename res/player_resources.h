@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The player's compiled resources, embedded in the program.
 #pragma once
 

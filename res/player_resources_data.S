@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The compiled resources between two symbols; CMake puts the folder of player.res on the search path.
     .section .rodata
     .balign 4

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of the resources in player.rc, for the resource compiler and for the player's code alike.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Window and control styles that player.rc uses. Only for the resource compiler: C++ code has them from the
 // framework's headers.
 #pragma once

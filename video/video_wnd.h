@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The window that shows decoded pictures at a steady pace.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "volume/mixer.h"
 
 CMixer::CMixer(CWnd* pNotifyWnd) : m_pNotifyWnd(pNotifyWnd) {}

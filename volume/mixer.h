@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mixer of the sound system: two volumes, their mutes and a peak meter.
 //
 // UI thread only. Nothing here shows a message. Every operation that talks to the mixer gives FALSE while

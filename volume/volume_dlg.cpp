@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "volume/volume_dlg.h"
 
 #include <algorithm>

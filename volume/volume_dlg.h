@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The "Audio Volume Controls" window: two volume sliders with mute boxes, a level meter, the mixer's name,
 // and a button that starts the desktop's own volume program.
 //

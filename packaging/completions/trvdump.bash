@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for trvdump                              -*- shell-script -*-
 _trvdump() {
     local cur prev words cword

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 complete -c trvdump -f -k -a '(__fish_complete_suffix .trv)'
 complete -c trvdump -l json -d 'Print the summary for programs'
 complete -c trvdump -l wav -r -F -d 'Write the speech as a WAV file'

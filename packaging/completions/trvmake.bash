@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for trvmake                              -*- shell-script -*-
 _trvmake() {
     local cur prev words cword

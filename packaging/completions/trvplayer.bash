@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for trvplayer                            -*- shell-script -*-
 _trvplayer() {
     local cur prev words cword

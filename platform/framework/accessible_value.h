@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What assistive programs read and set of a control that shows a value.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dialogs' standard controls, tool tips and the file dialog.
 #pragma once
 

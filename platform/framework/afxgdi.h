@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Device contexts, bitmaps, pens and brushes in the framework's shape.
 //
 // The drawing rules are the framework's: a line leaves out its end point, rectangles leave out right and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Icons and cursors.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Message maps: tables that bind window messages to handlers.
 //
 // A map is written as in the framework (DECLARE_MESSAGE_MAP in the class, BEGIN_MESSAGE_MAP … END_MESSAGE_MAP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads and events in the framework's shape, over the C++ library.
 #pragma once
 

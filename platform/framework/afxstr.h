@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CString: the framework's string class over UTF-8 text.
 //
 // Differences from the framework: one build of it (char), no buffer access, Format takes the printf formats

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CArray: the framework's growable array.
 //
 // Differences from the framework: RemoveAt and RemoveAll keep the storage, so that a queue that has once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CPoint, CSize and CRect: the framework's geometry with conveniences.
 #pragma once
 

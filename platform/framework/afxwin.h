@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Windows, dialogs and the application object in the framework's shape.
 //
 // Unless a comment says otherwise, everything here belongs to the UI thread. A window object that wraps no

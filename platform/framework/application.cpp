@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The application object and its message filter.
 #include "platform/framework/afxwin.h"
 #include "platform/framework/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/unsupported.h"
 #include "platform/framework/window.h"

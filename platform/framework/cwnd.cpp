@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CWnd: message handling and life. Geometry and painting are in cwnd_window.cpp.
 #include <utility>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CWnd: geometry, visibility, painting, focus and capture.
 #include <map>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the window classes do with the messages that no handler takes.
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dialogs from the compiled resources.
 #include <algorithm>
 #include <initializer_list>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/framework/drop_files.h"
 
 #include "platform/framework/afxwin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What WM_DROPFILES carries; belongs to the toolkit's side while the message is handled.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table behind a kind of handle.
 #pragma once
 

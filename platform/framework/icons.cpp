@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/framework/afxicon.h"
 
 #include "platform/framework/handle_table.h"

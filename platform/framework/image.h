@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture held in memory: what icons, cursors and bitmaps of the resources are decoded to.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The UI thread's message queue: the one place where other threads pass work to the UI thread.
 //
 // A message posted to a window that has been destroyed meanwhile is dropped when its turn comes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Periodic timer in the shape of the multimedia timers.
 #pragma once
 

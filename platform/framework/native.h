@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the layer asks of the toolkit that shows its windows. platform/qt implements it; nothing else sees it.
 //
 // All calls come on the UI thread, but for Wake.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // When windows are painted. Their pictures are retained, so WM_PAINT comes only for what the player has
 // invalidated, never because another window was in front.
 #include "platform/framework/afxcmn.h"

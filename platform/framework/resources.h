@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reader of compiled resources: a block of RES32 entries, as a resource compiler writes them to a ".res"
 // file.
 //

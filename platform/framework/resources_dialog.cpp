@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dialog templates. The plain form and the extended one carry the same things in another order and width.
 #include "platform/framework/resources.h"
 #include "platform/framework/resources_reader.h"

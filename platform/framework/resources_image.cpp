@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Icons, cursors and bitmaps: device-independent bitmaps, alone or chosen from a group.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/framework/resources_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Little-endian reader over the bytes of one resource; inside of the resource reader only.
 #pragma once
 

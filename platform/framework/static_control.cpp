@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The looks of STATIC controls: a line of text, a picture, or an etched line.
 #include "platform/framework/afxwin.h"
 #include "platform/framework/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A retained picture: what every window shows and what every memory context draws on.
 //
 // One lock guards the pixels; each drawing operation takes it for its own length. Any thread may draw; the

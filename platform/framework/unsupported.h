@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the layer refuses what it does not have.
 #pragma once
 

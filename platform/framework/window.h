@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The layer's own record of a window, and the table that finds it by its handle.
 //
 // The records belong to the UI thread. Other threads may ask the table whether a handle lives and for its

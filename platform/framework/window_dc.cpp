@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Contexts that draw on a window: they borrow its picture and have it shown when they end.
 #include "platform/framework/afxgdi.h"
 #include "platform/framework/afxwin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Creating and destroying windows.
 #include <algorithm>
 

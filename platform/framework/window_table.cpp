@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/framework/handle_table.h"
 #include "platform/framework/window.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The framework's basic types, as this system's 64-bit build has them.
 //
 // Differences from the framework: text is UTF-8 in char; LONG and DWORD are 32 bits as there; handles are

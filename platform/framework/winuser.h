@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Constants of the window interface, as far as the player uses them. The values are the framework's, because
 // resource files and message parameters carry them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the player introduces itself to the sound server. The server remembers volume, mute and device of what
 // the player plays under the application id, so that one never changes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_connection.h"
 
 #include <pulse/mainloop-api.h>

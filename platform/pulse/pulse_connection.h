@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program's one connection to the sound server, made again when it is lost and somebody needs it.
 //
 // Everything with the loop's lock held, but for construction and destruction.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Volume and mute of something that sounds, and how they stand to the sound server's: between the mixer's
 // volumes, 0 to 65535, and 0 to PA_VOLUME_NORM.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_loop.h"
 
 #include <pulse/timeval.h>

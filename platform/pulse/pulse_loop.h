@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libpulse's main loop on a thread of its own, with the one lock that guards everything of libpulse's.
 //
 // Every callback of libpulse and every timer runs on that thread with the lock held; any thread may call

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sound server as a mixer: what is known of its volumes, kept up to date by what the server announces, so
 // that reading costs nothing and waits for nobody.
 #pragma once

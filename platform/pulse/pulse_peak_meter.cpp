@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_peak_meter.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loudest sample of what this program plays, after the stream's own volume. Everything with the lock
 // held.
 //

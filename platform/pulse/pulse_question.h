@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A question to the server, one at a time. Everything with the lock held.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_sink_level.h"
 
 #include <utility>

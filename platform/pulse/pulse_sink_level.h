@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Volume and mute of a sink, as the server last told: of the default one, or of the one that the player's
 // stream is on. Everything with the lock held.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_stream_level.h"
 
 #include <pulse/channelmap.h>

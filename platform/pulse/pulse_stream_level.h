@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Volume and mute of what this program plays: of its stream while there is one, of what the server remembers
 // for it while there is none. Changes are notified. Everything with the lock held.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/pulse/pulse_wave_stream.h"
 
 #include <pulse/proplist.h>

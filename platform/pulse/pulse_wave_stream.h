@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sound server as a wave driver, and a playback stream of it.
 #pragma once
 

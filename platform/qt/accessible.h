@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The window as assistive programs see it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <QPaintEvent>
 #include <QStyle>
 #include <QStyleOptionButton>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/shell/close_watch.h"
 
 #include <QCoreApplication>

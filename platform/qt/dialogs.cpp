@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The toolkit's own dialogs: message box and file dialog.
 #include <QApplication>
 #include <QDeadlineTimer>

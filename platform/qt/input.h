@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From the toolkit's events to the player's messages.
 #pragma once
 

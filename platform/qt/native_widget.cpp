@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/qt/native_widget.h"
 
 #include <QBitmap>

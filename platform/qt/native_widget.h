@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The toolkit's side of one window.
 #pragma once
 

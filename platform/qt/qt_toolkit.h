@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Inside of the toolkit; see toolkit.h.
 #pragma once
 

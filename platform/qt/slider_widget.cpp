@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <QKeyEvent>
 
 #include "platform/qt/widgets.h"

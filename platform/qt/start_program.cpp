@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/shell/start_program.h"
 
 #include <QProcess>

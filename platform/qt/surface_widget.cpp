@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPaintEvent>

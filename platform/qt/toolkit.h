@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The toolkit behind the layer: Qt Widgets.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The widgets that stand for windows: a surface, the three kinds of control, and the top-level frame.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notifies of a newer instance's requests to close.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Registers a kind of file with the desktop, for this user: the shared MIME database, a desktop entry and an
 // icon, in the forms of freedesktop.org's standards for each (Shared MIME-info, Desktop Entry, Icon Theme).
 // As the type's only entry it is its default program, so no list of defaults is touched.

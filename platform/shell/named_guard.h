@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A named guard that keeps one instance of a program on each display: the newest closes the one before it.
 //
 // The guard is a local socket in the user's runtime folder (XDG_RUNTIME_DIR, else a private folder in /tmp)

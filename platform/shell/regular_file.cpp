@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/shell/regular_file.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening files whose names come from outside.
 #pragma once
 

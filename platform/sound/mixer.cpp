@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mixer functions: handles, structures, and the five controls.
 #include "platform/sound/mixer.h"
 

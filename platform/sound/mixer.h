@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mixer: volume, mute and peak meter of the sound output, and news of every change to them.
 //
 // Device 0 is the default output of the sound system. Its destination line, the speakers, has a volume and a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Wave output: plays blocks of 16-bit samples and reports each one when it has been heard.
 //
 // Threads: every function may be called on any thread; the calls on one handle are taken one after the

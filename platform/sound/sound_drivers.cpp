@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/sound/sound_drivers.h"
 
 #include <mutex>

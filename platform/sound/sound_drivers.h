@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What stands behind the waveOut and mixer functions: a driver that opens streams and one that has the
 // mixer's values. Headers, handles, structures and messages are not their business.
 //

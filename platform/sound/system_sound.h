@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The desktop's sound system.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/sound/wave_clock.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The position of an output whose sound is a clock's: bytes pass at the sample rate while it runs and stop
 // where the written bytes end. Pure arithmetic on the times it is given; not thread-safe.
 #pragma once

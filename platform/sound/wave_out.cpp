@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The waveOut functions, and the open output behind a handle: header rules, queue, notifications.
 #include <algorithm>
 #include <array>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Draws the pictures that player.rc takes in, from the SVG files beside this script, into the folder above, and the
 # icons that are installed into icons/ there. What it draws is kept in the repository, so that building needs no renderer.
 # Needs rsvg-convert (librsvg2-bin), icotool (icoutils) and convert (imagemagick).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which key is which command, and what the commands come to.
 #include "app/key_table.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The main window's states, titles and buttons, with the real panel and a simulated sound card.
 #include <QAccessible>
 #include <QApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/wave_device.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/message_index.h"
 
 #include <fcntl.h>

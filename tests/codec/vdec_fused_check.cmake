@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # cmake -DOBJDUMP=… -DOBJECTS=a.o;b.o -P vdec_fused_check.cmake
 # Fails when an object holds a fused multiply-add, or nothing that could be looked at.
 set(instructions 0)

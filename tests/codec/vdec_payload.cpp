@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/codec/vdec_payload.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/codec/vdec_reference.h"
 
 #include <algorithm>

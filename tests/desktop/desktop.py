@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A player in a private session, and a person's eyes, ears and hands for it."""
 
 import hashlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Takes the pictures of the player that the documents show.
 
     scripts/private-session --screen 1120x630 tests/desktop/pictures.py TRVPLAYER TRVDUMP SAMPLES FOLDER

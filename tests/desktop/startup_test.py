@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What the command line, a second player and the desktop's file types do at start-up.
 
     startup_test.py TRVPLAYER TRVDUMP SAMPLES      in a private session with a display and a sound server

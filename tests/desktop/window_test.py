@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The player's window as a person meets it, with a window manager, real keys, a real pointer and real sound.
 
     window_test.py TRVPLAYER TRVDUMP SAMPLES      in a private session with a display and a sound server

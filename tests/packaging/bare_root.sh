@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Installs the packages in a minimal Debian 12 of their own with nothing but what they depend on, uses them without a
 # network as a desktop does (debian/tests/desktop), and removes them again.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A program's --help, manual page and completions name the same options.
 
     options_agree.py PROGRAM PACKAGING

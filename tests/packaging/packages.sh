@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds the Debian packages from a clean clone of the last commit, lets lintian look at them, and tries them in a
 # minimal system (bare_root.sh).
 #

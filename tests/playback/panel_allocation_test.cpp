@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is allocated on other threads than the window's while a message plays.
 #include "tests/playback/player_fixture.h"
 #include "tests/support/allocation_probe.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that keep their reader waiting, that grow, and that end badly.
 #include <algorithm>
 #include <condition_variable>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening: headers, texts, views, and whatever is not a message.
 #include <sys/stat.h>
 

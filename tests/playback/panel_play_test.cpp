@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Playing to the end, with every interruption; what is heard is compared sample for sample.
 #include "res/resource.h"
 #include "tests/playback/player_fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every state with every event.
 #include "playback/panel_state.h"
 

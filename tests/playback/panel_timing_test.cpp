@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long the window waits for the reader, and when the first picture comes.
 #include <sched.h>
 

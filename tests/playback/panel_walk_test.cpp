@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thousands of random actions on a simulated clock; after each, everything that shows or tells the position
 // agrees with a model that is nothing but arithmetic.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the panel's windows show, and their end.
 #include "platform/framework/surface.h"
 #include "platform/framework/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/playback/player_fixture.h"
 
 #include "platform/framework/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A main window with the message panel in it, over a toolkit without a screen and a sound card without sound.
 #pragma once
 

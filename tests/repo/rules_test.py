@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Which libraries each folder may use, how long a file may be, and no path that exists on one machine only.
 
     rules_test.py ROOT

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A private session, and play.sh in one: apart from others, true to what it says, and gone however it ends.
 
     session_test.py ROOT PLAYER

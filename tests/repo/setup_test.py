@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """setup.sh never removes a package, and says why it cannot install one.
 
     setup_test.py ROOT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Linked into a program, this takes the place of operator new, to count what is allocated and to refuse it.
 #pragma once
 

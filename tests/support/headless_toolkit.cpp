@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/headless_toolkit.h"
 
 #include "platform/framework/afxwin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A toolkit without a screen, for tests of windows by their messages and pictures alone. It gives what the
 // real one cannot: timers fire when a test says so; message boxes close at once and are remembered; there is
 // no thread and no allocation but the player's to count; and the thread sanitizer knows all code that runs.

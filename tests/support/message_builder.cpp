@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/message_builder.h"
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Messages for tests, built record by record.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A mixer without a sound card: controls can be taken away, it can refuse, and it keeps count of what reaches
 // it. Volumes are at 40000 and 50000, nothing is muted, the meter reads 0. One thread.
 #pragma once

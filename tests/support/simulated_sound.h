@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of fixtures: a sound card and a mixer whose clock and values are the test's take the system's place.
 #pragma once
 

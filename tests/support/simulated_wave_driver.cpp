@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/simulated_wave_driver.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A wave driver without a sound card: its clock moves only when told to, it can be made to fail, and it keeps
 // what would have been heard.
 //

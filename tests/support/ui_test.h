@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Windows in tests. A program linked with ui_test_main runs its tests with the real toolkit on the off-screen
 // platform, with the player's resources and without an application object: who needs one makes it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/watch.h"
 
 #include <time.h>

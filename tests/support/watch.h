@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Watching time, the processor and this process's threads.
 #pragma once
 

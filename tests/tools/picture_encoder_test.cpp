@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/picture_encoder.h"
 
 #include <gtest/gtest.h>

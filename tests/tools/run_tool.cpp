@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/tools/run_tool.h"
 
 #include <QByteArray>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // trvdump, run as a program on the sample messages and on broken ones.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // trvdump --thumbnail, as file managers call it.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // trvmake, run as a program; what it writes is read back by trvdump.
 
 #include <gtest/gtest.h>

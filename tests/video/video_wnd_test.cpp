@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "video/video_wnd.h"
 
 #include <array>

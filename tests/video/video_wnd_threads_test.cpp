@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The end of the pacing thread.
 #include <atomic>
 #include <chrono>

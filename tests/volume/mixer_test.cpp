@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mixer access, and the mixer functions under it, on a mixer that can lack things and refuse.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The volume dialog on a simulated mixer, with the toolkit's real sliders and boxes.
 #include "volume/volume_dlg.h"
 

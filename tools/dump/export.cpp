@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/export.h"
 
 #include <gsm/gsm.h>

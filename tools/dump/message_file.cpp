@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/message_file.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/message_report.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/options.h"
 
 #include <getopt.h>

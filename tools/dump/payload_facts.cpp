@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/payload_facts.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/picture_export.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/sound_output.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/thumbnail.h"
 
 #include <fcntl.h>

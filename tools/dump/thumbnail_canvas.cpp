@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/thumbnail_canvas.h"
 
 #include <png.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/dump/thumbnail_levels.h"
 
 #include <fcntl.h>

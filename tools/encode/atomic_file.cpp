@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/atomic_file.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/code_table.h"
 
 #include <new>

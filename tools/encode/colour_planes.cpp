@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/colour_planes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/forward_dwt.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/message_writer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/encode/speech_encoder.h"
 
 #include <algorithm>

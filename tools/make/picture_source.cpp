@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/make/picture_source.h"
 
 #include <QColorSpace>

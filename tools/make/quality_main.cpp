@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // picture_quality: how close decoded pictures come to their sources. Encodes each image at every quality
 // level, decodes it with the player's decoder and prints peak signal-to-noise ratios and payload sizes.
 

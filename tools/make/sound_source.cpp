@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/make/sound_source.h"
 
 #include <samplerate.h>

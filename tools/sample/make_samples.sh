@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Makes the messages that come with the player, from nothing but this script:
 #
 #   res/sample/welcome.trv    a voice and a balloon over hills, 3 pictures a second

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The player's own compiled resources as they come out of the reader.
 #include "platform/framework/resources.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dialogs as they come out of the resources, to the pixel.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Input from the toolkit as the player's windows hear it.
 #include <gtest/gtest.h>
 

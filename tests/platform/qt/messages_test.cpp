@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Messages and timers, events and threads.
 #include <gtest/gtest.h>
 #include <pthread.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a nested loop, a change of the desktop's colours and a refusal look like from the player's side.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/shell/file_type.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that does nothing but obey its guard: it starts, "runs" until a newer instance asks it to close,
 // and says how that went by its exit status and one character on standard output each time that it runs or
 // ends: F when it is the first, T when it took over, E at its end.

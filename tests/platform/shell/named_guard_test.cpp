@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/shell/named_guard.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A temporary folder with a home and XDG folders, which the environment names from then on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the sound functions post, kept with the time.
 #pragma once
 

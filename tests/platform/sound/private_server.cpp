@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/sound/private_server.h"
 
 #include <poll.h>

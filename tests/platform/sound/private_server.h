@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A sound server of a test's own, with a null sink and no sound card, and a recording of what it plays.
 //
 // The first server made gives the process its own HOME, XDG folders and client configuration (no autospawn,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The system's sound on a server of the test's own, with pactl as the other program.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mixer on a sound server of the test's own, with pactl as the other program.
 #include <cmath>
 #include <numbers>

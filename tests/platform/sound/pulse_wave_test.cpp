@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Wave output on a sound server of the test's own: what its monitor records, and when blocks are done.
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks of 160 samples with contents that name their place: no two stretches of the sound are alike, and
 // none is silence.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The waveOut functions on the simulated driver: results, order, what is heard when.
 #include <gtest/gtest.h>
 
