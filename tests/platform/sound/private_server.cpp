@@ -92,8 +92,9 @@ void PrivateServer::StartPulseAudio() {
     WaitFor("run/pulse/native");
 }
 
-// The clock at the sink's rate, so that nothing is resampled; no devices. In a virtual machine the smallest
-// quantum is 1024 samples unless vm.overrides says otherwise.
+// The clock at the sink's rate, so that nothing is resampled; no devices, and a bus that starts no services.
+// The sink is there before there is anybody to ask for it. In a virtual machine the smallest quantum is 1024
+// samples unless vm.overrides says otherwise.
 void PrivateServer::StartPipeWire() {
     const fs::path config = Private() / "config";
     fs::create_directories(config / "pipewire/pipewire.conf.d");
@@ -101,28 +102,40 @@ void PrivateServer::StartPipeWire() {
     std::ofstream(config / "pipewire/pipewire.conf.d/test.conf")
         << "context.properties = { default.clock.rate = 8000 default.clock.allowed-rates = [ 8000 ] "
            "default.clock.min-quantum = 64 default.clock.quantum = 160 "
-           "vm.overrides = { default.clock.min-quantum = 64 } }\n";
+           "vm.overrides = { default.clock.min-quantum = 64 } }\n"
+           "context.objects = [ { factory = adapter args = { factory.name = support.null-audio-sink "
+           "node.name = test node.description = \"Null Output\" media.class = Audio/Sink audio.rate = 8000 "
+           "audio.channels = 1 audio.position = [ MONO ] monitor.channel-volumes = true } } ]\n";
     std::ofstream(config / "wireplumber/main.lua.d/51-test.lua")
         << "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n";
-    const std::string bus = "unix:path=" + (Private() / "run/bus").string();
-    setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
+    const fs::path bus = Private() / "run/sound-bus";
+    std::ofstream(config / "bus.conf")
+        << "<busconfig><type>session</type><listen>unix:path=" << bus.string()
+        << "</listen><auth>EXTERNAL</auth>"
+           R"(<policy context="default"><allow send_destination="*" eavesdrop="true"/>)"
+           R"(<allow eavesdrop="true"/><allow own="*"/></policy></busconfig>)";
     const auto start = [&](const std::vector<std::string>& words) { m_programs.emplace_back(words); };
-    start({"dbus-daemon", "--session", "--nofork", "--address=" + bus});
-    WaitFor("run/bus");
+    start({"dbus-daemon", "--nofork", "--config-file=" + (config / "bus.conf").string()});
+    WaitFor("run/sound-bus");
     start({"pipewire"});
     WaitFor("run/pipewire-0");
-    start({"wireplumber"});
+    // The one that needs the bus; the others would wait for it half a minute should it not answer.
+    start({"env", "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus.string(), "wireplumber"});
     start({"pipewire-pulse"});
     WaitFor("run/pulse/native");
-    const auto settle = [](const std::vector<std::string>& words, const std::string& answer) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (RunProgram(words).out != answer && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::sleep_for(20ms);
-    };
-    Pactl({"load-module", "module-null-sink", "sink_name=test", "rate=8000", "channels=1",
-           "sink_properties=device.description=\"Null Output\""});
-    // Shown only once the session manager has seen it.
-    settle({"sh", "-c", "pactl set-default-sink test && pactl get-default-sink"}, "test\n");
+    // The default once the session manager has seen it.
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (RunProgram({"timeout", "2", "pactl", "get-default-sink"}).out != "test\n") {
+        if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no sink on PipeWire");
+        std::this_thread::sleep_for(20ms);
+    }
+}
+
+void PrivateServer::RemoveSink() {
+    if (IsPipeWire())
+        RunProgram({"pw-cli", "destroy", "test"});
+    else
+        Pactl({"unload-module", "module-null-sink"});
 }
 
 void PrivateServer::WaitFor(const std::string& socket) {

@@ -39,6 +39,7 @@ public:
     void Kill();    // at once, as in a crash
     void Freeze();  // the server stops answering
     void Thaw();
+    void RemoveSink();  // the sink goes while something may play on it
 
 private:
     void StartPulseAudio();

@@ -98,5 +98,5 @@ protected:
     std::unique_ptr<PrivateServer> m_server;
     HMIXER m_mixer = nullptr;
     HWAVEOUT m_handle = nullptr;
-    Blocks m_blocks{250};
+    Blocks m_blocks{WAVEOUT_MAX_BLOCKS};  // ten seconds: longer than a server takes to start
 };

@@ -180,7 +180,7 @@ TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
     for (int round = 0; round < 100; ++round) {
         timed([this] { waveOutReset(m_handle); });
         timed([this] { waveOutPause(m_handle); });
-        for (std::size_t i = 0; i < m_blocks.Count(); ++i) timed([&, this] { m_blocks.Write(m_handle, i); });
+        for (std::size_t i = 0; i < 250; ++i) timed([&, this] { m_blocks.Write(m_handle, i); });
         timed([this] { waveOutRestart(m_handle); });
         timed([round] { Set(kMasterVolume, static_cast<DWORD>(round)); });
         timed([] { Value(kWavePeak); });
@@ -206,7 +206,7 @@ TEST_F(PulseWave, SoundReturnsByItselfWithTheServer) {
     Start();
     const Lateness lateness;
     OpenPaused();
-    Write(0, 250);
+    Write(0, m_blocks.Count());
     waveOutRestart(m_handle);
     ASSERT_TRUE(m_posted.WaitFor(10));
     const Clock::time_point killed = Clock::now();
@@ -254,7 +254,7 @@ TEST_F(PulseWave, ASinkThatGoesTakesNoOutputWithIt) {
     for (std::size_t i = 200; i < 210; ++i) m_blocks.Write(other, i);
     ASSERT_TRUE(m_posted.WaitFor(20));
     m_posted.Take();
-    Pactl({"unload-module", "module-null-sink"});
+    m_server->RemoveSink();
     ASSERT_TRUE(m_posted.WaitFor(10));
     Pactl({"load-module", "module-null-sink", "sink_name=test", "norewinds=1", "rate=8000", "channels=1"});
     MonitorRecording recording;
