@@ -52,6 +52,7 @@ ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
 ON_BN_CLICKED(IDC_STOP, OnStop)
 ON_BN_CLICKED(IDC_VOLUME, OnVolume)
 ON_MESSAGE(WM_PLAYBACK_ENDED, OnPlaybackEnded)
+ON_MESSAGE(WM_PLAYBACK_INTERRUPTED, OnPlaybackInterrupted)
 ON_MESSAGE(WM_VOLUME_CLOSED, OnVolumeClosed)
 ON_WM_DROPFILES()
 END_MESSAGE_MAP()
@@ -262,6 +263,12 @@ void CPlayerDlg::OnMute() {
 
 LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {
     OnStop();
+    return 0;
+}
+
+LRESULT CPlayerDlg::OnPlaybackInterrupted(WPARAM wParam, LPARAM) {
+    m_bPlaying = wParam != 0;
+    ShowPlaying(m_bPlaying);
     return 0;
 }
 

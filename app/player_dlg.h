@@ -54,6 +54,7 @@ protected:
     afx_msg void OnHelpAbout();
     afx_msg void OnVolume();
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnPlaybackInterrupted(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
     afx_msg void OnDropFiles(HDROP hDrop);
 

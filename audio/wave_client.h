@@ -9,4 +9,9 @@ public:
     virtual void OnWaveInData() {}
     // One queued block has been heard to its end.
     virtual void OnBlockPlayed() {}
+    // A call begins: others are to be silent until it ends. Either may come at any time, also while paused.
+    virtual void OnCallBegins() {}
+    virtual void OnCallEnds() {}
+    // What was listened to in private, headphones or a device that is gone, plays no more; others now hear.
+    virtual void OnUnplugged() {}
 };

@@ -8,6 +8,7 @@
 
 BEGIN_MESSAGE_MAP(CWaveDevice, CStatic)
 ON_MESSAGE(MM_WOM_DONE, OnWaveOutDone)
+ON_MESSAGE(MM_WOM_INTERRUPT, OnWaveOutInterrupt)
 ON_MESSAGE(WM_VOLUME_CLOSED, OnVolumeClosed)
 END_MESSAGE_MAP()
 
@@ -170,6 +171,15 @@ LRESULT CWaveDevice::OnWaveOutDone(WPARAM wParam, LPARAM) {
     }
     // The client may do anything now, closing the device included.
     if (m_pClient != nullptr) m_pClient->OnBlockPlayed();
+    return 0;
+}
+
+LRESULT CWaveDevice::OnWaveOutInterrupt(WPARAM wParam, LPARAM lParam) {
+    // Only this thread opens and closes.
+    if (!m_bOpen || reinterpret_cast<HWAVEOUT>(wParam) != m_hWaveOut || m_pClient == nullptr) return 0;
+    if (lParam == WOM_CALL_BEGINS) m_pClient->OnCallBegins();
+    if (lParam == WOM_CALL_ENDS) m_pClient->OnCallEnds();
+    if (lParam == WOM_UNPLUGGED) m_pClient->OnUnplugged();
     return 0;
 }
 

@@ -61,6 +61,7 @@ public:
 protected:
     DECLARE_MESSAGE_MAP()
     afx_msg LRESULT OnWaveOutDone(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnWaveOutInterrupt(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
 
 private:

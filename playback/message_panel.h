@@ -18,6 +18,9 @@
 
 // Sent by the message panel to the main window when a message has been played to its end.
 inline constexpr UINT WM_PLAYBACK_ENDED = WM_USER + 201;
+// Sent by the message panel to the main window when it has paused by itself (wParam FALSE), since a call has
+// begun or headphones were unplugged, and when it plays on after the call (wParam TRUE).
+inline constexpr UINT WM_PLAYBACK_INTERRUPTED = WM_USER + 206;
 
 // A modeless dialog that lives in the main window's frame and deletes itself when its window is destroyed,
 // a message that plays included.
@@ -68,6 +71,9 @@ public:
     void SetViewMode(int nMode);
 
     void OnBlockPlayed() override;
+    void OnCallBegins() override;
+    void OnCallEnds() override;
+    void OnUnplugged() override;
     // On the renderer's pacing thread, or the reader's.
     int GetDuePicture(int nOldest) override;
     void OnFrameShown() override;
@@ -98,6 +104,7 @@ private:
     // Goes on to the next state and does what that asks for. After an End the main window may have done
     // anything: nothing of the panel is touched afterwards.
     void Handle(PanelEvent event);
+    void Interrupt(PanelEvent event);
     void Start();
     void StartPictures();
     void Hold();

@@ -233,6 +233,33 @@ void CMessagePanel::OnBlockPlayed() {
     Handle(PanelEvent::RanDry);
 }
 
+void CMessagePanel::OnCallBegins() {
+    Interrupt(PanelEvent::CallBegins);
+}
+
+void CMessagePanel::OnCallEnds() {
+    // Silent while the bar's head is held.
+    if (m_bDragging && m_state == PanelState::Interrupted)
+        m_bDragResumes = TRUE;
+    else
+        Interrupt(PanelEvent::CallEnds);
+}
+
+void CMessagePanel::OnUnplugged() {
+    Interrupt(PanelEvent::Unplugged);
+}
+
+// The main window may do anything in answer.
+void CMessagePanel::Interrupt(PanelEvent event) {
+    const BOOL bPlayed = IsPlaying(m_state) || m_bDragResumes;
+    if (event != PanelEvent::CallEnds) m_bDragResumes = FALSE;
+    Handle(event);
+    const BOOL bPlays = IsPlaying(m_state) || m_bDragResumes;
+    if (bPlays == bPlayed) return;
+    if (CWnd* pMainWnd = AfxGetMainWnd())
+        pMainWnd->SendMessage(WM_PLAYBACK_INTERRUPTED, static_cast<WPARAM>(bPlays));
+}
+
 int CMessagePanel::GetDuePicture(int nOldest) {
     if (!m_pSource->outputs.bSound) return nOldest;
     return Timeline(m_pSource->nVideoRate).PictureForTick(nOldest, Frame());
@@ -261,7 +288,7 @@ LRESULT CMessagePanel::OnBarDragged(WPARAM wParam, LPARAM) {
         m_bDragging = TRUE;
         m_nDragFrom = GetPosition();
         m_bDragResumes = IsPlaying(m_state);
-        Handle(PanelEvent::Pause);
+        if (m_bDragResumes) Handle(PanelEvent::Pause);
     }
     SeekTo(static_cast<int>(wParam));
     return 0;

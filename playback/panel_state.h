@@ -9,7 +9,8 @@ enum class PanelState {
     Playing,   // the reader has more to read
     Draining,  // everything has been read, and what is left of it sounds
     Paused,
-    Stopped,  // at the start of the message
+    Interrupted,  // paused by a call, and to play on after it
+    Stopped,      // at the start of the message
 };
 
 enum class PanelEvent {
@@ -21,6 +22,9 @@ enum class PanelEvent {
     ReadAll,   // the reader has met the end of the message
     ReadMore,  // it has found more after all: the file has grown
     RanDry,    // nothing is left that could sound or be shown
+    CallBegins,
+    CallEnds,
+    Unplugged,  // the headphones, or the device that the sound was on
     Close,
 };
 
@@ -55,12 +59,21 @@ constexpr PanelStep Step(PanelState state, PanelEvent event) {
             if (state == PanelState::Playing) return nothing;
             return {PanelState::Playing, PanelAction::Start};
         case PanelEvent::Pause:
+        case PanelEvent::Unplugged:
+            if (state == PanelState::Interrupted) return {PanelState::Paused, PanelAction::None};
             if (!IsPlaying(state)) return nothing;
             return {PanelState::Paused, PanelAction::Hold};
+        case PanelEvent::CallBegins:
+            if (!IsPlaying(state)) return nothing;
+            return {PanelState::Interrupted, PanelAction::Hold};
+        case PanelEvent::CallEnds:
+            if (state != PanelState::Interrupted) return nothing;
+            return {PanelState::Playing, PanelAction::Start};
         case PanelEvent::Stop:
             if (state == PanelState::Stopped) return nothing;
             return {PanelState::Stopped, PanelAction::Rewind};
         case PanelEvent::Seek:
+            if (state == PanelState::Interrupted) return {state, PanelAction::Move};
             return {IsPlaying(state) ? PanelState::Playing : PanelState::Paused, PanelAction::Move};
         case PanelEvent::ReadAll:
             if (state != PanelState::Playing) return nothing;

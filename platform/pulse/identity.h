@@ -9,6 +9,8 @@ inline constexpr char kApplicationName[] = "Trivelle Message Player";
 inline constexpr char kApplicationId[] = "trivelle.MessagePlayer";
 inline constexpr char kApplicationIcon[] = "com.trivelle.MessagePlayer";
 inline constexpr char kMediaName[] = "Recorded message";
+// Of those that a server asks to be silent while a call goes on.
+inline constexpr char kMediaRole[] = "video";
 
 // The name under which the server's stream-restore database keeps them.
 inline constexpr char kRestoreName[] = "sink-input-by-application-id:trivelle.MessagePlayer";

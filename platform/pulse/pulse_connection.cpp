@@ -4,9 +4,11 @@
 #include <pulse/mainloop-api.h>
 #include <pulse/proplist.h>
 
+#include <string_view>
 #include <utility>
 
 #include "platform/pulse/identity.h"
+#include "platform/pulse/pulse_question.h"
 
 PulseConnection::PulseConnection() {
     const std::scoped_lock lock(m_loop);
@@ -53,11 +55,30 @@ void PulseConnection::OnState() {
     if (!PA_CONTEXT_IS_GOOD(state)) return SetLost();
     if (state != PA_CONTEXT_READY || m_state == State::kReady) return;
     m_state = State::kReady;
+    pa_context_set_subscribe_callback(m_context, PulseCallback<&PulseConnection::OnEvent>{}, this);
+    constexpr auto mask = static_cast<pa_subscription_mask_t>(
+        PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SINK_INPUT | PA_SUBSCRIPTION_MASK_SERVER);
+    Forget(pa_context_subscribe(m_context, mask, nullptr, nullptr));
+    Forget(pa_context_get_server_info(m_context, PulseCallback<&PulseConnection::OnServer>{}, this));
     for (ConnectionWatcher* watcher : m_watchers) watcher->OnConnected();
     m_loop.Signal();
 }
 
+void PulseConnection::OnEvent(pa_subscription_event_type_t event, std::uint32_t index) {
+    const auto facility =
+        static_cast<pa_subscription_event_type_t>(event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK);
+    const auto type = static_cast<pa_subscription_event_type_t>(event & PA_SUBSCRIPTION_EVENT_TYPE_MASK);
+    for (ConnectionWatcher* watcher : m_watchers) watcher->OnChange(facility, type, index);
+}
+
+// PulseAudio's own server names a stream once; PipeWire's looks at its role each time.
+void PulseConnection::OnServer(const pa_server_info* info) {
+    m_remembersByFirstName =
+        info != nullptr && std::string_view(info->server_name).find("PipeWire") == std::string_view::npos;
+}
+
 void PulseConnection::SetLost() {
+    m_remembersByFirstName = false;
     // The watchers let go of what they have of the context while it is still there.
     if (std::exchange(m_state, State::kNone) == State::kReady)
         for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();
@@ -69,6 +90,7 @@ void PulseConnection::Release() {
     if (m_context == nullptr) return;
     pa_context* context = std::exchange(m_context, nullptr);
     pa_context_set_state_callback(context, nullptr, nullptr);
+    pa_context_set_subscribe_callback(context, nullptr, nullptr);
     pa_context_disconnect(context);
     pa_context_unref(context);
 }

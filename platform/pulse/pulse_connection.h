@@ -5,17 +5,23 @@
 #pragma once
 
 #include <pulse/context.h>
+#include <pulse/introspect.h>
+#include <pulse/subscribe.h>
 
+#include <cstdint>
 #include <vector>
 
 #include "platform/pulse/pulse_loop.h"
 
-// Learns when the connection comes and goes. Called on the loop's thread.
+// Learns when the connection comes and goes, and what changes at the server. Called on the loop's thread.
 class ConnectionWatcher {
 public:
     virtual ~ConnectionWatcher() = default;
     virtual void OnConnected() {}
     virtual void OnLost() {}
+    // Of a sink, a playback stream (whoever's) or the server, as `facility` says.
+    virtual void OnChange(pa_subscription_event_type_t /*facility*/, pa_subscription_event_type_t /*type*/,
+                          std::uint32_t /*index*/) {}
 };
 
 class PulseConnection {
@@ -40,6 +46,9 @@ public:
     // The connected context, or null.
     pa_context* Ready() const { return m_state == State::kReady ? m_context : nullptr; }
 
+    // Whether the server remembers a stream under the name that it had at first, whatever role it gets later.
+    bool RemembersByFirstName() const { return m_remembersByFirstName; }
+
     // Gives the server up; the next Connect starts anew. Not in a callback of libpulse's.
     void Drop() { SetLost(); }
 
@@ -51,6 +60,8 @@ private:
 
     void MakeContext();
     void OnState();
+    void OnEvent(pa_subscription_event_type_t event, std::uint32_t index);
+    void OnServer(const pa_server_info* info);
     void SetLost();
     void Release();
 
@@ -58,5 +69,6 @@ private:
     pa_context* m_context = nullptr;
     State m_state = State::kNone;
     bool m_maySpawn = false;
+    bool m_remembersByFirstName = false;
     std::vector<ConnectionWatcher*> m_watchers;
 };

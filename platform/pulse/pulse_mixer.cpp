@@ -26,8 +26,6 @@ PulseMixer::PulseMixer(std::shared_ptr<PulseConnection> connection)
 PulseMixer::~PulseMixer() {
     const std::scoped_lock lock(m_connection->Loop());
     m_connection->Unwatch(*this);
-    if (pa_context* context = m_connection->Ready())
-        pa_context_set_subscribe_callback(context, nullptr, nullptr);
     OnLost();
     m_meter.reset();
 }
@@ -97,10 +95,6 @@ bool PulseMixer::Available() {
 
 void PulseMixer::OnConnected() {
     pa_context* context = m_connection->Ready();
-    pa_context_set_subscribe_callback(context, PulseCallback<&PulseMixer::OnEvent>{}, this);
-    constexpr auto mask = static_cast<pa_subscription_mask_t>(
-        PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SINK_INPUT | PA_SUBSCRIPTION_MASK_SERVER);
-    Forget(pa_context_subscribe(context, mask, nullptr, nullptr));
     m_sink.Connect(context);
     m_stream.Connect(context);
 }
@@ -111,9 +105,9 @@ void PulseMixer::OnLost() {
     m_stream.Lose();
 }
 
-void PulseMixer::OnEvent(pa_subscription_event_type_t event, std::uint32_t index) {
-    const auto type = static_cast<pa_subscription_event_type_t>(event & PA_SUBSCRIPTION_EVENT_TYPE_MASK);
-    if ((event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK) == PA_SUBSCRIPTION_EVENT_SINK_INPUT)
+void PulseMixer::OnChange(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                          std::uint32_t index) {
+    if (facility == PA_SUBSCRIPTION_EVENT_SINK_INPUT)
         m_stream.OnStreamEvent(type, index);
     else
         m_sink.Ask();

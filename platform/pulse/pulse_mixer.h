@@ -3,8 +3,6 @@
 // that reading costs nothing and waits for nobody.
 #pragma once
 
-#include <pulse/subscribe.h>
-
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,7 +31,8 @@ private:
     // Lock held, all of them.
     void OnConnected() override;
     void OnLost() override;
-    void OnEvent(pa_subscription_event_type_t event, std::uint32_t index);
+    void OnChange(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                  std::uint32_t index) override;
     bool Available();
 
     const std::shared_ptr<PulseConnection> m_connection;

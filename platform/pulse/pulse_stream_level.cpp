@@ -38,22 +38,25 @@ void PulseStreamLevel::OnStreamEvent(pa_subscription_event_type_t event, std::ui
 
 void PulseStreamLevel::SetVolume(DWORD value) {
     Adopt({value, m_level.muted});
-    Send();
+    Send(true, false);
 }
 
 void PulseStreamLevel::SetMuted(bool muted) {
     Adopt({m_level.volume, muted});
-    Send();
+    Send(false, true);
 }
 
-void PulseStreamLevel::Send() {
+void PulseStreamLevel::Send(bool sendVolume, bool sendMuted) {
     m_streamQuestion.MakeStale();
     m_restoreQuestion.MakeStale();
     pa_cvolume volume;
     pa_cvolume_set(&volume, m_channels, ToServer(m_level.volume));
     if (m_stream) {
-        Forget(pa_context_set_sink_input_volume(m_context, *m_stream, &volume, nullptr, nullptr));
-        Forget(pa_context_set_sink_input_mute(m_context, *m_stream, m_level.muted ? 1 : 0, nullptr, nullptr));
+        if (sendVolume)
+            Forget(pa_context_set_sink_input_volume(m_context, *m_stream, &volume, nullptr, nullptr));
+        if (sendMuted)
+            Forget(pa_context_set_sink_input_mute(m_context, *m_stream, m_level.muted ? 1 : 0, nullptr,
+                                                  nullptr));
     } else if (m_restores) {
         pa_ext_stream_restore_info entry{};
         entry.name = kRestoreName;
@@ -88,7 +91,7 @@ void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
         m_sink = m_newStream->sink;
         m_channels = m_newStream->channels;
         if (started && m_read && !m_restores)
-            Send();
+            Send(true, true);
         else
             Adopt(m_newStream->level);
     }

@@ -52,7 +52,9 @@ private:
     void OnStream(const pa_sink_input_info* info, int end);
     void OnRestored(const pa_ext_stream_restore_info* info, int end);
     void Adopt(PulseLevel level);
-    void Send();
+    // What is not sent is left as it is: what is sent is remembered, and a mute may be the server's for a
+    // call alone.
+    void Send(bool sendVolume, bool sendMuted);
 
     const std::function<void()> m_onAnswered;
     pa_context* m_context = nullptr;

@@ -4,6 +4,7 @@
 #include <pulse/proplist.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "platform/pulse/identity.h"
 
@@ -55,12 +56,14 @@ PulseWaveStream::PulseWaveStream(std::shared_ptr<PulseConnection> connection,
     : m_connection(std::move(connection)),
       m_source(std::move(source)),
       m_rate(samplesPerSecond),
-      m_clock(std::uint64_t{samplesPerSecond} * kBytesPerSample) {}
+      m_clock(std::uint64_t{samplesPerSecond} * kBytesPerSample),
+      m_output([this] { m_source->OnInterrupted(WOM_UNPLUGGED); }) {}
 
 PulseWaveStream::~PulseWaveStream() {
     const std::scoped_lock lock(m_connection->Loop());
     m_connection->Unwatch(*this);
     ReleaseStream();
+    m_output.Forget();
     m_timer.reset();
 }
 
@@ -85,6 +88,16 @@ void PulseWaveStream::OnConnected() {
     TickSoon({});
 }
 
+void PulseWaveStream::OnLost() {
+    m_output.Forget();
+}
+
+void PulseWaveStream::OnChange(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                               std::uint32_t index) {
+    if (facility == PA_SUBSCRIPTION_EVENT_SINK && type == PA_SUBSCRIPTION_EVENT_CHANGE)
+        m_output.OnSinkChanged(index);
+}
+
 void PulseWaveStream::Create() {
     const pa_sample_spec format{PA_SAMPLE_S16NE, m_rate, 1};
     pa_proplist* properties = pa_proplist_new();
@@ -93,6 +106,8 @@ void PulseWaveStream::Create() {
     pa_proplist_free(properties);
     if (m_stream == nullptr) return;
     pa_stream_set_state_callback(m_stream, PulseCallback<&PulseWaveStream::OnState>{}, this);
+    pa_stream_set_moved_callback(m_stream, PulseCallback<&PulseWaveStream::OnMoved>{}, this);
+    pa_stream_set_event_callback(m_stream, PulseCallback<&PulseWaveStream::OnRequest>{}, this);
 
     // 100 ms asked for ahead, in steps of 20 ms; the server starts with the first 20 ms. Left to themselves
     // these would be two seconds. Without a prebuffer the server would play on past the end of what is there.
@@ -119,8 +134,29 @@ void PulseWaveStream::OnState() {
         m_seek = 0;
         if (m_heard != m_written) Send();
         if (m_heard != m_written && m_running) SetCork(false);
+        OnMoved();
+        if (m_connection->RemembersByFirstName()) TakeRole();
     }
     m_connection->Loop().Signal();
+}
+
+void PulseWaveStream::OnMoved() {
+    m_output.Follow(m_connection->Ready(), pa_stream_get_device_index(m_stream));
+}
+
+void PulseWaveStream::OnRequest(const char* name, pa_proplist*) {
+    const std::string_view request(name);
+    if (request == PA_STREAM_EVENT_REQUEST_CORK) m_source->OnInterrupted(WOM_CALL_BEGINS);
+    if (request == PA_STREAM_EVENT_REQUEST_UNCORK) m_source->OnInterrupted(WOM_CALL_ENDS);
+}
+
+// Only streams of certain roles are asked to be silent during a call. A role that is there from the start
+// would become the name under which the server remembers volume, mute and sink.
+void PulseWaveStream::TakeRole() {
+    pa_proplist* role = pa_proplist_new();
+    pa_proplist_sets(role, PA_PROP_MEDIA_ROLE, kMediaRole);
+    Forget(pa_stream_proplist_update(m_stream, PA_UPDATE_MERGE, role, nullptr, nullptr));
+    pa_proplist_free(role);
 }
 
 void PulseWaveStream::Write(std::uint64_t written) {
@@ -271,6 +307,7 @@ void PulseWaveStream::TickSoon(PulseLoop::Clock::duration delay) {
 
 void PulseWaveStream::LoseStream() {
     ReleaseStream();
+    m_output.Leave();
     if (!std::exchange(m_live, false)) return;
     m_clock = WaveClock(std::uint64_t{m_rate} * kBytesPerSample, m_written, m_heard);
     if (m_running) m_clock.Restart(NowUs());
@@ -281,6 +318,8 @@ void PulseWaveStream::ReleaseStream() {
     m_position.Cancel();
     if (m_stream == nullptr) return;
     pa_stream_set_state_callback(m_stream, nullptr, nullptr);
+    pa_stream_set_moved_callback(m_stream, nullptr, nullptr);
+    pa_stream_set_event_callback(m_stream, nullptr, nullptr);
     pa_stream_disconnect(m_stream);
     pa_stream_unref(std::exchange(m_stream, nullptr));
 }

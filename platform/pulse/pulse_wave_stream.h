@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/pulse/pulse_connection.h"
+#include "platform/pulse/pulse_output_watch.h"
 #include "platform/pulse/pulse_question.h"
 #include "platform/sound/sound_drivers.h"
 #include "platform/sound/wave_clock.h"
@@ -51,8 +52,14 @@ public:
 private:
     // All of these with the lock held.
     void OnConnected() override;
+    void OnLost() override;
+    void OnChange(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                  std::uint32_t index) override;
     void Create();
     void OnState();
+    void OnMoved();
+    void OnRequest(const char* name, pa_proplist* properties);
+    void TakeRole();
     void SetCork(bool corked);
     void Tick();
     void Send();
@@ -74,6 +81,7 @@ private:
     pa_stream* m_stream = nullptr;
     bool m_live = false;  // the stream is there and plays; otherwise the clock counts
     WaveClock m_clock;
+    PulseOutputWatch m_output;
     PulseLoop::Clock::time_point m_nextTry{};
 
     PulseQuestion m_position;

@@ -47,6 +47,16 @@ inline constexpr DWORD CALLBACK_WINDOW = 0x00010000U;
 
 inline constexpr UINT MM_WOM_DONE = 0x3BD;
 
+// An addition: something outside asks for silence, or for sound again. The output itself changes nothing;
+// whoever plays is to answer with waveOutPause or waveOutReset. Posted like MM_WOM_DONE, with one of these in
+// lParam.
+inline constexpr UINT MM_WOM_INTERRUPT = 0x3DF;
+inline constexpr DWORD WOM_CALL_BEGINS =
+    1;                                     // a call begins elsewhere, and the server asks others to be silent
+inline constexpr DWORD WOM_CALL_ENDS = 2;  // those asked so may sound again
+inline constexpr DWORD WOM_UNPLUGGED =
+    3;  // the headphones or the device that played is gone; others now hear
+
 // WAVEHDR::dwFlags, kept by the functions below.
 inline constexpr DWORD WHDR_DONE = 0x00000001U;      // handed back
 inline constexpr DWORD WHDR_PREPARED = 0x00000002U;  // prepared for the handle in `reserved`

@@ -27,6 +27,9 @@ public:
     // Everything up to `position` has been heard. Positions never decrease. Takes the same lock and posts
     // what is done.
     virtual void OnHeard(std::uint64_t position) = 0;
+
+    // WOM_CALL_BEGINS and the others. Posts that.
+    virtual void OnInterrupted(DWORD what) = 0;
 };
 
 // One open output's sound. The caller serialises the calls. None of them fails or allocates: a stream that

@@ -55,6 +55,7 @@ public:
 
     std::size_t Read(std::uint64_t position, void* to, std::size_t bytes) override;
     void OnHeard(std::uint64_t position) override;
+    void OnInterrupted(DWORD what) override;
 
 private:
     struct Entry {
@@ -188,6 +189,10 @@ void WaveOutput::OnHeard(std::uint64_t position) {
         MarkDone(position);
     }
     Deliver();
+}
+
+void WaveOutput::OnInterrupted(DWORD what) {
+    PostSoundMessage(m_window, MM_WOM_INTERRUPT, reinterpret_cast<WPARAM>(m_handle), LPARAM{what});
 }
 
 void WaveOutput::MarkDone(std::uint64_t position) {

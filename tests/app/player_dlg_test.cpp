@@ -101,6 +101,9 @@ TEST_F(PlayerDlg, EachWayToEachState) {
         {'S', [&] { Command(IDC_STOP); }},
         {'c', [&] { Command(ID_FILE_CLOSE); }},
         {'e', [&] { SendMessage(m_hWnd, WM_PLAYBACK_ENDED, 0, 0); }},
+        {'b', [&] { m_sound->Interrupt(WOM_CALL_BEGINS), Pump(); }},
+        {'n', [&] { m_sound->Interrupt(WOM_CALL_ENDS), Pump(); }},
+        {'u', [&] { m_sound->Interrupt(WOM_UNPLUGGED), Pump(); }},
     };
     const struct {
         const char* name;
@@ -118,6 +121,12 @@ TEST_F(PlayerDlg, EachWayToEachState) {
         {"closed: Play/Pause is dead", "vcp", kTitle, false},
         {"a missing one while one plays: Play/Pause is dead", "vxp", kTitle, false},
         {"opened after a missing one", "xv", kVoiceTitle, true},
+        {"a call", "vb", kVoiceTitle, false},
+        {"after the call", "wbn", kVideoTitle, true},
+        {"played and paused by the button meanwhile", "vbppn", kVoiceTitle, false},
+        {"unplugged", "wu", kVideoTitle, false},
+        {"unplugged during a call", "vbun", kVoiceTitle, false},
+        {"unplugged while paused", "vpup", kVoiceTitle, true},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);

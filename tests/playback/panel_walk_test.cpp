@@ -126,7 +126,7 @@ protected:
         m_messages.push_back(Make(5, Repeat("s", 7) + Repeat("v", 30) + Repeat("s.", 20)));
     }
 
-    enum class State { None, Stopped, Paused, Playing };
+    enum class State { None, Stopped, Paused, Interrupted, Playing };
 
     // What the model says of the sound: the next frame to be heard, decoded as it should be.
     void SoundFrom(int frame, int decodeFrom) {
@@ -177,7 +177,7 @@ protected:
     }
     void Seek(int frame) {
         m_position = std::clamp(frame, 0, Current().length - 1);
-        if (m_state != State::Playing) m_state = State::Paused;
+        if (m_state == State::Stopped) m_state = State::Paused;
         m_atOnce = true;
         SoundFrom(m_position, m_position - 50 - (Current().rate == 0 ? Trace().GetVisibleCount() : 0));
     }
@@ -226,6 +226,7 @@ protected:
     void Check() {
         Settle();
         ASSERT_EQ(m_main->ended, m_ended);
+        ASSERT_EQ(m_main->plays, m_plays);
         ASSERT_TRUE(m_toolkit.boxes.empty());
         if (m_state == State::None) return;
         const Walked& walked = Current();
@@ -260,8 +261,9 @@ protected:
     State m_state = State::None;
     int m_position = 0;
     int m_ended = 0;
-    bool m_atOnce = false;    // nothing has been heard since the picture was shown by a seek
-    bool m_timeShown = true;  // the elapsed time is empty from Stop to the first block
+    std::vector<bool> m_plays;  // what the main window is told of interruptions
+    bool m_atOnce = false;      // nothing has been heard since the picture was shown by a seek
+    bool m_timeShown = true;    // the elapsed time is empty from Stop to the first block
     gsm m_decoder = gsm_create();
     size_t m_nextSpeech = 0;
     bool m_soundKnown = false;
@@ -286,7 +288,7 @@ void PanelWalk::Act(std::mt19937& random) {
         m_state = State::Playing;
     } else if (action < 34) {
         Panel().Pause();
-        if (m_state == State::Playing) m_state = State::Paused;
+        if (m_state != State::Stopped) m_state = State::Paused;
     } else if (action < 50) {
         const int frame = upTo(Current().length + 20) - 10;
         Panel().SeekTo(frame);
@@ -302,13 +304,22 @@ void PanelWalk::Act(std::mt19937& random) {
     } else if (action < 66) {
         const int steps = upTo(4) - 2;
         Panel().StepPicture(steps);
-        if (m_state == State::Playing) m_state = State::Paused;
+        if (m_state != State::Stopped) m_state = State::Paused;
         const int rate = Current().rate;
         const int64_t picture = rate == 0 ? 0 : Timeline(rate).PictureAt(m_position) + steps;
         Seek(rate == 0     ? m_position + 5 * steps
              : picture < 0 ? 0
                            : static_cast<int>(PictureDueFrame(picture, rate)));
         m_timeShown = true;
+    } else if (action < 72) {
+        const bool played = m_state == State::Playing;
+        const auto what = static_cast<DWORD>(1 + upTo(2));
+        m_sound->Interrupt(what);
+        if (what == WOM_CALL_BEGINS && played) m_state = State::Interrupted;
+        if (what == WOM_CALL_ENDS && m_state == State::Interrupted) m_state = State::Playing;
+        if (what == WOM_UNPLUGGED && m_state != State::Stopped) m_state = State::Paused;
+        const bool plays = m_state == State::Playing;
+        if (plays != played) m_plays.push_back(plays);
     } else {
         for (int i = upTo(action < 95 ? 12 : 80); i >= 0; --i) {
             const bool playing = m_state == State::Playing;

@@ -17,6 +17,7 @@ LRESULT TestMainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         ++ended;
         panel->Stop();
     }
+    if (message == WM_PLAYBACK_INTERRUPTED) plays.push_back(wParam != 0);
     return CDialog::WindowProc(message, wParam, lParam);
 }
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/afxwin.h"
@@ -22,6 +23,7 @@ public:
     TestMainWindow();
     CMessagePanel* panel = nullptr;  // null once it is gone
     int ended = 0;                   // WM_PLAYBACK_ENDED received
+    std::vector<bool> plays;         // WM_PLAYBACK_INTERRUPTED received
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:

@@ -128,6 +128,15 @@ void SimulatedWaveDriver::Advance(unsigned milliseconds) {
     source->OnHeard(position);
 }
 
+void SimulatedWaveDriver::Interrupt(DWORD what) {
+    std::shared_ptr<WaveSource> source;
+    {
+        const std::scoped_lock lock(m_state->lock);
+        source = m_state->source;
+    }
+    source->OnInterrupted(what);
+}
+
 void SimulatedWaveDriver::SetOpenResult(MMRESULT result) {
     const std::scoped_lock lock(m_state->lock);
     m_state->openResult = result;

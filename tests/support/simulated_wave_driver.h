@@ -25,6 +25,9 @@ public:
     // Moves the clock on; blocks that end within that time are notified before it returns.
     void Advance(unsigned milliseconds);
 
+    // What happens outside: WOM_CALL_BEGINS and the others. The output must be open.
+    void Interrupt(DWORD what);
+
     // What waveOutOpen returns from now on; MMSYSERR_NOERROR lets it succeed again.
     void SetOpenResult(MMRESULT result);
 

@@ -71,6 +71,21 @@ protected:
     }
     static MMRESULT Set(DWORD id, DWORD value) { return CurrentMixerDriver()->SetValue(id, value); }
 
+    // The number of the first stream, for pactl.
+    static std::string Stream() {
+        const std::string streams = Pactl({"list", "sink-inputs"});
+        const std::size_t at = streams.find('#') + 1;
+        return streams.substr(at, streams.find('\n') - at);
+    }
+
+    // Returns the number of its module, for pactl.
+    static std::string AddSink(const std::string& name, const std::string& channels = "1") {
+        std::string module =
+            Pactl({"load-module", "module-null-sink", "sink_name=" + name, "norewinds=1",
+                   "channels=" + channels, "rate=8000", "sink_properties=device.description=" + name});
+        return module.substr(0, module.find('\n'));
+    }
+
     static bool Eventually(const std::function<bool()>& holds) {
         return watch::Eventually(holds, std::chrono::seconds(10));
     }

@@ -21,18 +21,6 @@ protected:
         CurrentMixerDriver()->GetName(name);
         return name;
     }
-
-    // The number of the player's stream, for pactl.
-    static std::string Stream() {
-        const std::string streams = Pactl(kStreams);
-        const std::size_t at = streams.find('#') + 1;
-        return streams.substr(at, streams.find('\n') - at);
-    }
-
-    static void AddSink(const std::string& name, const std::string& channels = "1") {
-        Pactl({"load-module", "module-null-sink", "sink_name=" + name, "channels=" + channels, "rate=8000",
-               "sink_properties=device.description=" + name});
-    }
 };
 
 TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {

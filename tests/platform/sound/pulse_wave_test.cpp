@@ -57,6 +57,17 @@ protected:
         EXPECT_LE(late[late.size() * 9 / 10], 40 + margin) << "nine in ten";
     }
 
+    // Whether the output is told so in time; everything told before is taken.
+    bool Told(DWORD what) {
+        return Eventually([this, what] {
+            const std::vector<PostedMessage> told = m_posted.Take();
+            return std::any_of(told.begin(), told.end(), [&](const PostedMessage& message) {
+                return message.message == MM_WOM_INTERRUPT && message.lParam == LPARAM{what} &&
+                       message.wParam == reinterpret_cast<WPARAM>(m_handle);
+            });
+        });
+    }
+
     // The blocks that a recording has whole, in their order.
     std::vector<std::size_t> BlocksIn(const MonitorRecording& recording) const {
         const std::vector<std::int16_t> heard = recording.Samples();
@@ -245,6 +256,56 @@ TEST_F(PulseWave, SoundReturnsByItselfWithTheServer) {
     EXPECT_GE(FindIn(recording.Samples(), Played(m_blocks.Samples(0, 40))), 0);
 }
 
+TEST_F(PulseWave, ASinkThatGoesIsToldUnlikeAMoveFromOneToAnother) {
+    Start();
+    const std::string headset = AddSink("headset");
+    OpenPaused();
+    Write(0, 200);
+    waveOutRestart(m_handle);
+    for (const char* sink : {"headset", "test", "headset"}) {
+        Pactl({"move-sink-input", Stream(), sink});
+        ASSERT_TRUE(m_posted.WaitFor(20));
+        for (const PostedMessage& message : m_posted.Take())
+            ASSERT_EQ(message.message, MM_WOM_DONE) << "moved to " << sink;
+    }
+    const Clock::time_point unloaded = Clock::now();
+    Pactl({"unload-module", headset});
+    EXPECT_TRUE(Told(WOM_UNPLUGGED));
+    std::printf("told within %.1f ms of the other program's start\n", Ms(Clock::now() - unloaded));
+    EXPECT_TRUE(m_posted.WaitFor(10)) << "whoever plays decides";
+}
+
+TEST_F(PulseWave, ACallAsksForSilenceAndLeavesTheRememberedMuteAlone) {
+    Start();
+    OpenPaused();
+    if (PrivateServer::IsPipeWire()) {
+        // It asks nobody, and a role would displace what it remembers.
+        EXPECT_TRUE(EventuallySays({"list", "sink-inputs"}, {"application.id"}));
+        EXPECT_EQ(Pactl({"list", "sink-inputs"}).find("media.role"), std::string::npos);
+        return;
+    }
+    Pactl({"load-module", "module-role-cork"});
+    Write(0, 250);
+    waveOutRestart(m_handle);
+    ASSERT_TRUE(m_posted.WaitFor(10));
+    {
+        const ChildProcess call({"pacat", "--playback", "--raw", "--property=media.role=phone", "/dev/zero"});
+        ASSERT_TRUE(Told(WOM_CALL_BEGINS));
+        waveOutReset(m_handle);
+        waveOutPause(m_handle);
+        EXPECT_TRUE(EventuallySays({"list", "sink-inputs"}, {"Corked: yes", "Mute: yes"}));
+        Set(kWaveVolume, 26214);
+        EXPECT_TRUE(EventuallySays({"list", "sink-inputs"}, {" 40% "}));
+    }
+    ASSERT_TRUE(Told(WOM_CALL_ENDS));
+    Write(0, 20);
+    waveOutRestart(m_handle);
+    EXPECT_TRUE(m_posted.WaitFor(20));
+    CloseWave();
+    EXPECT_TRUE(Eventually([] { return Pactl({"list", "sink-inputs"}).empty(); }));
+    EXPECT_TRUE(Eventually([] { return Value(kWaveMute) == 0 && Value(kWaveVolume) == 26214; }));
+}
+
 TEST_F(PulseWave, ASinkThatGoesTakesNoOutputWithIt) {
     Start();
     HWAVEOUT other = nullptr;
@@ -255,8 +316,9 @@ TEST_F(PulseWave, ASinkThatGoesTakesNoOutputWithIt) {
     ASSERT_TRUE(m_posted.WaitFor(20));
     m_posted.Take();
     m_server->RemoveSink();
+    ASSERT_TRUE(Told(WOM_UNPLUGGED));
     ASSERT_TRUE(m_posted.WaitFor(10));
-    Pactl({"load-module", "module-null-sink", "sink_name=test", "norewinds=1", "rate=8000", "channels=1"});
+    AddSink("test");
     MonitorRecording recording;
     m_posted.Take();
     ASSERT_TRUE(m_posted.WaitFor(20));
