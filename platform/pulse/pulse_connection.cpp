@@ -68,17 +68,21 @@ void PulseConnection::OnEvent(pa_subscription_event_type_t event, std::uint32_t 
     const auto facility =
         static_cast<pa_subscription_event_type_t>(event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK);
     const auto type = static_cast<pa_subscription_event_type_t>(event & PA_SUBSCRIPTION_EVENT_TYPE_MASK);
+    Announce(facility, type, index);
+}
+
+void PulseConnection::Announce(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                               std::uint32_t index) {
     for (ConnectionWatcher* watcher : m_watchers) watcher->OnChange(facility, type, index);
 }
 
-// PulseAudio's own server names a stream once; PipeWire's looks at its role each time.
 void PulseConnection::OnServer(const pa_server_info* info) {
-    m_remembersByFirstName =
+    m_isPulseAudio =
         info != nullptr && std::string_view(info->server_name).find("PipeWire") == std::string_view::npos;
 }
 
 void PulseConnection::SetLost() {
-    m_remembersByFirstName = false;
+    m_isPulseAudio = false;
     // The watchers let go of what they have of the context while it is still there.
     if (std::exchange(m_state, State::kNone) == State::kReady)
         for (ConnectionWatcher* watcher : m_watchers) watcher->OnLost();

@@ -46,11 +46,16 @@ public:
     // The connected context, or null.
     pa_context* Ready() const { return m_state == State::kReady ? m_context : nullptr; }
 
-    // Whether the server remembers a stream under the name that it had at first, whatever role it gets later.
-    bool RemembersByFirstName() const { return m_remembersByFirstName; }
+    // Whether the server is PulseAudio's own, not PipeWire's.
+    bool IsPulseAudio() const { return m_isPulseAudio; }
 
     // Gives the server up; the next Connect starts anew. Not in a callback of libpulse's.
     void Drop() { SetLost(); }
+
+    // Tells the watchers, also what somebody else has learnt: PipeWire's server does not announce each move
+    // of a stream.
+    void Announce(pa_subscription_event_type_t facility, pa_subscription_event_type_t type,
+                  std::uint32_t index);
 
     void Watch(ConnectionWatcher& watcher) { m_watchers.push_back(&watcher); }
     void Unwatch(ConnectionWatcher& watcher) { std::erase(m_watchers, &watcher); }
@@ -69,6 +74,6 @@ private:
     pa_context* m_context = nullptr;
     State m_state = State::kNone;
     bool m_maySpawn = false;
-    bool m_remembersByFirstName = false;
+    bool m_isPulseAudio = false;
     std::vector<ConnectionWatcher*> m_watchers;
 };

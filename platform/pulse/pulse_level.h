@@ -37,4 +37,6 @@ inline DWORD LoudestOf(const pa_cvolume& volume) {
 struct PulseLevel {
     DWORD volume = kLoudestVolume;
     bool muted = false;
+
+    bool operator==(const PulseLevel&) const = default;
 };

@@ -13,7 +13,7 @@ constexpr auto kLookAgain = 1s;
 }  // namespace
 
 PulseMixer::PulseMixer(std::shared_ptr<PulseConnection> connection)
-    : m_connection(std::move(connection)), m_sink(m_connection->Loop()), m_stream([this] {
+    : m_connection(std::move(connection)), m_sink(m_connection->Loop()), m_stream(*m_connection, [this] {
           m_sink.Follow(m_stream.Sink());
           m_connection->Loop().Signal();
       }) {
@@ -51,9 +51,12 @@ MMRESULT PulseMixer::GetValue(DWORD controlId, DWORD& value) {
     const std::scoped_lock lock(m_connection->Loop());
     const bool available = Available();
     if (controlId == kWavePeak) {
-        // It must not go on showing the last sound.
+        // It must not go on showing the last sound. PipeWire's server does not answer, and shows a recorder
+        // that stays, where what is corked is to be listened to.
         const std::optional<std::uint32_t> stream = m_stream.Stream();
-        value = available && stream ? static_cast<DWORD>(m_meter->Read(m_connection->Ready(), *stream)) : 0;
+        const bool sounds = available && stream && !m_stream.Corked();
+        if (!sounds) m_meter->Close();
+        value = sounds ? static_cast<DWORD>(m_meter->Read(m_connection->Ready(), *stream)) : 0;
         return MMSYSERR_NOERROR;
     }
     if (!available) return MMSYSERR_NODRIVER;

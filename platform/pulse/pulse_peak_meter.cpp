@@ -6,6 +6,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/pulse/pulse_stream_end.h"
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -41,10 +43,7 @@ LONG PulsePeakMeter::Read(pa_context* context, std::uint32_t stream) {
 void PulsePeakMeter::Close() {
     m_closing.Cancel();
     if (m_meter == nullptr) return;
-    pa_stream_set_state_callback(m_meter, nullptr, nullptr);
-    pa_stream_set_read_callback(m_meter, nullptr, nullptr);
-    pa_stream_disconnect(m_meter);
-    pa_stream_unref(std::exchange(m_meter, nullptr));
+    EndStream(std::exchange(m_meter, nullptr));
     m_peak = 0;
     m_fresh = false;
 }

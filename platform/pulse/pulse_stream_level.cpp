@@ -64,6 +64,7 @@ void PulseStreamLevel::Send(bool sendVolume, bool sendMuted) {
         pa_cvolume_set(&entry.volume, 1, ToServer(m_level.volume));
         entry.device = m_device.empty() ? nullptr : m_device.c_str();
         entry.mute = m_level.muted ? 1 : 0;
+        m_restored = m_level;
         Forget(pa_ext_stream_restore_write(m_context, PA_UPDATE_REPLACE, &entry, 1, 1, nullptr, nullptr));
     }
 }
@@ -79,8 +80,11 @@ void PulseStreamLevel::AskStreams() {
 void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
     if (end == 0) {
         if (info->client == pa_context_get_index(m_context))
-            m_newStream = OwnStream{
-                info->index, info->sink, info->volume.channels, {LoudestOf(info->volume), info->mute != 0}};
+            m_newStream = OwnStream{info->index,
+                                    info->sink,
+                                    info->volume.channels,
+                                    info->corked != 0,
+                                    {LoudestOf(info->volume), info->mute != 0}};
         return;
     }
     if (!m_streamQuestion.IsCurrent()) return AskStreams();
@@ -90,6 +94,7 @@ void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
         m_stream = m_newStream->index;
         m_sink = m_newStream->sink;
         m_channels = m_newStream->channels;
+        m_corked = m_newStream->corked;
         if (started && m_read && !m_restores)
             Send(true, true);
         else
@@ -115,8 +120,12 @@ void PulseStreamLevel::OnRestored(const pa_ext_stream_restore_info* info, int en
     }
     if (!m_restoreQuestion.IsCurrent()) return AskRestore();
     m_restores = end > 0;
+    // PipeWire's server says what was last written here, and not what it remembers of a stream since then.
+    const PulseLevel restored = m_newRestored.value_or(PulseLevel{});
+    const bool news = m_connection.IsPulseAudio() || !m_read || restored != m_restored;
+    m_restored = restored;
     // While there is a stream it says all there is to know of the level.
-    if (m_restores && !m_stream) Adopt(m_newRestored.value_or(PulseLevel{}));
+    if (m_restores && !m_stream && news) Adopt(restored);
     m_read = true;
     m_onAnswered();
 }

@@ -16,13 +16,15 @@
 #include <string>
 #include <utility>
 
+#include "platform/pulse/pulse_connection.h"
 #include "platform/pulse/pulse_level.h"
 #include "platform/pulse/pulse_question.h"
 
 class PulseStreamLevel {
 public:
     // `answered` is called when Settled, Stream or Sink may have changed.
-    explicit PulseStreamLevel(std::function<void()> answered) : m_onAnswered(std::move(answered)) {}
+    PulseStreamLevel(const PulseConnection& connection, std::function<void()> answered)
+        : m_connection(connection), m_onAnswered(std::move(answered)) {}
 
     void Connect(pa_context* context);  // the connection is there
     void Lose();                        // it is gone
@@ -33,6 +35,7 @@ public:
 
     // The stream on the server and the sink that it is on, if there is one.
     std::optional<std::uint32_t> Stream() const { return m_stream; }
+    bool Corked() const { return m_corked; }
     std::optional<std::uint32_t> Sink() const { return m_stream ? m_sink : std::nullopt; }
 
     PulseLevel Level() const { return m_level; }
@@ -44,6 +47,7 @@ private:
         std::uint32_t index;
         std::uint32_t sink;
         std::uint8_t channels;
+        bool corked;
         PulseLevel level;
     };
 
@@ -56,6 +60,7 @@ private:
     // call alone.
     void Send(bool sendVolume, bool sendMuted);
 
+    const PulseConnection& m_connection;
     const std::function<void()> m_onAnswered;
     pa_context* m_context = nullptr;
     PulseQuestion m_streamQuestion;
@@ -67,8 +72,10 @@ private:
     std::optional<std::uint32_t> m_stream;
     std::optional<std::uint32_t> m_sink;
     std::uint8_t m_channels = 1;
+    bool m_corked = false;
     PulseLevel m_level;
-    std::string m_device;  // that the server remembers for this program, kept when its entry is written
+    PulseLevel m_restored;  // what the server last said, or was told, that it remembers
+    std::string m_device;   // that the server remembers for this program, kept when its entry is written
 
     // The answers being received.
     std::optional<OwnStream> m_newStream;

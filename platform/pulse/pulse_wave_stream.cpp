@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/pulse/identity.h"
+#include "platform/pulse/pulse_stream_end.h"
 
 namespace {
 
@@ -135,13 +136,15 @@ void PulseWaveStream::OnState() {
         if (m_heard != m_written) Send();
         if (m_heard != m_written && m_running) SetCork(false);
         OnMoved();
-        if (m_connection->RemembersByFirstName()) TakeRole();
+        if (m_connection->IsPulseAudio()) TakeRole();
     }
     m_connection->Loop().Signal();
 }
 
 void PulseWaveStream::OnMoved() {
     m_output.Follow(m_connection->Ready(), pa_stream_get_device_index(m_stream));
+    m_connection->Announce(PA_SUBSCRIPTION_EVENT_SINK_INPUT, PA_SUBSCRIPTION_EVENT_CHANGE,
+                           pa_stream_get_index(m_stream));
 }
 
 void PulseWaveStream::OnRequest(const char* name, pa_proplist*) {
@@ -317,9 +320,5 @@ void PulseWaveStream::LoseStream() {
 void PulseWaveStream::ReleaseStream() {
     m_position.Cancel();
     if (m_stream == nullptr) return;
-    pa_stream_set_state_callback(m_stream, nullptr, nullptr);
-    pa_stream_set_moved_callback(m_stream, nullptr, nullptr);
-    pa_stream_set_event_callback(m_stream, nullptr, nullptr);
-    pa_stream_disconnect(m_stream);
-    pa_stream_unref(std::exchange(m_stream, nullptr));
+    EndStream(std::exchange(m_stream, nullptr));
 }

@@ -263,7 +263,7 @@ TEST_F(PulseWave, ASinkThatGoesIsToldUnlikeAMoveFromOneToAnother) {
     Write(0, 200);
     waveOutRestart(m_handle);
     for (const char* sink : {"headset", "test", "headset"}) {
-        Pactl({"move-sink-input", Stream(), sink});
+        ASSERT_TRUE(MoveStream(sink));
         ASSERT_TRUE(m_posted.WaitFor(20));
         for (const PostedMessage& message : m_posted.Take())
             ASSERT_EQ(message.message, MM_WOM_DONE) << "moved to " << sink;
