@@ -47,6 +47,7 @@ test libsamplerate0-dev pc:samplerate
 test libpng-dev pc:libpng
 test libglib2.0-bin gio
 test dbus-daemon dbus-daemon
+test ffmpeg ffmpeg
 test appstream appstreamcli
 fuzz clang clang++
 fuzz libclang-rt-14-dev -
@@ -54,7 +55,6 @@ build-bench libbenchmark-dev pc:benchmark
 build-bench libturbojpeg0-dev pc:libturbojpeg
 build-bench libopenjp2-7-dev pc:libopenjp2
 bench mpv mpv
-bench ffmpeg ffmpeg
 bench sox sox
 bench libsox-fmt-all -
 bench python3-xlib -

@@ -16,17 +16,17 @@ using Decoder = std::unique_ptr<VdecDecoder, DestroyDecoder>;
 
 }  // namespace
 
-PictureExport::PictureExport(const DumpOptions& options, int rate) {
-    if (options.png) png_.emplace(*options.png, PictureOutput::Format::Png);
-    if (options.bgr) bgr_.emplace(*options.bgr, PictureOutput::Format::Bgr);
+PictureExport::PictureExport(const PictureFolders& folders, int rate) {
+    if (folders.png) png_.emplace(*folders.png, PictureOutput::Format::Png);
+    if (folders.bgr) bgr_.emplace(*folders.bgr, PictureOutput::Format::Bgr);
     if (rate == 0) return;
-    const unsigned count = std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
+    const unsigned count = std::clamp(folders.threads, 1U, kMostWorkers);
     for (unsigned i = 0; i < 2 * count; ++i) free_.push_back(std::make_unique<Job>());
     waiting_.reserve(free_.size());
     try {
         for (unsigned i = 0; i < count; ++i) {
             Decoder decoder(vdec_create());
-            if (!decoder || !vdec_set_quality(*decoder, static_cast<signed char>(options.quality)))
+            if (!decoder || !vdec_set_quality(*decoder, static_cast<signed char>(folders.quality)))
                 throw std::bad_alloc();
             workers_.emplace_back([this, own = std::move(decoder)] { Work(*own); });
         }
@@ -40,14 +40,14 @@ PictureExport::~PictureExport() {
     End();
 }
 
-void PictureExport::Write(std::span<const uint8_t> payload) {
+void PictureExport::Write(int64_t number, std::span<const uint8_t> payload) {
     if (workers_.empty()) return;
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return !free_.empty() || failure_; });
     if (failure_) std::rethrow_exception(failure_);
     std::unique_ptr<Job> job = std::move(free_.back());
     free_.pop_back();
-    job->number = ++pictures_;
+    job->number = static_cast<unsigned>(number + 1);
     job->length = payload.size();
     std::copy(payload.begin(), payload.end(), job->payload.begin());
     waiting_.push_back(std::move(job));

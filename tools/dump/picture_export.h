@@ -9,28 +9,36 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "codec/message_format.h"
 #include "codec/vdec.h"
-#include "tools/dump/options.h"
 #include "tools/dump/picture_output.h"
 
 namespace tools {
 
-// Decodes video records on all processors into one or two folders. Pictures are written under their numbers,
+// Where pictures go to, and how they are decoded.
+struct PictureFolders {
+    std::optional<std::string> png;
+    std::optional<std::string> bgr;
+    int quality = 3;
+    unsigned threads = 1;
+};
+
+// Decodes video records on several threads into one or two folders. Pictures are written under their numbers,
 // in any order. Operations throw ToolError, also for a picture of an earlier call.
 class PictureExport {
 public:
     // `rate`: the message's. A message of speech alone has no pictures, whatever its records hold.
-    PictureExport(const DumpOptions& options, int rate);
+    PictureExport(const PictureFolders& folders, int rate);
     ~PictureExport();
     PictureExport(const PictureExport&) = delete;
     PictureExport& operator=(const PictureExport&) = delete;
 
-    // Copies the payload; waits while enough of them wait already.
-    void Write(std::span<const uint8_t> payload);
+    // Copies the payload of picture `number`, from 0; waits while enough of them wait already.
+    void Write(int64_t number, std::span<const uint8_t> payload);
     // Returns when all pictures have been written.
     void Close();
 
@@ -47,7 +55,6 @@ private:
 
     std::optional<PictureOutput> png_;
     std::optional<PictureOutput> bgr_;
-    unsigned pictures_ = 0;
 
     std::mutex mutex_;
     std::condition_variable changed_;

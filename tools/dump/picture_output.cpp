@@ -48,7 +48,11 @@ void PictureOutput::Write(unsigned number, std::span<const uint8_t, kPictureByte
                              ? WritePng(stream, bgr)
                              : std::fwrite(bgr.data(), 1, bgr.size(), stream) == bgr.size();
     const bool closed = std::fclose(stream) == 0;
-    if (!written || !closed) throw ToolError(path.string() + ": cannot be written: " + std::strerror(errno));
+    if (written && closed) return;
+    const int reason = errno;
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
+    throw ToolError(path.string() + ": cannot be written: " + std::strerror(reason));
 }
 
 }  // namespace tools

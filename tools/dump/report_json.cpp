@@ -120,6 +120,22 @@ std::string ReportAsJson(const MessageReport& report) {
     return out + "\n}";
 }
 
+// Strings have their line breaks escaped, so each one here is between two tokens.
+std::string OnOneLine(const std::string& json) {
+    std::string line;
+    bool indented = false;
+    for (const char letter : json) {
+        if (letter == '\n') {
+            indented = true;
+        } else if (!indented || letter != ' ') {
+            if (indented && line.back() == ',') line += ' ';
+            indented = false;
+            line += letter;
+        }
+    }
+    return line;
+}
+
 std::string ErrorAsJson(const std::string& path, const std::string& error) {
     return "{\n  \"file\": " + Quoted(path) + ",\n  \"error\": " + Quoted(error) + "\n}";
 }

@@ -19,9 +19,10 @@
 
 #include "codec/message_format.h"
 #include "codec/vdec.h"
-#include "tools/dump/message_file.h"
-#include "tools/dump/thumbnail_canvas.h"
+#include "tools/dump/canvas_png.h"
 #include "tools/dump/thumbnail_levels.h"
+#include "tools/export/canvas.h"
+#include "tools/export/message_file.h"
 #include "tools/tool_error.h"
 
 namespace tools {
@@ -86,9 +87,9 @@ std::optional<std::vector<uint8_t>> ChoosePicture(MessageFile& message) {
     return first;
 }
 
-ThumbnailCanvas PictureThumbnail(const std::vector<uint8_t>& picture, int size) {
+Canvas PictureThumbnail(const std::vector<uint8_t>& picture, int size) {
     const int width = std::min(size, kPictureWidth);
-    ThumbnailCanvas canvas(width, std::max(1, width * kPictureHeight / kPictureWidth));
+    Canvas canvas(width, std::max(1, width * kPictureHeight / kPictureWidth));
     canvas.DrawPicture(picture);
     return canvas;
 }
@@ -105,8 +106,8 @@ std::string Duration(uint32_t frames) {
 }
 
 // Bars around a middle line, the loudest of their part of the message each, and the duration below.
-ThumbnailCanvas LevelThumbnail(const MessageFile& message, int size) {
-    ThumbnailCanvas canvas(size, std::max(1, size * kPictureHeight / kPictureWidth));
+Canvas LevelThumbnail(const MessageFile& message, int size) {
+    Canvas canvas(size, std::max(1, size * kPictureHeight / kPictureWidth));
     canvas.Fill({0, 0, canvas.width(), canvas.height()}, kBackground);
     const int text_height = canvas.DrawTime(Duration(message.frame_count()), kText);
     const int height = canvas.height() - text_height;
@@ -161,8 +162,8 @@ void WriteThumbnail(const std::string& path, const std::string& output, int size
     }
     MessageFile message(path);
     const std::optional<std::vector<uint8_t>> picture = ChoosePicture(message);
-    const ThumbnailCanvas canvas = picture ? PictureThumbnail(*picture, size) : LevelThumbnail(message, size);
-    WriteWhole(output, canvas.EncodePng());
+    const Canvas canvas = picture ? PictureThumbnail(*picture, size) : LevelThumbnail(message, size);
+    WriteWhole(output, EncodePng(canvas));
 }
 
 }  // namespace tools

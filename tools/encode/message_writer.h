@@ -8,7 +8,7 @@
 
 #include "codec/message_format.h"
 #include "codec/message_time.h"
-#include "tools/encode/atomic_file.h"
+#include "tools/atomic_file.h"
 
 namespace tools {
 

@@ -2,7 +2,6 @@
 #include <QCoreApplication>
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <new>
@@ -13,26 +12,15 @@
 #include "tools/encode/message_writer.h"
 #include "tools/encode/picture_encoder.h"
 #include "tools/encode/speech_encoder.h"
-#include "tools/make/options.h"
+#include "tools/make/make_options.h"
 #include "tools/make/picture_source.h"
 #include "tools/make/sound_source.h"
+#include "tools/ending_signal.h"
 #include "tools/progress.h"
 #include "tools/tool_error.h"
 
 namespace tools {
 namespace {
-
-// The signal that asked for an early end, 0 while there is none. Looked at between blocks, so that the
-// half-made file is removed on the way out.
-volatile std::sig_atomic_t g_ending_signal = 0;
-
-void CatchEndingSignals() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        std::signal(number, [](int received) { g_ending_signal = received; });
-    }
-}
-
-struct Interrupted {};
 
 // Encodes the pictures of a message one after the other, each when its turn comes.
 class PictureTrack {
@@ -96,7 +84,7 @@ void MakeMessage(const MakeOptions& options) {
     std::array<int16_t, kSamplesPerBlock> samples;
     std::array<uint8_t, kSpeechBlockBytes> block;
     while (true) {
-        if (g_ending_signal != 0) throw Interrupted();
+        ThrowIfInterrupted();
         const std::size_t got = sound.Read(samples);
         if (got == 0 && writer.speech_blocks() == 0) throw ToolError(options.sound + ": holds no sound");
         if (got == 0 && writer.speech_blocks() >= picture_blocks) break;
@@ -129,8 +117,7 @@ int Run(int argc, char** argv) {
     try {
         MakeMessage(options);
     } catch (const Interrupted&) {
-        std::signal(g_ending_signal, SIG_DFL);
-        std::raise(g_ending_signal);
+        EndBySignal();
     } catch (const ToolError& error) {
         std::fprintf(stderr, "trvmake: %s\n", error.what());
         return 1;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/encode/atomic_file.h"
+#include "tools/atomic_file.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

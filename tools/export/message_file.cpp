@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/dump/message_file.h"
+#include "tools/export/message_file.h"
 
 #include <sys/stat.h>
 
@@ -15,12 +15,15 @@ constexpr std::size_t kStreamBuffer = std::size_t{1} << 16;
 
 }  // namespace
 
-MessageFile::MessageFile(const std::string& path) : path_(path), stream_(std::fopen(path.c_str(), "rb")) {
+MessageFile::MessageFile(const std::string& path)
+    : path_(path == "-" ? "standard input" : path),
+      stream_(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
     if (!stream_) Fail(std::string("cannot be opened: ") + std::strerror(errno));
     struct stat status {};
     if (fstat(fileno(stream_.get()), &status) == 0) {
         if (S_ISDIR(status.st_mode)) Fail("is a directory");
         file_bytes_ = static_cast<uint64_t>(status.st_size);
+        can_rewind_ = S_ISREG(status.st_mode) && std::ftell(stream_.get()) == 0;
     }
     std::setvbuf(stream_.get(), nullptr, _IOFBF, kStreamBuffer);
     CheckHeader();
@@ -44,6 +47,12 @@ void MessageFile::CheckHeader() {
         case MessageHeaderError::NoFrameCount:
             Fail("is no message: ends before the frame count is complete");
     }
+}
+
+MessageRecord MessageFile::Read() {
+    const MessageRecord record = reader_.Read(stream_.get());
+    if (observer_) observer_(record);
+    return record;
 }
 
 void MessageFile::Rewind() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/make/options.h"
+#include "tools/make/make_options.h"
 
 #include <charconv>
 #include <optional>

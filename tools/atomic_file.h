@@ -24,6 +24,8 @@ public:
     void Write(std::span<const uint8_t> bytes);
     // Replaces bytes that were written already.
     void Overwrite(long offset, std::span<const uint8_t> bytes);
+    // Where it is until then, for another program to write; that one keeps the file that is there.
+    const std::string& temporary() const { return temporary_; }
     // Brings everything to the disk and gives the file its name.
     void Commit();
 

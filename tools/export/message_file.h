@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "codec/message_reader.h"
 
@@ -13,13 +15,17 @@ namespace tools {
 // A message opened from a file, its header checked, standing at its first record.
 class MessageFile {
 public:
-    // Throws ToolError when the file cannot be opened or is no message.
+    // `path` "-" is standard input. Throws ToolError when the file cannot be opened or is no message.
     explicit MessageFile(const std::string& path);
 
     // The next record, exactly as the player reads it.
-    MessageRecord Read() { return reader_.Read(stream_.get()); }
+    MessageRecord Read();
+    // Whether Rewind is possible: not with a pipe.
+    bool CanRewind() const { return can_rewind_; }
     // Back to the first record. Throws ToolError for a stream that cannot go back.
     void Rewind();
+    // Called with each record that Read returns, until it is replaced.
+    void Observe(std::function<void(const MessageRecord&)> observer) { observer_ = std::move(observer); }
 
     // How much of the file has been read, 0 to 1; 0 when its size is not known.
     double ReadShare() const;
@@ -34,7 +40,9 @@ public:
 
 private:
     struct Close {
-        void operator()(std::FILE* stream) const { std::fclose(stream); }
+        void operator()(std::FILE* stream) const {
+            if (stream != stdin) std::fclose(stream);
+        }
     };
 
     [[noreturn]] void Fail(const std::string& what) const;
@@ -43,6 +51,8 @@ private:
     std::string path_;
     std::unique_ptr<std::FILE, Close> stream_;
     MessageReader reader_;
+    std::function<void(const MessageRecord&)> observer_;
+    bool can_rewind_ = false;
     uint64_t file_bytes_ = 0;
     int rate_ = 0;
     uint32_t frame_count_ = 0;
