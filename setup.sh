@@ -11,7 +11,8 @@
 #   test       all of these, and what the tests need
 #   fuzz       test, and the compiler for the preset fuzz
 #   bench      test, what bench/ is built with, and the programs that it measures against
-#   ci         test, fuzz, what bench/ is built with, and the formatter: what .ci/run needs
+#   ci         test, fuzz, what bench/ is built with, the formatter, and what packages are built and tried with: what
+#              .ci/run needs
 #
 # --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
 # all that is done: programs, pkg-config modules and headers are looked for.
@@ -61,6 +62,10 @@ bench python3-xlib -
 bench python3-matplotlib -
 bench espeak-ng espeak-ng
 ci clang-format-14 clang-format-14
+ci build-essential -
+ci debhelper dh
+ci lintian lintian
+ci mmdebstrap mmdebstrap
 '
 # PulseAudio's daemon excludes PipeWire's sound packages; one of the two serves.
 if ! command -v pulseaudio >/dev/null && command -v pipewire-pulse >/dev/null; then

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "platform/framework/afxwin.h"
-#include "platform/sound/mixer.h"
+#include "platform/sound/mixer_functions.h"
 
 class CMixer {
 public:

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/framework/mmtimer.h"
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -62,23 +61,8 @@ private:
 };
 
 HandleTable<Timer, MMTIMERID> g_timers;
-std::atomic<int> g_periodRequests{0};
 
 }  // namespace
-
-UINT timeBeginPeriod(UINT) {
-    ++g_periodRequests;
-    return 0;
-}
-
-UINT timeEndPeriod(UINT) {
-    --g_periodRequests;
-    return 0;
-}
-
-int timeGetPeriodRequests() {
-    return g_periodRequests;
-}
 
 MMTIMERID timeSetEvent(UINT period, UINT resolution, TIMECALLBACK callback, DWORD_PTR user, UINT flags) {
     return timeSetEventAfter(period, period, resolution, callback, user, flags);

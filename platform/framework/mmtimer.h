@@ -9,12 +9,14 @@ using TIMECALLBACK = void (*)(UINT timerId, UINT message, DWORD_PTR user, DWORD_
 
 inline constexpr UINT TIME_PERIODIC = 1;
 
-// Requests a timer resolution of so many milliseconds. Timers here always wake to the millisecond, so the
-// requests are only counted; timeGetPeriodRequests returns how many stand, for those who check that they
-// pair.
-UINT timeBeginPeriod(UINT milliseconds);
-UINT timeEndPeriod(UINT milliseconds);
-int timeGetPeriodRequests();
+// Requests a timer resolution of so many milliseconds. Timers here always wake to the millisecond, so there
+// is nothing to do.
+inline UINT timeBeginPeriod(UINT) {
+    return 0;
+}
+inline UINT timeEndPeriod(UINT) {
+    return 0;
+}
 
 // Starts a periodic timer: call k comes at start + k * period milliseconds on a thread of the timer's own.
 // Deadlines are absolute; a call that is overdue by a whole period is dropped and never made up. Identifiers

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/sound/mixer.h"
+#include "platform/sound/mixer_functions.h"
 #include "platform/sound/mmsystem.h"
 
 // An output's queue, as its stream sees it. Positions count the bytes written since the output was opened and

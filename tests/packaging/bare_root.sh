@@ -5,8 +5,8 @@
 #
 #   bare_root.sh FOLDER        FOLDER holds the two packages, as dpkg-buildpackage leaves them
 #
-# Exits with 77, which means skipped, where it is not root, cannot make namespaces or has no mmdebstrap. The system is
-# made in a temporary folder, and every process in it ends with the script. How packages are reached is taken from this
+# Exits with 77, which means skipped, where it is not root, cannot make namespaces, has no mmdebstrap or cannot make the
+# minimal system. That is made in a temporary folder, and every process in it ends with the script. How packages are reached is taken from this
 # machine's own apt.
 set -euo pipefail
 
@@ -21,6 +21,7 @@ fail() {
 # The trial, called by mmdebstrap once the minimal system stands.
 if [ "${1:-}" = --trial ]; then
     root=$2
+    touch "$TRV_STARTED"
     names=(trivelle-message-player trivelle-message-tools)
     apt() {
         APT_CONFIG=$MMDEBSTRAP_APT_CONFIG DEBIAN_FRONTEND=noninteractive apt-get --quiet=2 --yes \
@@ -89,5 +90,8 @@ mirrors=()
 for list in /etc/apt/sources.list /etc/apt/sources.list.d/debian.{list,sources}; do
     [ ! -s "$list" ] || mirrors+=("$list")
 done
+export TRV_STARTED=$work/started
 mmdebstrap --quiet --mode=root --variant=minbase --format=null --aptopt="$work/apt.conf" --dpkgopt=force-unsafe-io \
-    --customize-hook="'$self' --trial \"\$1\"" bookworm - "${mirrors[@]}" </dev/null
+    --customize-hook="'$self' --trial \"\$1\"" bookworm - "${mirrors[@]}" </dev/null && exit
+[ -e "$TRV_STARTED" ] || skip "no minimal system could be made"
+exit 1

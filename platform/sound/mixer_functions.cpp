@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The mixer functions: handles, structures, and the five controls.
-#include "platform/sound/mixer.h"
+#include "platform/sound/mixer_functions.h"
 
 #include <algorithm>
 #include <cstring>
