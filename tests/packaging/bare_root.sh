@@ -5,9 +5,9 @@
 #
 #   bare_root.sh FOLDER        FOLDER holds the two packages, as dpkg-buildpackage leaves them
 #
-# Exits with 77, which means skipped, where it is not root, cannot make namespaces, has no mmdebstrap or cannot make the
-# minimal system. That is made in a temporary folder, and every process in it ends with the script. How packages are reached is taken from this
-# machine's own apt.
+# Exits with 77, which means skipped, where it is not root, cannot make namespaces, has no mmdebstrap or cannot make
+# the minimal system. That is made in a temporary folder, and every process in it ends with the script. How packages
+# are reached is taken from this machine's own apt.
 set -euo pipefail
 
 self=$(readlink -f "$0")

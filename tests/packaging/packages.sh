@@ -19,7 +19,7 @@ trap 'rm -rf "$work"' EXIT
 git -c safe.directory='*' clone --quiet --no-hardlinks "$root" "$work/source"
 (cd "$work/source" && DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage --unsigned-source --unsigned-changes) \
     >"$work/log" 2>&1 || { tail -n 40 "$work/log" && exit 1; }
-lintian --allow-root --fail-on error,warning --no-tag-display-limit "$work"/*.changes
+lintian --allow-root --fail-on error,warning --tag-display-limit 0 "$work"/*.changes
 dpkg-deb --show --showformat '${Package} ${Version}: ${Installed-Size} KiB installed\n' "$work"/trivelle-message-player_*.deb
 dpkg-deb --show --showformat '${Package} ${Version}: ${Installed-Size} KiB installed\n' "$work"/trivelle-message-tools_*.deb
 [ $# -eq 0 ] || cp "$work"/*.deb "$1"
