@@ -99,7 +99,7 @@ public:
     void SetCommandShortcut(UINT commandId, LPCTSTR shortcuts);
     // Addition to the framework: what assistive programs call the window.
     void SetAccessibleName(LPCTSTR name);
-    // Addition to the original: the value that assistive programs read and set; null for a window without.
+    // Addition to the framework: the value that assistive programs read and set; null for a window without.
     virtual AccessibleValue* GetAccessibleValue() { return nullptr; }
     // Tells them that it has changed.
     void AnnounceValue();

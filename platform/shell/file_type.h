@@ -3,7 +3,7 @@
 // icon, in the forms of freedesktop.org's standards for each (Shared MIME-info, Desktop Entry, Icon Theme).
 // As the type's only entry it is its default program, so no list of defaults is touched.
 //
-// It takes the place of the original platform's registry keys. The type's name there, "Trivelle.Message",
+// It takes the place of registry keys. The type's name there, "Trivelle.Message",
 // gives the names here: application/x-trivelle-message, trivelle-message.desktop, trivelle-message.xml.
 #pragma once
 

@@ -7,7 +7,7 @@
 // that finds a higher number drawn gives up at once, so of any number started together exactly the one with
 // the highest number stays.
 //
-// Differs from the original platform's named mutex, which only tells that an instance exists: the older
+// Differs from a named mutex, which only tells that an instance exists: the older
 // instance is found by its socket instead of by its window's title, so no other program's window is closed.
 #pragma once
 
