@@ -47,6 +47,9 @@ ON_COMMAND(ID_PLAY_NEXT_PICTURE, OnNextPicture)
 ON_COMMAND(ID_PLAY_LOUDER, OnLouder)
 ON_COMMAND(ID_PLAY_QUIETER, OnQuieter)
 ON_COMMAND(ID_PLAY_MUTE, OnMute)
+ON_COMMAND(ID_PLAY_SLOWER, OnSlower)
+ON_COMMAND(ID_PLAY_FASTER, OnFaster)
+ON_COMMAND(ID_PLAY_NORMAL_SPEED, OnNormalSpeed)
 ON_COMMAND(ID_HELP_ABOUT, OnHelpAbout)
 ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
 ON_BN_CLICKED(IDC_STOP, OnStop)
@@ -130,7 +133,7 @@ void CPlayerDlg::OpenMessage(const CString& strPath) {
     m_bOpen = bOpen;
     if (m_bOpen) {
         OnStop();
-        SetWindowText(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
+        SetTitle(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
         OnPlayPause();
         return;
     }
@@ -261,6 +264,23 @@ void CPlayerDlg::OnMute() {
     if (OpenMixer() && m_mixer.GetWaveMute(bMute)) m_mixer.SetWaveMute(!bMute);
 }
 
+void CPlayerDlg::ChangeSpeed(int nSpeed) {
+    m_pPanel->SetSpeed(nSpeed);
+    ShowTitle();
+}
+
+void CPlayerDlg::OnSlower() {
+    ChangeSpeed(SteppedSpeed(m_pPanel->GetSpeed(), -1));
+}
+
+void CPlayerDlg::OnFaster() {
+    ChangeSpeed(SteppedSpeed(m_pPanel->GetSpeed(), 1));
+}
+
+void CPlayerDlg::OnNormalSpeed() {
+    ChangeSpeed(kNormalSpeed);
+}
+
 LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {
     OnStop();
     return 0;
@@ -332,6 +352,20 @@ void CPlayerDlg::ShowVolumeLatched(BOOL bLatched) {
     m_btnVolume.SetLatched(bLatched);
 }
 
+void CPlayerDlg::SetTitle(const CString& strTitle) {
+    m_strTitle = strTitle;
+    ShowTitle();
+}
+
+void CPlayerDlg::ShowTitle() {
+    const int nSpeed = m_pPanel == nullptr ? kNormalSpeed : m_pPanel->GetSpeed();
+    CString strTitle = m_strTitle;
+    if (nSpeed != kNormalSpeed)
+        strTitle.Format(IDS_TITLE_AT_SPEED, static_cast<LPCTSTR>(m_strTitle),
+                        static_cast<double>(nSpeed) / kNormalSpeed);
+    SetWindowText(strTitle);
+}
+
 void CPlayerDlg::ResetTitle() {
-    SetWindowText(LoadText(IDS_APP_TITLE));
+    SetTitle(LoadText(IDS_APP_TITLE));
 }

@@ -51,6 +51,9 @@ protected:
     afx_msg void OnLouder();
     afx_msg void OnQuieter();
     afx_msg void OnMute();
+    afx_msg void OnSlower();
+    afx_msg void OnFaster();
+    afx_msg void OnNormalSpeed();
     afx_msg void OnHelpAbout();
     afx_msg void OnVolume();
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
@@ -61,7 +64,10 @@ protected:
 private:
     void ShowPlaying(BOOL bPlaying);
     void ShowVolumeLatched(BOOL bLatched);
+    void SetTitle(const CString& strTitle);
+    void ShowTitle();
     void ResetTitle();
+    void ChangeSpeed(int nSpeed);
     void Move(UINT nCommand);
     void StepPicture(int nPictures);
     BOOL OpenMixer();
@@ -74,6 +80,7 @@ private:
     BOOL m_bOpen = FALSE;
     BOOL m_bPlaying = FALSE;
     BOOL m_bVolumeShown = FALSE;
+    CString m_strTitle;                 // without the speed
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
     CStatic m_panelFrame;
     CMixer m_mixer{

@@ -41,6 +41,7 @@
 #define IDS_NO_PICTURES 21
 #define IDS_END_UNREADABLE 22
 #define IDS_END_DAMAGED 23
+#define IDS_TITLE_AT_SPEED 24
 
 // Controls of the main window
 #define IDC_PLAY_PAUSE 1000
@@ -90,3 +91,6 @@
 #define ID_PLAY_LOUDER 32787
 #define ID_PLAY_QUIETER 32788
 #define ID_PLAY_MUTE 32789
+#define ID_PLAY_SLOWER 32790
+#define ID_PLAY_FASTER 32791
+#define ID_PLAY_NORMAL_SPEED 32792

@@ -82,6 +82,12 @@ void CVideoWnd::SetFrameRate(int nFramesPerSecond) {
     m_nFramesPerSecond = nFramesPerSecond;
 }
 
+void CVideoWnd::SetSpeed(int nPercent) {
+    if (m_bRunning.load() != 0) return;
+    if (m_nNextTickMs > 0) m_nNextTickMs = m_nNextTickMs * m_nSpeed / nPercent;
+    m_nSpeed = nPercent;
+}
+
 BOOL CVideoWnd::QueueFrame(const BYTE* pPicture, int nNumber) {
     if (m_bDrops) return TRUE;
     if (m_nCount.load(std::memory_order_acquire) == m_nCapacity - 1) return FALSE;

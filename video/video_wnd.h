@@ -48,6 +48,9 @@ public:
 
     // Pictures per second, 1 or more. Takes effect at the next Play; ignored while playing.
     void SetFrameRate(int nFramesPerSecond);
+    // How fast that is played, in per cent, above 0. While paused, what is left of the period shrinks or
+    // grows with it; ignored while playing.
+    void SetSpeed(int nPercent);
     // Copies the picture into the queue. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
     BOOL QueueFrame(const BYTE* pPicture, int nNumber);
     // Pictures that wait. Any thread.
@@ -81,7 +84,7 @@ private:
     };
 
     void CreateFrameBitmap();
-    int PeriodMs() const { return 1000 / m_nFramesPerSecond; }
+    int PeriodMs() const { return (1000 / m_nFramesPerSecond * 100 + m_nSpeed / 2) / m_nSpeed; }
     BOOL StartPacing();
     BOOL ShowUpTo(int nNumber);
     void RemoveOldest();
@@ -96,6 +99,7 @@ private:
     int m_nWidth;
     int m_nHeight;
     int m_nFramesPerSecond;
+    int m_nSpeed = 100;
     int m_nPictureBytes;
     struct Slot {
         std::unique_ptr<BYTE[]> pixels;

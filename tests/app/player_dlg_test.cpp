@@ -300,6 +300,21 @@ TEST_F(PlayerDlg, KeysMoveInTheMessageWhereverTheFocusIs) {
     EXPECT_EQ(Face(), "Pause");
 }
 
+TEST_F(PlayerDlg, TheTitleShowsASpeedThatIsNotTheMessages) {
+    const auto steps = [this](std::initializer_list<Qt::Key> keys) {
+        for (const Qt::Key key : keys) QTest::keyClick(WidgetOf(m_hWnd), key);
+        return Title();
+    };
+    Open(Sample("greeting-voice.trv"));
+    EXPECT_EQ(steps({Qt::Key_BracketRight}), kVoiceTitle + std::string(" (1.25\u00D7)"));
+    Open(Sample("greeting-video.trv"));
+    EXPECT_EQ(Title(), kVideoTitle + std::string(" (1.25\u00D7)"));
+    EXPECT_EQ(steps({Qt::Key_BracketLeft, Qt::Key_BracketLeft}), kVideoTitle + std::string(" (0.75\u00D7)"));
+    Command(ID_FILE_CLOSE);
+    EXPECT_EQ(Title(), kTitle + std::string(" (0.75\u00D7)"));
+    EXPECT_EQ(steps({Qt::Key_Backspace}), kTitle);
+}
+
 TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {
     for (const UINT command : {SC_MAXIMIZE, SC_MINIMIZE, SC_RESTORE}) {
         SendMessage(m_hWnd, WM_SYSCOMMAND, command, 0);
