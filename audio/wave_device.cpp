@@ -99,6 +99,11 @@ int CWaveDevice::GetQueuedCount() {
     return m_bOpen ? CountQueued() : 0;
 }
 
+BOOL CWaveDevice::IsRunning() {
+    const CSingleLock lock(&m_lock);
+    return m_bOpen && m_bRunning;
+}
+
 int CWaveDevice::CountQueued() const {
     return static_cast<int>((m_written.End() - m_nHeard + m_nBlockLength - 1) / m_nBlockLength);
 }

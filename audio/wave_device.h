@@ -58,6 +58,8 @@ public:
     // Blocks queued and not yet reported; 0 while closed. Any thread.
     int GetQueuedCount();
     BOOL IsOpen() const { return m_bOpen; }
+    // Whether it sounds: more is there than it waits for, and it is not paused. UI thread.
+    BOOL IsRunning();
 
     // Silences the output. A block that was sounding will be heard again from its start.
     void Pause();

@@ -94,6 +94,7 @@ protected:
     afx_msg void OnTimer(UINT_PTR nIDEvent);
     afx_msg LRESULT OnReaderEnded(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnReaderGoesOn(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnLateSpeech(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnIndexBuilt(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnTraceRead(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnBarDragged(WPARAM wParam, LPARAM lParam);

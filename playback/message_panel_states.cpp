@@ -243,9 +243,8 @@ void CMessagePanel::OnBlockPlayed(int nSamples) {
     ShowElapsed();
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
     if (m_state == PanelState::Draining && ++m_nBlocksSinceEnd % kLookForMore == 0) m_pSource->gate.Run();
-    if (m_pWaveDevice->GetQueuedCount() != 0) return;
-    if (m_state == PanelState::Playing) SetTimer(kReaderTimer, kReaderTimerMs);
-    Handle(PanelEvent::RanDry);
+    if (m_state == PanelState::Playing && !m_pWaveDevice->IsRunning()) SetTimer(kReaderTimer, kReaderTimerMs);
+    if (m_pWaveDevice->GetQueuedCount() == 0) Handle(PanelEvent::RanDry);
 }
 
 void CMessagePanel::OnCallBegins() {
@@ -342,6 +341,12 @@ LRESULT CMessagePanel::OnReaderGoesOn(WPARAM wParam, LPARAM) {
     return 0;
 }
 
+// What is queued is the silence, and belongs to the speech now.
+LRESULT CMessagePanel::OnLateSpeech(WPARAM wParam, LPARAM) {
+    if (HasMessage() && wParam == m_pSource->gate.GetMove()) SeekTo(GetPosition());
+    return 0;
+}
+
 LRESULT CMessagePanel::OnIndexBuilt(WPARAM wParam, LPARAM) {
     if (HasMessage() && wParam == m_pSource->nSerial) m_positionBar.SetRange(GetLength());
     return 0;
@@ -354,12 +359,12 @@ void CMessagePanel::OnTimer(UINT_PTR nIDEvent) {
         return;
     }
     const auto reading = m_pSource->gate.ReadingFor();
-    const int nQueued =
-        m_pSource->outputs.bSound ? m_pWaveDevice->GetQueuedCount() : m_pVideo->GetQueuedCount();
-    if (reading >= kLongRead && nQueued == 0) {
+    const BOOL bPlays =
+        m_pSource->outputs.bSound ? m_pWaveDevice->IsRunning() : m_pVideo->GetQueuedCount() != 0;
+    if (reading >= kLongRead && !bPlays) {
         ShowWaiting();
         return;
     }
     if (m_bWaiting) ShowElapsed();
-    if (nQueued != 0 || (m_state != PanelState::Playing && reading.count() == 0)) KillTimer(kReaderTimer);
+    if (bPlays || (m_state != PanelState::Playing && reading.count() == 0)) KillTimer(kReaderTimer);
 }

@@ -8,13 +8,12 @@
 #include <random>
 
 #include "codec/message_time.h"
-#include "codec/picture_geometry.h"
 #include "codec/speech_frame.h"
-#include "codec/vdec.h"
 #include "platform/framework/window.h"
 #include "playback/timeline.h"
 #include "res/resource.h"
 #include "tests/playback/player_fixture.h"
+#include "tests/playback/walked_message.h"
 
 // The renderer's timer comes here (the linker's --wrap): it ticks when the simulated clock does.
 MMTIMERID SetTicks(UINT, UINT, UINT, TIMECALLBACK, DWORD_PTR,
@@ -57,65 +56,10 @@ int Setting(const char* name, int otherwise) {
     return value == nullptr ? otherwise : std::atoi(value);
 }
 
-using Look = std::vector<COLORREF>;
-
 // What waits at the simulated server is not taken back.
 constexpr size_t kKeptBlocks = 8;
 // The sound of normal speed follows that of another where the two fit; a voice's longest period at most.
 constexpr int kMostJump = 8000 / 65;
-
-// A message and what becomes of it in time.
-struct Walked {
-    MessageBuilder message;
-    int rate = 0;
-    std::vector<int> speechAt;  // the message's frame at which each speech frame sounds
-    std::vector<uint8_t> speech;
-    std::vector<Look> pictures;
-    int length = 0;
-};
-
-Look LookOf(const uint8_t* picture) {
-    Look look;
-    for (int i = 1; i < 8; ++i) {
-        const uint8_t* bgr = picture + (kPictureHeight - 1 - i * 30) * kPictureRowBytes + i * 40 * 3;
-        look.push_back(RGB(bgr[2], bgr[1], bgr[0]));
-    }
-    return look;
-}
-
-// records: s speech block, v picture, . stray byte.
-Walked Make(int rate, const std::string& records) {
-    Walked walked;
-    walked.rate = rate;
-    MessageClock clock(rate);
-    MessageBuilder body(rate);
-    std::vector<uint8_t> picture(kPictureBytes);
-    vdec_init();
-    vdec_set_quality(3);
-    for (const char record : records) {
-        const size_t from = body.Data().size();
-        if (record == 's') {
-            body.Speech(1);
-            for (int i = 0; i < kFramesPerSpeechBlock; ++i)
-                walked.speechAt.push_back(static_cast<int>(clock.NextSpeechFrame()) + i);
-            walked.speech.insert(walked.speech.end(), body.Data().begin() + static_cast<long>(from) + 1,
-                                 body.Data().end());
-            clock.AddSpeechBlock();
-        } else if (record == 'v') {
-            body.Picture();
-            vdec_decode(body.Data().data() + from + 3, body.Data().size() - from - 3, picture.data());
-            walked.pictures.push_back(LookOf(picture.data()));
-            clock.AddPicture();
-        } else {
-            body.Bytes({9});
-        }
-    }
-    vdec_free();
-    walked.length = static_cast<int>(clock.Length());
-    walked.message = MessageBuilder(rate, static_cast<uint32_t>(walked.length));
-    walked.message.Bytes({body.Data().begin() + kMessageDataStart, body.Data().end()});
-    return walked;
-}
 
 std::string Repeat(const std::string& records, int times) {
     std::string all;
