@@ -29,6 +29,7 @@ play pkg-config pkg-config
 play qt6-base-dev pc:Qt6Widgets
 play libpulse-dev pc:libpulse
 play libgsm1-dev h:gsm/gsm.h
+play libsonic-dev h:sonic.h
 play binutils-mingw-w64-i686 i686-w64-mingw32-windres
 play fonts-liberation -
 play shared-mime-info update-mime-database

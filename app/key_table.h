@@ -32,6 +32,9 @@ inline constexpr CKeyCommand kKeyTable[] = {
     {'0', 0, ID_PLAY_LOUDER, TRUE},
     {'9', 0, ID_PLAY_QUIETER, TRUE},
     {'M', 0, ID_PLAY_MUTE, FALSE},
+    {VK_OEM_4, 0, ID_PLAY_SLOWER, TRUE},
+    {VK_OEM_6, 0, ID_PLAY_FASTER, TRUE},
+    {VK_BACK, 0, ID_PLAY_NORMAL_SPEED, FALSE},
 };
 
 // What a key does; null for a key that the window has no use for.

@@ -25,7 +25,6 @@ BOOL CPlayerApp::InitInstance() {
     strCompany.LoadString(IDS_REGISTRY_KEY);
     SetRegistryKey(strCompany);
     m_strAppName.LoadString(IDS_APP_TITLE);
-    SetAppID("com.trivelle.MessagePlayer");
     RegisterFileType();
 
     CString strPath;
@@ -67,8 +66,6 @@ void CPlayerApp::RegisterFileType() {
 }
 
 BOOL CPlayerApp::PreTranslateMessage(MSG* pMsg) {
-    // Windows see them, but the desktop's controls must not act on them.
-    const BOOL bKept =
-        pMsg->message == WM_KEYDOWN && (pMsg->wParam == VK_ESCAPE || pMsg->wParam == VK_RETURN);
-    return CWinApp::PreTranslateMessage(pMsg) || bKept;
+    if (pMsg->message == WM_KEYDOWN && (pMsg->wParam == VK_ESCAPE || pMsg->wParam == VK_RETURN)) return TRUE;
+    return CWinApp::PreTranslateMessage(pMsg);
 }

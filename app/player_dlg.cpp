@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/player_dlg.h"
 
-#include <algorithm>
-
 #include "app/about_dlg.h"
 #include "app/key_table.h"
 #include "app/play_commands.h"
@@ -11,7 +9,6 @@
 
 namespace {
 
-constexpr int kScaleStep = 25;  // per cent
 constexpr LPCTSTR kFileFilter = "Trivelle Message Files (*.trv)|*.trv||";
 constexpr LPCTSTR kOpenTitle = "Open Trivelle Message...";
 
@@ -50,10 +47,9 @@ ON_COMMAND(ID_PLAY_NEXT_PICTURE, OnNextPicture)
 ON_COMMAND(ID_PLAY_LOUDER, OnLouder)
 ON_COMMAND(ID_PLAY_QUIETER, OnQuieter)
 ON_COMMAND(ID_PLAY_MUTE, OnMute)
-ON_COMMAND(ID_VIEW_LARGER, OnLarger)
-ON_COMMAND(ID_VIEW_SMALLER, OnSmaller)
-ON_COMMAND(ID_VIEW_ORIGINAL_SIZE, OnOriginalSize)
-ON_COMMAND(ID_VIEW_FULL_SCREEN, OnFullScreen)
+ON_COMMAND(ID_PLAY_SLOWER, OnSlower)
+ON_COMMAND(ID_PLAY_FASTER, OnFaster)
+ON_COMMAND(ID_PLAY_NORMAL_SPEED, OnNormalSpeed)
 ON_COMMAND(ID_HELP_ABOUT, OnHelpAbout)
 ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
 ON_BN_CLICKED(IDC_STOP, OnStop)
@@ -106,10 +102,6 @@ BOOL CPlayerDlg::OnInitDialog() {
     SetCommandShortcut(ID_FILE_EXIT, "Ctrl+Q");
     SetCommandShortcut(ID_PLAY_PLAYPAUSE, "Media Play; Toggle Media Play/Pause; Media Pause");
     SetCommandShortcut(ID_PLAY_STOP, "Media Stop");
-    SetCommandShortcut(ID_VIEW_LARGER, "Ctrl++; Ctrl+=");
-    SetCommandShortcut(ID_VIEW_SMALLER, "Ctrl+-");
-    SetCommandShortcut(ID_VIEW_ORIGINAL_SIZE, "Ctrl+0");
-    SetCommandShortcut(ID_VIEW_FULL_SCREEN, "F11");
     DragAcceptFiles();
 
     m_pPanel = new CMessagePanel(&m_panelFrame);
@@ -131,7 +123,6 @@ void CPlayerDlg::PostNcDestroy() {
 
 void CPlayerDlg::OpenMessage(const CString& strPath) {
     const HWND hWnd = m_hWnd;
-    LeaveFullScreen();
 
     // The panel reports a missing sound device in a message box of its own.
     m_bModal = TRUE;
@@ -142,7 +133,7 @@ void CPlayerDlg::OpenMessage(const CString& strPath) {
     m_bOpen = bOpen;
     if (m_bOpen) {
         OnStop();
-        SetWindowText(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
+        SetTitle(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
         OnPlayPause();
         return;
     }
@@ -173,7 +164,6 @@ void CPlayerDlg::OnFileOpen() {
 
 void CPlayerDlg::OnFileClose() {
     if (!m_bOpen) return;
-    LeaveFullScreen();
     OnStop();
     m_bOpen = FALSE;
     m_pPanel->Close();
@@ -185,7 +175,6 @@ void CPlayerDlg::OnFileExit() {
 }
 
 void CPlayerDlg::OnClose() {
-    LeaveFullScreen();
     OnStop();
     m_pPanel->Close();
     CDialog::OnClose();
@@ -211,19 +200,13 @@ void CPlayerDlg::OnStop() {
 }
 
 BOOL CPlayerDlg::PreTranslateMessage(MSG* pMsg) {
-    if (pMsg->message == WM_LBUTTONDBLCLK && m_bOpen && m_pPanel->GetPicture() != nullptr &&
-        pMsg->hwnd == m_pPanel->GetPicture()->GetSafeHwnd()) {
-        OnFullScreen();
-        return TRUE;
-    }
-    if (pMsg->message == WM_KEYDOWN && pMsg->wParam == VK_ESCAPE) LeaveFullScreen();
     if (pMsg->message == WM_KEYDOWN) {
         const UINT nModifiers = (GetKeyState(static_cast<int>(VK_SHIFT)) < 0 ? MK_SHIFT : 0) |
                                 (GetKeyState(static_cast<int>(VK_CONTROL)) < 0 ? MK_CONTROL : 0);
         const CKeyCommand* pKey = FindKey(pMsg->wParam, nModifiers);
-        // A button is pressed by Space, as everywhere, unless nobody sees it.
-        const BOOL bButtons = pMsg->wParam == VK_SPACE && m_pFullScreen == nullptr &&
-                              dynamic_cast<CButton*>(FromHandle(pMsg->hwnd)) != nullptr;
+        // A button is pressed by Space, as everywhere.
+        const BOOL bButtons =
+            pMsg->wParam == VK_SPACE && dynamic_cast<CButton*>(FromHandle(pMsg->hwnd)) != nullptr;
         if (pKey != nullptr && !bButtons) {
             constexpr LPARAM kHeld = 0x40000000;
             if (pKey->bRepeats || (pMsg->lParam & kHeld) == 0) SendMessage(WM_COMMAND, pKey->nCommand);
@@ -281,6 +264,23 @@ void CPlayerDlg::OnMute() {
     if (OpenMixer() && m_mixer.GetWaveMute(bMute)) m_mixer.SetWaveMute(!bMute);
 }
 
+void CPlayerDlg::ChangeSpeed(int nSpeed) {
+    m_pPanel->SetSpeed(nSpeed);
+    ShowTitle();
+}
+
+void CPlayerDlg::OnSlower() {
+    ChangeSpeed(SteppedSpeed(m_pPanel->GetSpeed(), -1));
+}
+
+void CPlayerDlg::OnFaster() {
+    ChangeSpeed(SteppedSpeed(m_pPanel->GetSpeed(), 1));
+}
+
+void CPlayerDlg::OnNormalSpeed() {
+    ChangeSpeed(kNormalSpeed);
+}
+
 LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {
     OnStop();
     return 0;
@@ -303,41 +303,6 @@ LRESULT CPlayerDlg::OnVolumeClosed(WPARAM, LPARAM) {
     m_bVolumeShown = FALSE;
     ShowVolumeLatched(FALSE);
     return 0;
-}
-
-void CPlayerDlg::ScaleTo(int nPercent) {
-    constexpr int kLeast = 100;
-    constexpr int kMost = 300;
-    m_nScale = std::clamp(nPercent, kLeast, kMost);
-    SetContentScale(m_nScale);
-}
-
-void CPlayerDlg::OnLarger() {
-    ScaleTo(m_nScale + kScaleStep);
-}
-
-void CPlayerDlg::OnSmaller() {
-    ScaleTo(m_nScale - kScaleStep);
-}
-
-void CPlayerDlg::OnOriginalSize() {
-    ScaleTo(100);
-}
-
-void CPlayerDlg::OnFullScreen() {
-    if (m_pFullScreen != nullptr) {
-        LeaveFullScreen();
-        return;
-    }
-    if (!m_bOpen || m_pPanel->GetPicture() == nullptr) return;
-    m_pFullScreen = m_pPanel->GetPicture();
-    m_pFullScreen->ShowFullScreen(TRUE);
-}
-
-void CPlayerDlg::LeaveFullScreen() {
-    if (m_pFullScreen == nullptr) return;
-    m_pFullScreen->ShowFullScreen(FALSE);
-    m_pFullScreen = nullptr;
 }
 
 void CPlayerDlg::OnHelpAbout() {
@@ -387,6 +352,20 @@ void CPlayerDlg::ShowVolumeLatched(BOOL bLatched) {
     m_btnVolume.SetLatched(bLatched);
 }
 
+void CPlayerDlg::SetTitle(const CString& strTitle) {
+    m_strTitle = strTitle;
+    ShowTitle();
+}
+
+void CPlayerDlg::ShowTitle() {
+    const int nSpeed = m_pPanel == nullptr ? kNormalSpeed : m_pPanel->GetSpeed();
+    CString strTitle = m_strTitle;
+    if (nSpeed != kNormalSpeed)
+        strTitle.Format(IDS_TITLE_AT_SPEED, static_cast<LPCTSTR>(m_strTitle),
+                        static_cast<double>(nSpeed) / kNormalSpeed);
+    SetWindowText(strTitle);
+}
+
 void CPlayerDlg::ResetTitle() {
-    SetWindowText(LoadText(IDS_APP_TITLE));
+    SetTitle(LoadText(IDS_APP_TITLE));
 }

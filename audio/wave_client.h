@@ -7,8 +7,8 @@ public:
     virtual ~CWaveClient() = default;
     // A recorded block is ready. A playing device never calls it.
     virtual void OnWaveInData() {}
-    // One queued block has been heard to its end.
-    virtual void OnBlockPlayed() {}
+    // One queued block has been heard to its end. It stood for so many of the samples written.
+    virtual void OnBlockPlayed(int /*nSamples*/) {}
     // A call begins: others are to be silent until it ends. Either may come at any time, also while paused.
     virtual void OnCallBegins() {}
     virtual void OnCallEnds() {}

@@ -20,13 +20,12 @@ CWaveDevice::CWaveDevice(CWnd* pParent, CWaveClient* pClient, int nDirection, in
       m_nBlockLength(nBlockLength),
       m_nStartThreshold(nStartThreshold),
       m_nBytesPerSample(nBytesPerSample),
-      m_nSampleRate(nSampleRate) {
-    const std::size_t nBlockBytes = static_cast<std::size_t>(m_nBlockLength * m_nBytesPerSample);
-    m_buffers.resize(kBlocks * nBlockBytes);
-    for (std::size_t i = 0; i < m_headers.size(); ++i) {
-        m_headers[i].lpData = m_buffers.data() + i * nBlockBytes;
-        m_headers[i].dwBufferLength = static_cast<DWORD>(nBlockBytes);
-    }
+      m_nSampleRate(nSampleRate),
+      m_written(static_cast<std::size_t>(kBlocks * nBlockLength)),
+      m_converter(m_written, nBlockLength, nSampleRate),
+      m_buffers(static_cast<std::size_t>(kBlocks * nBlockLength)) {
+    for (int i = 0; i < kBlocks; ++i)
+        m_blocks[static_cast<std::size_t>(i)].header.lpData = reinterpret_cast<char*>(SamplesOf(i).data());
 
     CRect rect;
     m_pParent->GetClientRect(rect);
@@ -72,7 +71,7 @@ void CWaveDevice::Close() {
     const CSingleLock lock(&m_lock);
     if (!m_bOpen) return;
     waveOutReset(m_hWaveOut);
-    for (WAVEHDR& header : m_headers) waveOutUnprepareHeader(m_hWaveOut, &header, sizeof header);
+    for (Block& block : m_blocks) waveOutUnprepareHeader(m_hWaveOut, &block.header, sizeof block.header);
     waveOutClose(m_hWaveOut);
     m_hWaveOut = nullptr;
     m_bOpen = FALSE;
@@ -80,26 +79,33 @@ void CWaveDevice::Close() {
 
 void CWaveDevice::Write(const void* pBlock) {
     const CSingleLock lock(&m_lock);
-    if (!m_bOpen || m_nQueued == kMaxQueued) return;
+    if (!m_bOpen || CountQueued() == kMaxQueued) return;
     m_bNoMore = FALSE;
-    WAVEHDR& header = m_headers[static_cast<std::size_t>(m_nWriteIndex)];
-    std::memcpy(header.lpData, pBlock, header.dwBufferLength);
-    ++m_nQueued;
-    if (!m_bPaused) SendToDriver(m_nWriteIndex);
-    m_nWriteIndex = NextIndex(m_nWriteIndex);
-    if (!m_bPaused && m_nQueued > m_nStartThreshold) StartOutput();
+    m_written.Write({static_cast<const std::int16_t*>(pBlock), static_cast<std::size_t>(m_nBlockLength)});
+    MakeBlocks();
+    if (!m_bPaused && CountQueued() > m_nStartThreshold) StartOutput();
 }
 
 void CWaveDevice::EndOfSound() {
     const CSingleLock lock(&m_lock);
     if (!m_bOpen) return;
     m_bNoMore = TRUE;
-    if (!m_bPaused && m_nQueued > 0) StartOutput();
+    MakeBlocks();
+    if (!m_bPaused) StartOutput();
 }
 
 int CWaveDevice::GetQueuedCount() {
     const CSingleLock lock(&m_lock);
-    return m_bOpen ? m_nQueued : 0;
+    return m_bOpen ? CountQueued() : 0;
+}
+
+BOOL CWaveDevice::IsRunning() {
+    const CSingleLock lock(&m_lock);
+    return m_bOpen && m_bRunning;
+}
+
+int CWaveDevice::CountQueued() const {
+    return static_cast<int>((m_written.End() - m_nHeard + m_nBlockLength - 1) / m_nBlockLength);
 }
 
 void CWaveDevice::Pause() {
@@ -107,7 +113,7 @@ void CWaveDevice::Pause() {
     if (!m_bOpen || m_bPaused) return;
     m_bPaused = TRUE;
     m_bRunning = FALSE;
-    m_nStale += m_nQueued;
+    m_nStale += m_nMade;
     waveOutReset(m_hWaveOut);
     waveOutPause(m_hWaveOut);
 }
@@ -115,12 +121,8 @@ void CWaveDevice::Pause() {
 void CWaveDevice::Resume() {
     const CSingleLock lock(&m_lock);
     if (!m_bOpen || !m_bPaused) return;
-    int nSent = 0;
-    for (int i = m_nReadIndex; i != m_nWriteIndex; i = NextIndex(i)) {
-        SendToDriver(i);
-        if (++nSent > m_nStartThreshold + 1) StartOutput();
-    }
-    if (m_bNoMore && nSent > 0) StartOutput();
+    for (int i = m_nReadIndex; i != m_nWriteIndex; i = NextIndex(i)) SendToDriver(i);
+    if (m_bNoMore || CountQueued() > m_nStartThreshold + 1) StartOutput();
     m_bPaused = FALSE;
 }
 
@@ -129,28 +131,85 @@ void CWaveDevice::Flush() {
     if (m_bOpen && m_bPaused) EmptyRing();
 }
 
+BOOL CWaveDevice::SetSpeed(int nSpeed) {
+    const CSingleLock lock(&m_lock);
+    if (nSpeed == m_converter.Speed()) return TRUE;
+    if (!m_converter.Prepare()) return FALSE;
+    if (!m_bOpen) EmptyRing();
+
+    const int nTakenBack = TakeBack();
+    m_nMade -= nTakenBack;
+    m_nWriteIndex = (m_nWriteIndex - nTakenBack + kBlocks) % kBlocks;
+    // What would have sounded next; it is made now where all that had been made sounds already. What is
+    // paused begins anew.
+    const Block& next = m_blocks[static_cast<std::size_t>(m_nWriteIndex)];
+    if (nTakenBack == 0) MakeBlock();
+    const std::span<const std::int16_t> tail =
+        SamplesOf(m_nWriteIndex).first(next.header.dwBufferLength / sizeof(std::int16_t));
+    m_converter.Begin(nSpeed, next.nFrom, m_bPaused ? tail.first(0) : tail);
+    MakeBlocks();
+    if (m_bNoMore && !m_bPaused) StartOutput();
+    return TRUE;
+}
+
+// Returns how many of the blocks made, from the last one on, the driver does not have any more.
+int CWaveDevice::TakeBack() {
+    if (m_bPaused) return m_nMade;
+    UINT nBlocks = 0;
+    waveOutTakeBack(m_hWaveOut, &nBlocks);
+    return static_cast<int>(nBlocks);
+}
+
 void CWaveDevice::EmptyRing() {
+    m_written.Empty();
+    m_nHeard = 0;
+    m_converter.Begin(m_converter.Speed(), 0, {});
     m_nReadIndex = 0;
     m_nWriteIndex = 0;
-    m_nQueued = 0;
+    m_nMade = 0;
     m_bRunning = FALSE;
     m_bNoMore = FALSE;
 }
 
+std::span<std::int16_t> CWaveDevice::SamplesOf(int nIndex) {
+    const auto nLength = static_cast<std::size_t>(m_nBlockLength);
+    return std::span(m_buffers).subspan(static_cast<std::size_t>(nIndex) * nLength, nLength);
+}
+
+// The block at the write index. FALSE, and an empty one, when too little is written.
+BOOL CWaveDevice::MakeBlock() {
+    const CSpeedConverter::Block made = m_converter.Next(SamplesOf(m_nWriteIndex), m_bNoMore != FALSE);
+    Block& block = m_blocks[static_cast<std::size_t>(m_nWriteIndex)];
+    block.header.dwBufferLength = static_cast<DWORD>(made.nLength * m_nBytesPerSample);
+    block.nFrom = made.nFrom;
+    block.nSamples = made.nSamples;
+    return made.nLength != 0;
+}
+
+// As many as what is written suffices for. While paused they wait for Resume.
+void CWaveDevice::MakeBlocks() {
+    while (m_nMade < kMaxQueued && MakeBlock()) {
+        ++m_nMade;
+        if (!m_bPaused) SendToDriver(m_nWriteIndex);
+        m_nWriteIndex = NextIndex(m_nWriteIndex);
+    }
+}
+
 void CWaveDevice::SendToDriver(int nIndex) {
-    WAVEHDR& header = m_headers[static_cast<std::size_t>(nIndex)];
+    WAVEHDR& header = m_blocks[static_cast<std::size_t>(nIndex)].header;
     waveOutPrepareHeader(m_hWaveOut, &header, sizeof header);
     waveOutWrite(m_hWaveOut, &header, sizeof header);
 }
 
 void CWaveDevice::StartOutput() {
-    if (m_bRunning) return;
+    if (m_bRunning || m_nMade == 0) return;
     m_bRunning = TRUE;
     waveOutRestart(m_hWaveOut);
 }
 
 // The header named by the notification is not looked at: blocks finish in the order of the ring.
 LRESULT CWaveDevice::OnWaveOutDone(WPARAM wParam, LPARAM) {
+    int nSamples = 0;
     {
         const CSingleLock lock(&m_lock);
         // An output closed meanwhile has left notifications behind; its handle never comes again.
@@ -160,17 +219,21 @@ LRESULT CWaveDevice::OnWaveOutDone(WPARAM wParam, LPARAM) {
             return 0;
         }
         // Never so while the driver keeps to one notification per block.
-        if (m_bPaused || m_nQueued == 0) return 0;
-        WAVEHDR& header = m_headers[static_cast<std::size_t>(m_nReadIndex)];
-        waveOutUnprepareHeader(m_hWaveOut, &header, sizeof header);
+        if (m_bPaused || m_nMade == 0) return 0;
+        Block& block = m_blocks[static_cast<std::size_t>(m_nReadIndex)];
+        waveOutUnprepareHeader(m_hWaveOut, &block.header, sizeof block.header);
+        nSamples = block.nSamples;
+        m_nHeard += nSamples;
         m_nReadIndex = NextIndex(m_nReadIndex);
-        if (--m_nQueued == 0) {
+        --m_nMade;
+        MakeBlocks();
+        if (m_nMade == 0) {
             m_bRunning = FALSE;
             waveOutPause(m_hWaveOut);
         }
     }
     // The client may do anything now, closing the device included.
-    if (m_pClient != nullptr) m_pClient->OnBlockPlayed();
+    if (m_pClient != nullptr) m_pClient->OnBlockPlayed(nSamples);
     return 0;
 }
 

@@ -3,8 +3,12 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <span>
 #include <vector>
 
+#include "audio/sample_ring.h"
+#include "audio/speed_converter.h"
 #include "audio/wave_client.h"
 #include "platform/framework/afxcmn.h"
 #include "platform/sound/mmsystem.h"
@@ -16,10 +20,14 @@ class CVolumeDlg;
 // report; when Pause takes all blocks back from the driver they stay in the ring, and Resume hands them over
 // again, oldest first.
 //
+// What is written is kept until it has been heard, so that it can be played again at another speed: then the
+// driver hands back what is not about to sound, and the same place follows at the new speed. Every count of
+// queued blocks is one of blocks written, whatever the speed.
+//
 // The device is a hidden child window, because the driver's notifications are window messages. One other
 // thread, the writer, may call Write, EndOfSound and GetQueuedCount; everything else belongs to the UI
 // thread. Pause, Flush and Close want the writer to be quiet meanwhile. Only Open reports a failure.
-// Nothing is allocated after the constructor.
+// Nothing is allocated after the constructor but by SetSpeed.
 class CWaveDevice : public CStatic {
 public:
     static constexpr int kBlocks = 250;  // ring slots; one always stays free
@@ -29,6 +37,7 @@ public:
 
     // pClient may be null; neither it nor pParent is owned. nDirection: a Direction, of which only the
     // playing side does anything. nBlockLength: samples per block. nStartThreshold: blocks, 0 or more.
+    // nBytesPerSample: 2.
     CWaveDevice(CWnd* pParent, CWaveClient* pClient, int nDirection, int nBlockLength, int nStartThreshold,
                 int nBytesPerSample, int nSampleRate);
     // Close comes first: the driver must hold no block any more.
@@ -49,12 +58,18 @@ public:
     // Blocks queued and not yet reported; 0 while closed. Any thread.
     int GetQueuedCount();
     BOOL IsOpen() const { return m_bOpen; }
+    // Whether it sounds: more is there than it waits for, and it is not paused. UI thread.
+    BOOL IsRunning();
 
     // Silences the output. A block that was sounding will be heard again from its start.
     void Pause();
     void Resume();
     // Empties the queue. Only while paused.
     void Flush();
+
+    // Plays at one of kSpeeds from now on, from message to message. What sounds goes on at the old speed for
+    // as long as the driver keeps, some 150 ms. FALSE, and at the speed as before, when there is no memory.
+    BOOL SetSpeed(int nSpeed);
 
     void ShowVolumeControls(BOOL bShow);
 
@@ -65,11 +80,24 @@ protected:
     afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
 
 private:
+    // A block as the driver gets it.
+    struct Block {
+        WAVEHDR header = {};
+        std::int64_t nFrom = 0;  // the first of the samples written that it stands for
+        int nSamples = 0;        // how many
+    };
+
     static int NextIndex(int nIndex) { return (nIndex + 1) % kBlocks; }
     BOOL HasOutput() const { return m_nDirection != kRecord; }
+    // Blocks written and not yet heard, one that has been heard in part included.
+    int CountQueued() const;
     void EmptyRing();
+    std::span<std::int16_t> SamplesOf(int nIndex);
+    BOOL MakeBlock();
+    void MakeBlocks();
     void SendToDriver(int nIndex);
     void StartOutput();
+    int TakeBack();
 
     CWnd* m_pParent;
     CWaveClient* m_pClient;
@@ -87,11 +115,14 @@ private:
     BOOL m_bPaused = FALSE;
     BOOL m_bNoMore = FALSE;  // EndOfSound holds
     HWAVEOUT m_hWaveOut = nullptr;
-    std::array<WAVEHDR, kBlocks> m_headers = {};  // header i has buffer i
-    std::vector<char> m_buffers;
-    int m_nQueued = 0;      // (write index - read index) modulo kBlocks
-    int m_nReadIndex = 0;   // oldest queued block
-    int m_nWriteIndex = 0;  // filled by the next Write
+    CSampleRing m_written;
+    std::int64_t m_nHeard = 0;  // of the samples written
+    CSpeedConverter m_converter;
+    std::array<Block, kBlocks> m_blocks;  // block i has buffer i
+    std::vector<std::int16_t> m_buffers;
+    int m_nMade = 0;        // blocks made and not yet reported: (write index - read index) modulo kBlocks
+    int m_nReadIndex = 0;   // oldest of them
+    int m_nWriteIndex = 0;  // the next one to be made
     // Notifications still to come for blocks that Pause has taken back from the driver. Notifications keep
     // the order of writing, so that many of the next ones count for nothing.
     int m_nStale = 0;

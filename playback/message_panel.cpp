@@ -38,6 +38,7 @@ ON_WM_DESTROY()
 ON_WM_TIMER()
 ON_MESSAGE(WM_READER_ENDED, OnReaderEnded)
 ON_MESSAGE(WM_READER_GOES_ON, OnReaderGoesOn)
+ON_MESSAGE(WM_LATE_SPEECH, OnLateSpeech)
 ON_MESSAGE(WM_INDEX_BUILT, OnIndexBuilt)
 ON_MESSAGE(WM_TRACE_READ, OnTraceRead)
 ON_MESSAGE(WM_POSITION_DRAGGED, OnBarDragged)
@@ -164,6 +165,7 @@ BOOL CMessagePanel::StartReader() {
     outputs.pWaveform = m_nViewMode == kVoice && outputs.bSound ? m_pWaveform : nullptr;
     outputs.pWaveDevice = m_pWaveDevice;
     outputs.pVideo = m_pVideo;
+    outputs.noSound.SetSpeed(m_nSpeed, RealTimePace::Clock::now());
     m_pSource->gate.Move(WholeMessage(m_pSource->nVideoRate), FALSE);
 
     auto pForThread = std::make_unique<std::shared_ptr<MessageSource>>(m_pSource);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "audio/play_speed.h"
 #include "audio/wave_client.h"
 #include "audio/wave_device.h"
 #include "codec/message_reader.h"
@@ -28,7 +29,8 @@ inline constexpr UINT WM_PLAYBACK_INTERRUPTED = WM_USER + 206;
 // There is one clock: the position, which counts the sound that has been heard, in frames of 20 ms from the
 // message's start. Elapsed time, position bar, waveform and pictures all follow it. A message has ended when
 // everything has been read and the sound has run dry. When the sound device could not be opened, pictures
-// run at their own rate, the position stands still, and the end of the message is not detected.
+// run at their own rate, the position stands still, and the end of the message is not detected. Position and
+// length are the message's time at every speed.
 //
 // UI thread only. No operation but Open waits for the message's file. Play, Pause, Stop and Close report
 // nothing and do nothing when there is nothing to do. What went wrong meanwhile is told in a message box,
@@ -59,6 +61,9 @@ public:
     void SeekBy(int nFrames);
     // Pauses and goes so many pictures on, or back; in a message of speech alone, tenths of a second.
     void StepPicture(int nPictures);
+    // One of kSpeeds, for this and all later messages. Changes nothing when there is no memory.
+    void SetSpeed(int nSpeed);
+    int GetSpeed() const { return m_nSpeed; }
     // Frames played; 0 when nothing is open.
     int GetPosition() const;
     // Frames that the message has, as far as is known.
@@ -69,10 +74,8 @@ public:
     // What the panel shows.
     enum ViewMode { kNoMessage = 0, kVoice = 1, kVideo = 2 };
     void SetViewMode(int nMode);
-    // The window of the pictures; null while none are shown.
-    CWnd* GetPicture() const { return m_nViewMode == kVideo ? m_pVideo : nullptr; }
 
-    void OnBlockPlayed() override;
+    void OnBlockPlayed(int nSamples) override;
     void OnCallBegins() override;
     void OnCallEnds() override;
     void OnUnplugged() override;
@@ -91,6 +94,7 @@ protected:
     afx_msg void OnTimer(UINT_PTR nIDEvent);
     afx_msg LRESULT OnReaderEnded(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnReaderGoesOn(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnLateSpeech(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnIndexBuilt(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnTraceRead(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnBarDragged(WPARAM wParam, LPARAM lParam);
@@ -137,8 +141,10 @@ private:
     int m_nViewMode = -1;
     std::shared_ptr<MessageSource> m_pSource;  // the open message
     PanelState m_state = PanelState::NoMessage;
-    // The position. Within, it is kept in samples of the message: one block played need not be one frame.
+    // The position. Within, it is kept in samples of the message: a block played stands for one frame at
+    // normal speed only.
     std::atomic<int64_t> m_nSamplesPlayed = 0;
+    int m_nSpeed = kNormalSpeed;
     int m_nSeekFrame = 0;         // what Move goes to
     BOOL m_bDragging = FALSE;     // the bar's head is held
     BOOL m_bDragResumes = FALSE;  // the message plays on once it is let go

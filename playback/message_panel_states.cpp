@@ -75,6 +75,18 @@ void CMessagePanel::StepPicture(int nPictures) {
                         : static_cast<int>(std::min<int64_t>(PictureDueFrame(nPicture, nRate), GetLength())));
 }
 
+void CMessagePanel::SetSpeed(int nSpeed) {
+    if (nSpeed == m_nSpeed || !m_pWaveDevice->SetSpeed(nSpeed)) return;
+    m_nSpeed = nSpeed;
+    if (HasMessage()) {
+        m_pSource->gate.Locked(
+            [&] { m_pSource->outputs.noSound.SetSpeed(nSpeed, RealTimePace::Clock::now()); });
+    }
+    m_pVideo->Pause();
+    m_pVideo->SetSpeed(nSpeed);
+    if (IsPlaying(m_state)) StartPictures();
+}
+
 int CMessagePanel::GetPosition() const {
     return HasMessage() ? static_cast<int>(Frame()) : 0;
 }
@@ -124,7 +136,7 @@ void CMessagePanel::StartPictures() {
         const Timeline timeline(m_pSource->nVideoRate);
         const int nDue = timeline.PictureAt(Frame());
         if (m_pVideo->GetLastShown() < nDue) m_pVideo->ShowNextFrame();
-        m_pVideo->SetNextTick(timeline.MsToTick(nDue + 1, Frame()));
+        m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_nSpeed));
     }
     if (m_pVideo->Play() || m_nViewMode != kVideo) return;
     // Pictures are not waited for any more.
@@ -221,16 +233,18 @@ void CMessagePanel::Release() {
     SetViewMode(kNoMessage);
 }
 
-void CMessagePanel::OnBlockPlayed() {
-    m_nSamplesPlayed += kSpeechFrameSamples;
-    m_positionBar.StepIt();
-    if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
+void CMessagePanel::OnBlockPlayed(int nSamples) {
+    const int64_t nBefore = Frame();
+    m_nSamplesPlayed += nSamples;
+    for (int64_t nFrame = nBefore; nFrame < Frame(); ++nFrame) {
+        m_positionBar.StepIt();
+        if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
+    }
     ShowElapsed();
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
     if (m_state == PanelState::Draining && ++m_nBlocksSinceEnd % kLookForMore == 0) m_pSource->gate.Run();
-    if (m_pWaveDevice->GetQueuedCount() != 0) return;
-    if (m_state == PanelState::Playing) SetTimer(kReaderTimer, kReaderTimerMs);
-    Handle(PanelEvent::RanDry);
+    if (m_state == PanelState::Playing && !m_pWaveDevice->IsRunning()) SetTimer(kReaderTimer, kReaderTimerMs);
+    if (m_pWaveDevice->GetQueuedCount() == 0) Handle(PanelEvent::RanDry);
 }
 
 void CMessagePanel::OnCallBegins() {
@@ -327,6 +341,12 @@ LRESULT CMessagePanel::OnReaderGoesOn(WPARAM wParam, LPARAM) {
     return 0;
 }
 
+// What is queued is the silence, and belongs to the speech now.
+LRESULT CMessagePanel::OnLateSpeech(WPARAM wParam, LPARAM) {
+    if (HasMessage() && wParam == m_pSource->gate.GetMove()) SeekTo(GetPosition());
+    return 0;
+}
+
 LRESULT CMessagePanel::OnIndexBuilt(WPARAM wParam, LPARAM) {
     if (HasMessage() && wParam == m_pSource->nSerial) m_positionBar.SetRange(GetLength());
     return 0;
@@ -339,12 +359,12 @@ void CMessagePanel::OnTimer(UINT_PTR nIDEvent) {
         return;
     }
     const auto reading = m_pSource->gate.ReadingFor();
-    const int nQueued =
-        m_pSource->outputs.bSound ? m_pWaveDevice->GetQueuedCount() : m_pVideo->GetQueuedCount();
-    if (reading >= kLongRead && nQueued == 0) {
+    const BOOL bPlays =
+        m_pSource->outputs.bSound ? m_pWaveDevice->IsRunning() : m_pVideo->GetQueuedCount() != 0;
+    if (reading >= kLongRead && !bPlays) {
         ShowWaiting();
         return;
     }
     if (m_bWaiting) ShowElapsed();
-    if (nQueued != 0 || (m_state != PanelState::Playing && reading.count() == 0)) KillTimer(kReaderTimer);
+    if (bPlays || (m_state != PanelState::Playing && reading.count() == 0)) KillTimer(kReaderTimer);
 }

@@ -50,13 +50,14 @@ private:
         m_bShowNext = m_plan.bShowFirst;
         m_nTrace = 0;
         m_end = MessageEnd::None;
+        m_bFilledEnd = FALSE;
     }
 
     // Reads one record and hands on what it holds.
     Turn PlayNext() {
         const Clock::time_point from = Clock::now();
         if (const Turn turn = m_source.gate.BeginReading(); turn != Turn::GoOn) return turn;
-        if (m_end != MessageEnd::None && !HasGrown()) return PassEnd();
+        if (m_end != MessageEnd::None && !HasGrown()) return PlayEnd();
         const BOOL bGoesOn = m_end != MessageEnd::None;
         const MessageRecord record = ReadRecord();
         if (const Turn turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
@@ -73,7 +74,7 @@ private:
                     kStrayRest * (Clock::now() - from)));
             case MessageRecordKind::End:
                 m_end = record.end;
-                return PlayEnd();
+                return Turn::GoOn;
         }
         return Turn::GoOn;
     }
@@ -92,6 +93,7 @@ private:
     Turn PlaySpeech(const uint8_t* pBlock) {
         int64_t nFrame = m_clock.NextSpeechFrame();
         m_clock.AddSpeechBlock();
+        if (m_bFilledEnd && nFrame < m_nNextFrame) return PassLateSpeech();
         if (const Turn turn = FillTo(nFrame); turn != Turn::GoOn) return turn;
         if (const Turn turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
         if (m_plan.bNewDecoder) RenewDecoder();
@@ -132,13 +134,16 @@ private:
 
     // Silence up to a frame.
     Turn FillTo(int64_t nFrame) {
-        while (m_nNextFrame < nFrame) {
-            m_levels.fill(kSilentLevel);
-            const int nBlocks =
-                static_cast<int>(std::min<int64_t>(nFrame - m_nNextFrame, kFramesPerSpeechBlock));
-            if (const Turn turn = PassBlocks(nullptr, nBlocks); turn != Turn::GoOn) return turn;
-        }
+        while (m_nNextFrame < nFrame)
+            if (const Turn turn = PassSilence(nFrame); turn != Turn::GoOn) return turn;
         return Turn::GoOn;
+    }
+
+    // A block's time of it at most.
+    Turn PassSilence(int64_t nUpTo) {
+        m_levels.fill(kSilentLevel);
+        return PassBlocks(nullptr,
+                          static_cast<int>(std::min<int64_t>(nUpTo - m_nNextFrame, kFramesPerSpeechBlock)));
     }
 
     // pSamples: of so many blocks; null stands for silence.
@@ -166,9 +171,11 @@ private:
         PostMessage(m_source.outputs.hPanel, WM_TRACE_READ, m_nMove, 0);
     }
 
+    // Silence as long as pictures outlast the sound. The file is looked at after each piece of it.
     Turn PlayEnd() {
-        if (const Turn turn = FillTo(m_clock.Length()); turn != Turn::GoOn) return turn;
-        return PassEnd();
+        if (m_nNextFrame >= m_clock.Length()) return PassEnd();
+        m_bFilledEnd = TRUE;
+        return PassSilence(m_clock.Length());
     }
 
     Turn PassEnd() {
@@ -182,6 +189,12 @@ private:
     Turn PassGoingOn() {
         m_end = MessageEnd::None;
         return Pass({}, [this] { PostMessage(m_source.outputs.hPanel, WM_READER_GOES_ON, m_nMove, 0); });
+    }
+
+    // The panel goes to where it is, and this block comes again.
+    Turn PassLateSpeech() {
+        m_bFilledEnd = FALSE;
+        return Pass({}, [this] { PostMessage(m_source.outputs.hPanel, WM_LATE_SPEECH, m_nMove, 0); });
     }
 
     template <class HandOver>
@@ -218,6 +231,7 @@ private:
     BOOL m_bSeek = FALSE;      // the stream has still to go to the plan's offset
     BOOL m_bShowNext = FALSE;  // the next picture is shown at once
     MessageEnd m_end = MessageEnd::None;
+    BOOL m_bFilledEnd = FALSE;  // silence has been handed over that the message ended with
     std::array<int16_t, kSpeechFrameSamples* kFramesPerSpeechBlock> m_samples = {};
     std::array<int16_t, kSpeechFrameSamples> m_silence = {};
     std::array<float, kFramesPerSpeechBlock> m_levels = {};

@@ -16,6 +16,9 @@ inline constexpr UINT WM_READER_ENDED = WM_USER + 202;
 // There was more after all, because the file has grown.
 inline constexpr UINT WM_READER_GOES_ON = WM_USER + 203;
 
+// The file has grown by speech for a time that silence was handed over for.
+inline constexpr UINT WM_LATE_SPEECH = WM_USER + 206;
+
 // The source's trace holds the levels before the place that was sought.
 inline constexpr UINT WM_TRACE_READ = WM_USER + 205;
 

@@ -21,10 +21,6 @@ int MsToNextTick(std::chrono::steady_clock::duration sinceTick, int periodMs) {
 
 }  // namespace
 
-BEGIN_MESSAGE_MAP(CVideoWnd, CWnd)
-ON_MESSAGE(WM_DPICHANGED_AFTERPARENT, OnScaleChanged)
-END_MESSAGE_MAP()
-
 CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nHeight, int nFramesPerSecond,
                      int nCapacity)
     : m_pParent(pParent),
@@ -84,6 +80,12 @@ void CVideoWnd::CreateFrameBitmap() {
 void CVideoWnd::SetFrameRate(int nFramesPerSecond) {
     if (m_bRunning.load() != 0) return;
     m_nFramesPerSecond = nFramesPerSecond;
+}
+
+void CVideoWnd::SetSpeed(int nPercent) {
+    if (m_bRunning.load() != 0) return;
+    if (m_nNextTickMs > 0) m_nNextTickMs = m_nNextTickMs * m_nSpeed / nPercent;
+    m_nSpeed = nPercent;
 }
 
 BOOL CVideoWnd::QueueFrame(const BYTE* pPicture, int nNumber) {
@@ -147,10 +149,6 @@ void CVideoWnd::Stop() {
 }
 
 void CVideoWnd::Clear() {
-    {
-        const CSingleLock lock(&m_showLock);
-        m_bBlack = TRUE;
-    }
     InvalidateRect(nullptr, TRUE);
     // At once, so that a late erase can never take away the first picture of the next Play.
     UpdateWindow();
@@ -178,22 +176,11 @@ BOOL CVideoWnd::ShowUpTo(int nNumber) {
     CopyToBitmap(slot(0).pixels.get());
     m_nLastShown = slot(0).number;
     RemoveOldest();
-    m_bBlack = FALSE;
-    DrawFrame();
-    return TRUE;
-}
 
-void CVideoWnd::DrawFrame() {
     CClientDC dc(this);
     m_dcFrame.SetMapMode(dc.GetMapMode());
     dc.BitBlt(0, 0, m_nWidth, m_nHeight, &m_dcFrame, 0, 0, SRCCOPY);
-}
-
-// The window's picture is new and black.
-LRESULT CVideoWnd::OnScaleChanged(WPARAM, LPARAM) {
-    const CSingleLock lock(&m_showLock);
-    if (!m_bBlack) DrawFrame();
-    return 0;
+    return TRUE;
 }
 
 // The producer may write the slot again from here on.

@@ -48,6 +48,9 @@ public:
 
     // Pictures per second, 1 or more. Takes effect at the next Play; ignored while playing.
     void SetFrameRate(int nFramesPerSecond);
+    // How fast that is played, in per cent, above 0. While paused, what is left of the period shrinks or
+    // grows with it; ignored while playing.
+    void SetSpeed(int nPercent);
     // Copies the picture into the queue. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
     BOOL QueueFrame(const BYTE* pPicture, int nNumber);
     // Pictures that wait. Any thread.
@@ -80,13 +83,10 @@ private:
         CVideoWnd* pWindow;
     };
 
-    DECLARE_MESSAGE_MAP()
-    afx_msg LRESULT OnScaleChanged(WPARAM wParam, LPARAM lParam);
     void CreateFrameBitmap();
-    int PeriodMs() const { return 1000 / m_nFramesPerSecond; }
+    int PeriodMs() const { return (1000 / m_nFramesPerSecond * 100 + m_nSpeed / 2) / m_nSpeed; }
     BOOL StartPacing();
     BOOL ShowUpTo(int nNumber);
-    void DrawFrame();
     void RemoveOldest();
     void CopyToBitmap(const BYTE* pPicture);
     static void TimerProc(UINT nTimerId, UINT nMessage, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR);
@@ -99,6 +99,7 @@ private:
     int m_nWidth;
     int m_nHeight;
     int m_nFramesPerSecond;
+    int m_nSpeed = 100;
     int m_nPictureBytes;
     struct Slot {
         std::unique_ptr<BYTE[]> pixels;
@@ -111,7 +112,6 @@ private:
     int m_nWrite = 0;  // moved by the producer alone
     std::atomic<int> m_nCount = 0;
     std::atomic<int> m_nLastShown = -1;
-    BOOL m_bBlack = TRUE;                // no picture is seen; guarded by m_showLock
     std::atomic<BOOL> m_bDrops = FALSE;  // pictures cannot be shown
     BYTE* m_pDisplayBits = nullptr;      // the bitmap's pixels; null when it could not be made
     std::unique_ptr<CBitmap> m_pBitmap;

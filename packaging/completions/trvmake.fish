@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: MIT
+complete -c trvmake -s i -l input -r -F -d 'A film or a sound file'
 complete -c trvmake -s s -l sound -r -F -d 'The speech'
 complete -c trvmake -s p -l pictures -r -F -d 'The pictures'
 complete -c trvmake -s r -l rate -x -a '1 2 3 4 5' -d 'Pictures per second'

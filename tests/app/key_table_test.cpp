@@ -7,6 +7,8 @@
 #include <climits>
 
 #include "app/play_commands.h"
+#include "audio/play_speed.h"
+#include "codec/message_format.h"
 
 namespace {
 
@@ -48,6 +50,16 @@ TEST(PlayCommands, TheVolumeStepsByATwentiethOfItsRange) {
     EXPECT_EQ(SteppedVolume(64000, 0, 65535, true), 65535U);
     EXPECT_EQ(SteppedVolume(5, 3, 65535, false), 3U);
     EXPECT_EQ(SteppedVolume(5, 0, 7, true), 6U);
+}
+
+TEST(PlayCommands, SpeedsFollowEachOtherAndEndAtTheLast) {
+    int speed = kNormalSpeed;
+    for (const int expected : {125, 150, 175, 200, 250, 300, 300})
+        EXPECT_EQ(speed = SteppedSpeed(speed, 1), expected);
+    for (const int expected : {250, 200, 175, 150, 125, 100, 75, 50, 50})
+        EXPECT_EQ(speed = SteppedSpeed(speed, -1), expected);
+    for (const int each : kSpeeds)
+        EXPECT_EQ(kSpeechFrameSamples * each % kNormalSpeed, 0) << "whole samples in a block";
 }
 
 }  // namespace

@@ -300,41 +300,19 @@ TEST_F(PlayerDlg, KeysMoveInTheMessageWhereverTheFocusIs) {
     EXPECT_EQ(Face(), "Pause");
 }
 
-// Faults: a size that runs away or is not taken back; a whole screen without a picture; a key or a double
-// click that does not lead in or out; Space that presses a button which nobody sees; a picture left over the
-// window.
-TEST_F(PlayerDlg, TheContentsHaveASizeOfTheirOwnAndThePictureTheWholeScreen) {
-    QWidget* window = WidgetOf(m_hWnd)->window();
-    const int width = window->width();
-    for (int i = 0; i < 20; ++i) Command(ID_VIEW_LARGER);
-    EXPECT_EQ(window->width(), width * 3);
-    Command(ID_VIEW_SMALLER);
-    EXPECT_EQ(window->width(), width * 11 / 4);
-    Command(ID_VIEW_ORIGINAL_SIZE);
-    Command(ID_VIEW_SMALLER);
-    EXPECT_EQ(window->width(), width);
-
-    const auto full = [&] { return window->isFullScreen(); };
+TEST_F(PlayerDlg, TheTitleShowsASpeedThatIsNotTheMessages) {
+    const auto steps = [this](std::initializer_list<Qt::Key> keys) {
+        for (const Qt::Key key : keys) QTest::keyClick(WidgetOf(m_hWnd), key);
+        return Title();
+    };
     Open(Sample("greeting-voice.trv"));
-    Command(ID_VIEW_FULL_SCREEN);
-    EXPECT_FALSE(full());
+    EXPECT_EQ(steps({Qt::Key_BracketRight}), kVoiceTitle + std::string(" (1.25\u00D7)"));
     Open(Sample("greeting-video.trv"));
-    QWidget* picture = nullptr;
-    for (QWidget* widget : window->findChildren<QWidget*>())
-        if (widget->accessibleName() == "Picture") picture = widget;
-    ASSERT_NE(picture, nullptr);
-    WidgetOf(m_pDlg->GetDlgItem(IDC_STOP)->GetSafeHwnd())->setFocus();
-    QTest::mouseDClick(picture, Qt::LeftButton);
-    EXPECT_TRUE(full());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    EXPECT_EQ(Face(), "Play");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    EXPECT_FALSE(full());
-    Command(ID_VIEW_FULL_SCREEN);
-    EXPECT_TRUE(full());
+    EXPECT_EQ(Title(), kVideoTitle + std::string(" (1.25\u00D7)"));
+    EXPECT_EQ(steps({Qt::Key_BracketLeft, Qt::Key_BracketLeft}), kVideoTitle + std::string(" (0.75\u00D7)"));
     Command(ID_FILE_CLOSE);
-    EXPECT_FALSE(full());
-    EXPECT_EQ(window->width(), width);
+    EXPECT_EQ(Title(), kTitle + std::string(" (0.75\u00D7)"));
+    EXPECT_EQ(steps({Qt::Key_Backspace}), kTitle);
 }
 
 TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <map>
+#include <numbers>
 #include <thread>
 
 #include "platform/framework/afxwin.h"
@@ -19,11 +22,13 @@ constexpr int kThreshold = 20;
 
 class Client : public CWaveClient {
 public:
-    void OnBlockPlayed() override {
+    void OnBlockPlayed(int samples) override {
         ++played;
+        heard += samples;
         if (then) then();
     }
     int played = 0;
+    int heard = 0;
     std::function<void()> then;
 };
 
@@ -229,6 +234,89 @@ TEST_F(WaveDeviceTest, EndOfSoundIsTakenBackByAWriteAFlushAndAnOpen) {
         Write(kThreshold);
         Do("pr");
         EXPECT_FALSE(m_sound->IsRunning());
+        m_device.Close();
+    }
+}
+
+class WaveDeviceSpeed : public WaveDeviceTest {
+protected:
+    static constexpr int kBlocksOfTone = 240;
+
+    void WriteTone(double hertz) {
+        for (int i = 0; i < kBlocksOfTone; ++i) {
+            int16_t block[kSamples];
+            for (int j = 0; j < kSamples; ++j)
+                block[j] = static_cast<int16_t>(
+                    std::lround(10000 * std::sin((i * kSamples + j) * hertz * 2 * std::numbers::pi / 8000)));
+            m_device.Write(block);
+        }
+        m_device.EndOfSound();
+    }
+    // Plays the tone, from the start at one speed, from a second on at another.
+    void PlayTone(double hertz, int speed, int then) {
+        m_client.played = m_client.heard = 0;
+        m_sound->ForgetHeard();
+        ASSERT_TRUE(m_device.SetSpeed(speed));
+        ASSERT_TRUE(m_device.Open());
+        WriteTone(hertz);
+        Hear(50);
+        ASSERT_EQ(m_client.heard, 50 * kSamples * speed / 100);
+        ASSERT_TRUE(m_device.SetSpeed(then));
+        while (m_device.GetQueuedCount() != 0 && m_client.played < 1000) Hear(1);
+        EXPECT_EQ(m_client.heard, kBlocksOfTone * kSamples) << "the position ends at the end";
+        EXPECT_FALSE(m_sound->IsRunning());
+        m_device.Close();
+    }
+    // But for the end, which may be silent already.
+    int LargestStep() const {
+        const std::vector<int16_t> heard = m_sound->Heard();
+        int largest = 0;
+        for (size_t i = 1; i + kSamples < heard.size(); ++i)
+            largest = std::max(largest, std::abs(heard[i] - heard[i - 1]));
+        return largest;
+    }
+};
+
+TEST_F(WaveDeviceSpeed, EachSpeedTakesItsTimeAndEachChangeIsHeardSoonAndWithoutAClick) {
+    // Blocks and whole periods of the first tone coincide; of the second they do not.
+    for (const double hertz : {300.0, 317.0}) {
+        SCOPED_TRACE(hertz);
+        std::map<int, int> own;  // the tone's steps at each speed
+        for (const int speed : kSpeeds) {
+            SCOPED_TRACE(speed);
+            PlayTone(hertz, speed, speed);
+            EXPECT_NEAR(static_cast<double>(m_sound->HeardCount()), kBlocksOfTone * kSamples * 100.0 / speed,
+                        1.0);
+            own[speed] = LargestStep();
+        }
+        for (const auto& [from, to] :
+             {std::pair(100, 150), {150, 100}, {100, 50}, {75, 300}, {250, 125}, {50, 200}}) {
+            SCOPED_TRACE(testing::Message() << from << " to " << to);
+            PlayTone(hertz, from, to);
+            EXPECT_LE(LargestStep(), std::max(own[from], own[to]) * 101 / 100);
+            const double left = kBlocksOfTone * kSamples - 8000.0 * from / 100;
+            const double late = static_cast<double>(m_sound->HeardCount()) - 8000 - left * 100 / to;
+            // So much is played at the old speed, and a period of the voice may be skipped.
+            EXPECT_LE(std::abs(late), 1600 * std::abs(1 - static_cast<double>(from) / to) + 130);
+        }
+    }
+}
+
+TEST_F(WaveDeviceSpeed, AWriterThatFallsBehindAndComesBackLosesNothingAtAnySpeed) {
+    for (const int speed : kSpeeds) {
+        SCOPED_TRACE(speed);
+        m_client.heard = 0;
+        m_device.SetSpeed(speed);
+        ASSERT_TRUE(m_device.Open());
+        for (int round = 0; round < 5; ++round) {
+            Write(30 + round);
+            if (round == 3) m_device.EndOfSound();
+            Hear(90);
+            if (round == 2) Do("pr");
+        }
+        m_device.EndOfSound();
+        Hear(200);
+        EXPECT_EQ(m_client.heard, 160 * kSamples);
         m_device.Close();
     }
 }

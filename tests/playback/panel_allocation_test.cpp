@@ -9,14 +9,15 @@ using PanelAllocation = PlayerTest;
 
 TEST_F(PanelAllocation, ReadingAndPacingAllocateNothingPerRecord) {
     if (!allocation_probe::Counts()) GTEST_SKIP() << "allocations are not counted in this build";
-    for (const int rate : {0, 5}) {
-        SCOPED_TRACE(rate);
+    for (const auto& [rate, speed] : {std::pair(0, 100), {5, 100}, {5, 150}, {0, 50}}) {
+        SCOPED_TRACE(testing::Message() << rate << ' ' << speed);
         MessageBuilder message(rate, 600);
         for (int i = 0; i < 60; ++i) {
             message.Speech(1);
             if (rate != 0) message.Picture();
         }
         ASSERT_TRUE(Open(message));
+        Panel().SetSpeed(speed);
         // The buffers are made when the threads start.
         Panel().Play();
         WaitForReader();

@@ -192,6 +192,28 @@ TEST_F(PanelFile, AMessageThatIsStillBeingWrittenGoesOn) {
     EXPECT_TRUE(HeadlessToolkit::PumpUntil([this] { return Panel().GetLength() == 200; }));
 }
 
+// At the end pictures outlasted the sound, and silence was queued for them.
+TEST_F(PanelFile, SpeechThatIsWrittenLateTakesTheSilencesPlace) {
+    MessageBuilder message = MessageBuilder(5, 0).Speech(1);
+    for (int i = 0; i < 10; ++i) message.Picture();
+    ASSERT_TRUE(Open(message));
+    Panel().Play();
+    WaitForReader();
+    ASSERT_TRUE(Hear(20));
+    message.Speech(12).Write(m_folder.Path("message.trv"));
+    ASSERT_TRUE(HeadlessToolkit::PumpUntil([&] {
+        Hear(1);
+        return m_sound->Heard().back() != 0;
+    }));
+    const int from = Panel().GetPosition() * kSpeechFrameSamples;
+    EXPECT_LT(Panel().GetPosition(), 60);
+    ASSERT_TRUE(HearToTheEnd());
+    const std::vector<int16_t> heard = m_sound->Heard();
+    const std::vector<int16_t> written = message.Samples();
+    EXPECT_TRUE(
+        std::equal(written.begin() + from, written.end(), heard.end() - (std::ssize(written) - from)));
+}
+
 TEST_F(PanelFile, StrayBytesAndASoundlessDeviceLeaveTheProcessorAlone) {
     m_sound->SetOpenResult(MMSYSERR_NODRIVER);
     std::ofstream(m_folder.Path("stray.trv"), std::ios::binary)

@@ -4,15 +4,16 @@
 //
 // TRV_WALK_ACTIONS and TRV_WALK_SEED choose another walk; the seed is printed.
 #include <cstdlib>
+#include <deque>
 #include <random>
 
 #include "codec/message_time.h"
-#include "codec/picture_geometry.h"
 #include "codec/speech_frame.h"
-#include "codec/vdec.h"
+#include "platform/framework/window.h"
 #include "playback/timeline.h"
 #include "res/resource.h"
 #include "tests/playback/player_fixture.h"
+#include "tests/playback/walked_message.h"
 
 // The renderer's timer comes here (the linker's --wrap): it ticks when the simulated clock does.
 MMTIMERID SetTicks(UINT, UINT, UINT, TIMECALLBACK, DWORD_PTR,
@@ -23,7 +24,7 @@ namespace {
 
 struct {
     MMTIMERID id = 0;  // 0: none runs
-    UINT period = 0, left = 0;
+    int period = 0, left = 0;
     TIMECALLBACK callback = nullptr;
     DWORD_PTR user = 0;
     MMTIMERID last = 0;
@@ -32,7 +33,8 @@ struct {
 }  // namespace
 
 MMTIMERID SetTicks(UINT delay, UINT period, UINT, TIMECALLBACK callback, DWORD_PTR user, UINT) {
-    g_ticks = {g_ticks.last + 1, period, delay, callback, user, g_ticks.last + 1};
+    g_ticks = {g_ticks.last + 1, static_cast<int>(period), static_cast<int>(delay), callback, user,
+               g_ticks.last + 1};
     return g_ticks.id;
 }
 
@@ -54,60 +56,10 @@ int Setting(const char* name, int otherwise) {
     return value == nullptr ? otherwise : std::atoi(value);
 }
 
-using Look = std::vector<COLORREF>;
-
-// A message and what becomes of it in time.
-struct Walked {
-    MessageBuilder message;
-    int rate = 0;
-    std::vector<int> speechAt;  // the message's frame at which each speech frame sounds
-    std::vector<uint8_t> speech;
-    std::vector<Look> pictures;
-    int length = 0;
-};
-
-Look LookOf(const uint8_t* picture) {
-    Look look;
-    for (int i = 1; i < 8; ++i) {
-        const uint8_t* bgr = picture + (kPictureHeight - 1 - i * 30) * kPictureRowBytes + i * 40 * 3;
-        look.push_back(RGB(bgr[2], bgr[1], bgr[0]));
-    }
-    return look;
-}
-
-// records: s speech block, v picture, . stray byte.
-Walked Make(int rate, const std::string& records) {
-    Walked walked;
-    walked.rate = rate;
-    MessageClock clock(rate);
-    MessageBuilder body(rate);
-    std::vector<uint8_t> picture(kPictureBytes);
-    vdec_init();
-    vdec_set_quality(3);
-    for (const char record : records) {
-        const size_t from = body.Data().size();
-        if (record == 's') {
-            body.Speech(1);
-            for (int i = 0; i < kFramesPerSpeechBlock; ++i)
-                walked.speechAt.push_back(static_cast<int>(clock.NextSpeechFrame()) + i);
-            walked.speech.insert(walked.speech.end(), body.Data().begin() + static_cast<long>(from) + 1,
-                                 body.Data().end());
-            clock.AddSpeechBlock();
-        } else if (record == 'v') {
-            body.Picture();
-            vdec_decode(body.Data().data() + from + 3, body.Data().size() - from - 3, picture.data());
-            walked.pictures.push_back(LookOf(picture.data()));
-            clock.AddPicture();
-        } else {
-            body.Bytes({9});
-        }
-    }
-    vdec_free();
-    walked.length = static_cast<int>(clock.Length());
-    walked.message = MessageBuilder(rate, static_cast<uint32_t>(walked.length));
-    walked.message.Bytes({body.Data().begin() + kMessageDataStart, body.Data().end()});
-    return walked;
-}
+// What waits at the simulated server is not taken back.
+constexpr size_t kKeptBlocks = 8;
+// The sound of normal speed follows that of another where the two fit; a voice's longest period at most.
+constexpr int kMostJump = 8000 / 65;
 
 std::string Repeat(const std::string& records, int times) {
     std::string all;
@@ -125,34 +77,55 @@ protected:
         m_messages.push_back(Make(4, Repeat("v", 60)));
         m_messages.push_back(Make(5, Repeat("s", 7) + Repeat("v", 30) + Repeat("s.", 20)));
     }
+    void SetUp() override {
+        PlayerTest::SetUp();
+        CRect rect;
+        Trace().GetClientRect(rect);  // within an edge of one pixel
+        m_trace.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, rect.right + 2, rect.bottom + 2), &m_host, 0);
+        m_trace.SetBackgroundColor(RGB(0, 0, 0));
+        m_trace.SetGridColor(RGB(0x1F, 0x1F, 0x1F));
+        m_trace.SetPlotColor(RGB(0, 0xFF, 0));
+        m_trace.SetShift(2);
+        m_trace.SetRange(0.0F, 2.0F, TRUE);
+    }
 
     enum class State { None, Stopped, Paused, Interrupted, Playing };
 
-    // What the model says of the sound: the next frame to be heard, decoded as it should be.
+    // A block that is still to be played.
+    struct Block {
+        int speed;
+        bool
+            joins;  // fades over from another speed, and may jump on a little where it goes to the normal one
+    };
+
+    // What the model says of the sound: frames from here on, decoded as they should be.
     void SoundFrom(int frame, int decodeFrom) {
         gsm_destroy(m_decoder);
         m_decoder = gsm_create();
-        m_nextSpeech = 0;
         m_soundKnown = true;
-        const Walked& walked = Current();
-        while (m_nextSpeech < walked.speechAt.size() && walked.speechAt[m_nextSpeech] < frame) {
-            int16_t unheard[kSpeechFrameSamples];
-            if (walked.speechAt[m_nextSpeech] >= decodeFrom)
-                DecodeSpeechFrame(m_decoder, walked.speech.data() + m_nextSpeech * kSpeechFrameBytes,
-                                  unheard);
-            ++m_nextSpeech;
-        }
-        m_sound->ForgetHeard();
+        m_blocks.clear();
+        m_slack = 0;
+        m_decoded.clear();
+        m_decodedFrom = std::max(decodeFrom, 0);
+        m_levelsFrom = std::max(decodeFrom + 50, 0);
+        m_traceKnown = Current().rate == 0 && m_levelsFrom < frame;
+        m_nextSpeech = static_cast<size_t>(
+            std::lower_bound(Current().speechAt.begin(), Current().speechAt.end(), m_decodedFrom) -
+            Current().speechAt.begin());
     }
-    std::vector<int16_t> NextSound() {
-        std::vector<int16_t> block(kSpeechFrameSamples);
+    // Samples of the message from number `from` on.
+    std::span<const int16_t> Decoded(int64_t from, int count) {
         const Walked& walked = Current();
-        if (m_nextSpeech < walked.speechAt.size() && walked.speechAt[m_nextSpeech] == m_position) {
-            DecodeSpeechFrame(m_decoder, walked.speech.data() + m_nextSpeech * kSpeechFrameBytes,
-                              block.data());
-            ++m_nextSpeech;
+        const int64_t start = int64_t{m_decodedFrom} * kSpeechFrameSamples;
+        while (start + static_cast<int64_t>(m_decoded.size()) < from + count) {
+            const size_t end = m_decoded.size();
+            m_decoded.resize(end + kSpeechFrameSamples);
+            const int frame = m_decodedFrom + static_cast<int>(end / kSpeechFrameSamples);
+            if (m_nextSpeech == walked.speechAt.size() || walked.speechAt[m_nextSpeech] != frame) continue;
+            DecodeSpeechFrame(m_decoder, walked.speech.data() + m_nextSpeech++ * kSpeechFrameBytes,
+                              m_decoded.data() + end);
         }
-        return block;
+        return std::span(m_decoded).subspan(static_cast<size_t>(from - start), static_cast<size_t>(count));
     }
     const Walked& Current() const { return m_messages[static_cast<size_t>(m_current)]; }
 
@@ -166,61 +139,104 @@ protected:
     }
 
     void OpenAnother(int which) {
+        SetServerAway(false);
         m_current = which;
         const std::string path = m_folder.Path(std::to_string(which));
         if (!std::filesystem::exists(path)) Current().message.Write(path);
         ASSERT_TRUE(Panel().Open(path));
         m_state = State::Paused;
-        m_position = 0;
+        m_samples = 0;
         m_atOnce = true;
         SoundFrom(0, 0);
     }
     void Seek(int frame) {
-        m_position = std::clamp(frame, 0, Current().length - 1);
+        frame = std::clamp(frame, 0, Current().length - 1);
+        m_samples = int64_t{frame} * kSpeechFrameSamples;
         if (m_state == State::Stopped) m_state = State::Paused;
         m_atOnce = true;
-        SoundFrom(m_position, m_position - 50 - (Current().rate == 0 ? Trace().GetVisibleCount() : 0));
+        m_timeShown = true;
+        SoundFrom(frame, frame - 50 - (Current().rate == 0 ? Trace().GetVisibleCount() : 0));
     }
     void Rewound() {
         m_state = State::Stopped;
-        m_position = 0;
+        m_samples = 0;
+        m_blocks.clear();
+        m_slack = 0;
         m_atOnce = true;
+        m_timeShown = false;
+        m_traceKnown = false;
         m_soundKnown = false;  // the decoder keeps the memory of what had been read ahead
     }
+    void SetServerAway(bool away) {
+        m_serverAway = away;
+        m_sound->SetServerAway(away);
+    }
+    void SetSpeed(int speed) {
+        Panel().SetSpeed(speed);
+        const int before = std::exchange(m_speed, speed);
+        if (speed == before) return;
+        const bool playing = m_state == State::Playing;
+        m_blocks.resize(playing && !m_serverAway ? kKeptBlocks : 0, {before, false});
+        if (playing) m_blocks.push_back({speed, true});
+    }
+    int Position() const { return static_cast<int>(m_samples / kSpeechFrameSamples); }
+    int64_t SamplesLeft() const { return int64_t{Current().length} * kSpeechFrameSamples - m_samples; }
 
     CWaveformWnd& Trace() const { return static_cast<CWaveformWnd&>(*CWnd::FromHandle(ChildOfFrame(0))); }
 
     // One block's time.
     void Tick() {
         Settle();
-        const bool heard = m_state == State::Playing;
-        const size_t before = m_sound->HeardCount();
+        m_sound->ForgetHeard();
         m_sound->Advance(20);
         HeadlessToolkit::Pump();
-        if (heard) {
-            ASSERT_EQ(m_sound->HeardCount(), before + kSpeechFrameSamples)
-                << "left waiting at " << m_position;
-            if (m_soundKnown) {
-                const std::vector<int16_t> all = m_sound->Heard();
-                ASSERT_EQ(std::vector<int16_t>(all.end() - kSpeechFrameSamples, all.end()), NextSound())
-                    << "at " << m_position;
-                if (all.size() > 100000) m_sound->ForgetHeard();
-            }
-            m_atOnce = false;
-            if (++m_position == Current().length) {
-                ++m_ended;
-                Rewound();
-            }
-        } else {
-            ASSERT_EQ(m_sound->HeardCount(), before);
-        }
+        if (m_state == State::Playing)
+            ASSERT_NO_FATAL_FAILURE(Hear(m_sound->Heard()));
+        else
+            ASSERT_EQ(m_sound->HeardCount(), 0U);
         if (g_ticks.id == 0) return;
-        for (g_ticks.left = g_ticks.left < 20 ? 0 : g_ticks.left - 20;
-             g_ticks.id != 0 && g_ticks.left == 0;) {
-            g_ticks.left = g_ticks.period;
+        for (g_ticks.left -= 20; g_ticks.id != 0 && g_ticks.left <= 0; g_ticks.left += g_ticks.period) {
             Settle();
             g_ticks.callback(g_ticks.id, 0, g_ticks.user, 0, 0);
         }
+    }
+
+    void Hear(const std::vector<int16_t>& heard) {
+        Block block = {m_speed, false};
+        if (!m_blocks.empty()) {
+            block = m_blocks.front();
+            m_blocks.pop_front();
+        }
+        const int samples = SamplesInBlock(kSpeechFrameSamples, block.speed, SamplesLeft());
+        const auto played = static_cast<size_t>(PlayedSamples(samples, block.speed));
+        const bool ended = m_main->ended > m_ended;
+        if (m_serverAway) {
+            ASSERT_EQ(heard.size(), 0U);
+        } else if (m_slack == 0 || !ended) {
+            ASSERT_EQ(heard.size(), played) << "left waiting";
+        }
+        if (block.speed == kNormalSpeed && !block.joins && m_soundKnown && !m_serverAway && !ended) {
+            ASSERT_NO_FATAL_FAILURE(FindIn(heard));
+        }
+        m_samples += samples;
+        if (block.speed == kNormalSpeed && block.joins) m_slack += kMostJump;
+        m_atOnce = false;
+        m_timeShown = true;
+        if (SamplesLeft() > (ended ? m_slack : 0)) return;
+        ++m_ended;
+        Rewound();
+    }
+    // What was heard is what the model says, at the place where the model is or, after a jump, may be.
+    void FindIn(const std::vector<int16_t>& heard) {
+        std::vector<int> jumps;
+        for (int jump = 0; jump <= m_slack && jump < SamplesLeft(); ++jump) {
+            const std::span<const int16_t> expected = Decoded(m_samples + jump, kSpeechFrameSamples);
+            if (std::equal(heard.begin(), heard.end(), expected.begin())) jumps.push_back(jump);
+        }
+        ASSERT_FALSE(jumps.empty()) << "other samples";
+        if (jumps.size() != 1) return;
+        m_samples += jumps[0];
+        m_slack = 0;
     }
 
     void Check() {
@@ -230,15 +246,22 @@ protected:
         ASSERT_TRUE(m_toolkit.boxes.empty());
         if (m_state == State::None) return;
         const Walked& walked = Current();
-        ASSERT_EQ(Panel().GetPosition(), m_position);
+        const int position = Panel().GetPosition();
+        ASSERT_GE(position, m_samples / kSpeechFrameSamples);
+        ASSERT_LE(position, (m_samples + m_slack) / kSpeechFrameSamples);
         ASSERT_EQ(Panel().GetLength(), walked.length);
+        auto& bar = static_cast<CPositionBar&>(*Panel().GetDlgItem(IDC_POSITION_BAR));
+        ASSERT_EQ(bar.GetPosition(), position);
+        if (m_traceKnown && ++m_tracesDue % 3 == 0) {  // many pixels
+            ASSERT_NO_FATAL_FAILURE(CheckTrace(position));
+        }
         CString text;
-        text.Format(IDS_TIME_FORMAT, m_position / 3000, m_position % 3000 / 50.0);
+        text.Format(IDS_TIME_FORMAT, position / 3000, position % 3000 / 50.0);
         ASSERT_EQ(Text(IDC_CURRENT), m_state == State::Stopped || !m_timeShown ? "" : text.Str());
         if (walked.rate == 0) return;
 
         const int last = static_cast<int>(walked.pictures.size()) - 1;
-        const int due = std::min(Timeline(walked.rate).PictureAt(m_position), last);
+        const int due = std::min(Timeline(walked.rate).PictureAt(position), last);
         const Look shown = Shown();
         const auto isShown = [&](int number) {
             return shown == (number < 0 ? Look(7, 0U) : walked.pictures[static_cast<size_t>(number)]);
@@ -247,6 +270,22 @@ protected:
                     (!m_atOnce && (isShown(std::max(due - 1, -1)) || isShown(std::min(due + 1, last)))))
             << "due " << due << ", at once " << m_atOnce;
     }
+    // The levels up to the position, in the trace as in another one that is shown them at once.
+    void CheckTrace(int position) {
+        std::vector<float> levels;
+        for (int frame = m_levelsFrom; frame < position; ++frame)
+            levels.push_back(1.0F +
+                             static_cast<float>(Decoded(int64_t{frame} * kSpeechFrameSamples, 1)[0]) / 32768);
+        m_trace.ShowValues(levels.data(), static_cast<int>(levels.size()));
+        HeadlessToolkit::Pump();
+        const auto shown = windows::SurfaceOf(Trace().m_hWnd);
+        const auto expected = windows::SurfaceOf(m_trace.m_hWnd);
+        // But for the segment that is just scrolling out.
+        int different = 0;
+        for (int y = 0; y < shown->height(); ++y)
+            for (int x = 8; x < shown->width(); ++x) different += shown->pixel(x, y) != expected->pixel(x, y);
+        ASSERT_EQ(different, 0);
+    }
     Look Shown() const {
         Look look;
         for (int i = 1; i < 8; ++i) look.push_back(Pixel(ChildOfFrame(2), i * 40, i * 30));
@@ -254,64 +293,85 @@ protected:
     }
 
     void Act(std::mt19937& random);
+    void Drag(std::mt19937& random);
 
     std::vector<Walked> m_messages;
     int m_current = 0;
     std::string m_log;  // of the latest actions: which, and the position before
     State m_state = State::None;
-    int m_position = 0;
+    int64_t m_samples = 0;  // the position
+    int m_slack = 0;        // how much more it may be
+    int m_speed = kNormalSpeed;
+    std::deque<Block> m_blocks;  // the next ones; those behind them have the speed
+    bool m_serverAway = false;
     int m_ended = 0;
     std::vector<bool> m_plays;  // what the main window is told of interruptions
     bool m_atOnce = false;      // nothing has been heard since the picture was shown by a seek
     bool m_timeShown = true;    // the elapsed time is empty from Stop to the first block
     gsm m_decoder = gsm_create();
     size_t m_nextSpeech = 0;
+    int m_decodedFrom = 0;  // frame
+    std::vector<int16_t> m_decoded;
     bool m_soundKnown = false;
+    int m_levelsFrom = 0;  // the first frame that the trace shows
+    bool m_traceKnown = false;
+    int m_tracesDue = 0;
+    struct Host : CDialog {
+        Host() {
+            Create(IDD_ABOUTBOX);
+            ShowWindow(SW_SHOW);
+        }
+    } m_host;
+    CWaveformWnd m_trace;
 };
 
 void PanelWalk::Act(std::mt19937& random) {
     const auto upTo = [&](int most) { return static_cast<int>(random() % static_cast<unsigned>(most + 1)); };
     const int action = upTo(99);
-    m_log += " " + std::to_string(action) + "@" + std::to_string(m_position);
+    m_log += " " + std::to_string(action) + "@" + std::to_string(Position());
     if (m_state == State::None || action < 3) {
         OpenAnother(upTo(static_cast<int>(m_messages.size()) - 1));
         m_timeShown = true;
     } else if (action < 5) {
         Panel().Close();
         m_state = State::None;
-    } else if (action < 9) {
+    } else if (action < 8) {
         Panel().Stop();
         if (m_state != State::Stopped) Rewound();
-        m_timeShown = false;
-    } else if (action < 24) {
+    } else if (action < 22) {
         Panel().Play();
         m_state = State::Playing;
-    } else if (action < 34) {
+    } else if (action < 29) {
         Panel().Pause();
         if (m_state != State::Stopped) m_state = State::Paused;
-    } else if (action < 50) {
+    } else if (action < 42) {
         const int frame = upTo(Current().length + 20) - 10;
         Panel().SeekTo(frame);
         Seek(frame);
-        m_timeShown = true;
-    } else if (action < 60) {
+    } else if (action < 48) {
         for (int i = upTo(5); i >= 0; --i) {
             const int frames = upTo(500) - 250;
+            const int from = Panel().GetPosition();
             Panel().SeekBy(frames);
-            Seek(m_position + frames);
+            Seek(from + frames);
         }
-        m_timeShown = true;
-    } else if (action < 66) {
+    } else if (action < 52) {
         const int steps = upTo(4) - 2;
+        const int from = Panel().GetPosition();
         Panel().StepPicture(steps);
         if (m_state != State::Stopped) m_state = State::Paused;
         const int rate = Current().rate;
-        const int64_t picture = rate == 0 ? 0 : Timeline(rate).PictureAt(m_position) + steps;
-        Seek(rate == 0     ? m_position + 5 * steps
+        const int64_t picture = rate == 0 ? 0 : Timeline(rate).PictureAt(from) + steps;
+        Seek(rate == 0     ? from + 5 * steps
              : picture < 0 ? 0
                            : static_cast<int>(PictureDueFrame(picture, rate)));
-        m_timeShown = true;
-    } else if (action < 72) {
+    } else if (action < 56) {
+        Drag(random);
+    } else if (action < 66) {
+        SetSpeed(action < 64 ? SteppedSpeed(m_speed, upTo(6) - 3) : kNormalSpeed);
+    } else if (action < 69) {
+        SetServerAway(!m_serverAway);
+    } else if (action < 73) {
         const bool played = m_state == State::Playing;
         const auto what = static_cast<DWORD>(1 + upTo(2));
         m_sound->Interrupt(what);
@@ -321,13 +381,29 @@ void PanelWalk::Act(std::mt19937& random) {
         const bool plays = m_state == State::Playing;
         if (plays != played) m_plays.push_back(plays);
     } else {
-        for (int i = upTo(action < 95 ? 12 : 80); i >= 0; --i) {
-            const bool playing = m_state == State::Playing;
-            ASSERT_NO_FATAL_FAILURE(Tick());
-            if (playing) m_timeShown = true;
-            if (m_state == State::Stopped) m_timeShown = false;
-        }
+        for (int i = upTo(action < 95 ? 12 : 80); i >= 0; --i) ASSERT_NO_FATAL_FAILURE(Tick());
     }
+}
+
+// Silent while the head is held.
+void PanelWalk::Drag(std::mt19937& random) {
+    const bool playing = m_state == State::Playing;
+    const int from = Panel().GetPosition();
+    const auto to = [&] { return static_cast<int>(random() % static_cast<unsigned>(Current().length)); };
+    for (auto i = random() % 3; i < 3; ++i) {
+        const int frame = to();
+        Panel().SendMessage(WM_POSITION_DRAGGED, static_cast<WPARAM>(frame));
+        if (playing) m_state = State::Paused;
+        Seek(frame);
+        ASSERT_NO_FATAL_FAILURE(Check());
+        ASSERT_NO_FATAL_FAILURE(Tick());
+    }
+    const bool cancels = random() % 4 == 0;
+    const int frame = cancels ? from : to();
+    Panel().SendMessage(cancels ? WM_POSITION_DRAG_CANCELLED : WM_POSITION_RELEASED,
+                        static_cast<WPARAM>(frame));
+    if (playing) m_state = State::Playing;
+    Seek(frame);
 }
 
 TEST_F(PanelWalk, PositionPictureTimeAndSoundAgreeAfterEachAction) {

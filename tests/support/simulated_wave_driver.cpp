@@ -20,6 +20,7 @@ struct SimulatedWaveDriver::State {
 
     // Has the server what it should have.
     void Send() {
+        if (away) return;
         const std::uint64_t end = std::min(clock.Written(), position + kAhead);
         while (sent < end) {
             const std::size_t at = sent % server.size();
@@ -31,6 +32,7 @@ struct SimulatedWaveDriver::State {
     // Moves the position to where the clock is.
     void Update() {
         const std::uint64_t reached = clock.Heard(nowUs);
+        if (away) position = sent = reached;
         while (position < reached) {
             Send();
             const std::size_t at = position % server.size() / sizeof(std::int16_t);
@@ -43,6 +45,7 @@ struct SimulatedWaveDriver::State {
 
     mutable std::mutex lock;
     MMRESULT openResult = MMSYSERR_NOERROR;
+    bool away = false;
     std::uint64_t nowUs = 0;
     std::size_t written = 0;
     std::vector<std::int16_t> heard;
@@ -135,6 +138,15 @@ void SimulatedWaveDriver::Interrupt(DWORD what) {
         source = m_state->source;
     }
     source->OnInterrupted(what);
+}
+
+void SimulatedWaveDriver::SetServerAway(bool away) {
+    const std::scoped_lock lock(m_state->lock);
+    m_state->away = away;
+    if (away)
+        m_state->sent = m_state->position;
+    else if (m_state->source)
+        m_state->Send();
 }
 
 void SimulatedWaveDriver::SetOpenResult(MMRESULT result) {

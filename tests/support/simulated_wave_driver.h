@@ -28,6 +28,9 @@ public:
     // What happens outside: WOM_CALL_BEGINS and the others. The output must be open.
     void Interrupt(DWORD what);
 
+    // The server goes, or is there again: meanwhile the clock goes on and nothing is heard.
+    void SetServerAway(bool away);
+
     // What waveOutOpen returns from now on; MMSYSERR_NOERROR lets it succeed again.
     void SetOpenResult(MMRESULT result);
 

@@ -225,6 +225,10 @@ TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
         {2, {"--sound", sound, "--rate", "3", "OUT"}, "--pictures"},
         {2, {"--sound", sound, "--pictures", picture, "--rate", "6", "OUT"}, "1 to 5"},
         {2, {"--sound", sound, "--quality", "4", "OUT"}, "0 to 3"},
+        {1, {"--input", folder.Path("none.mp4"), "OUT"}, "No such file"},
+        {1, {"--input", folder.Path("text.png"), "OUT"}, "cannot be read"},
+        {1, {"--input", sound, "--rate", "2", "OUT"}, "holds no pictures"},
+        {2, {"--input", sound, "--sound", sound, "OUT"}, "--input"},
     };
     for (const auto& c : cases) {
         std::vector<std::string> arguments = c.arguments;
@@ -237,4 +241,33 @@ TEST(TrvmakeFailures, WriteNothingAndSayWhy) {
         EXPECT_EQ(folder.Names(), before) << testing::PrintToString(arguments);
         EXPECT_EQ(ReadBytes(folder.Path("old.trv")), (std::vector<uint8_t>{'o', 'l', 'd'}));
     }
+}
+
+// A message made from a film is that film: the pictures at their times, the sound with them.
+TEST(TrvmakeInput, FilmToMessageAndBack) {
+    const TestFolder folder;
+    const std::string original = Sample("greeting-video.trv");
+    ASSERT_EQ(RunTrvdump({"--bgr", folder.Path("before"), "--video", folder.Path("f.mkv"), "--audio",
+                          folder.Path("s.flac"), original})
+                  .status,
+              0);
+    ASSERT_EQ(RunTrvmake({"--input", folder.Path("f.mkv"), "--rate", "3", folder.Path("m.trv")}).status, 0);
+    const QJsonObject report = Describe(folder.Path("m.trv"));
+    EXPECT_EQ(report["frame_count"].toInt(), 520);
+    EXPECT_TRUE(report["warnings"].toArray().isEmpty());
+    // The last of the original's 32 is due after its end.
+    ASSERT_EQ(report["video_records"].toArray().size(), 31);
+    ASSERT_EQ(RunTrvdump({"--bgr", folder.Path("after"), folder.Path("m.trv")}).status, 0);
+    for (const char* name :
+         {"picture-0001.bgr", "picture-0002.bgr", "picture-0017.bgr", "picture-0031.bgr"}) {
+        const std::vector<uint8_t> before = ReadBytes(folder.Path(std::string("before/") + name));
+        const std::vector<uint8_t> after = ReadBytes(folder.Path(std::string("after/") + name));
+        double squares = 0;
+        for (std::size_t i = 0; i < before.size(); ++i) squares += std::pow(before[i] - after[i], 2);
+        EXPECT_LT(squares / static_cast<double>(before.size()), 1) << name;  // 48 dB
+    }
+    // A file of sound becomes a message of speech, the same that libsndfile's samples give.
+    ASSERT_EQ(RunTrvmake({"--input", folder.Path("s.flac"), folder.Path("i.trv")}).status, 0);
+    ASSERT_EQ(RunTrvmake({"--sound", folder.Path("s.flac"), folder.Path("s.trv")}).status, 0);
+    EXPECT_EQ(ReadBytes(folder.Path("i.trv")), ReadBytes(folder.Path("s.trv")));
 }

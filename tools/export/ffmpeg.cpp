@@ -11,6 +11,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "tools/tool_error.h"
 
@@ -136,8 +138,18 @@ void Ffmpeg::Spawn(const std::vector<std::string>& arguments, const std::vector<
                                     : std::string("ffmpeg cannot be started: ") + std::strerror(error));
 }
 
+Ffmpeg::Ffmpeg(Ffmpeg&& other) noexcept
+    : inputs_(std::move(other.inputs_)),
+      complaints_(std::exchange(other.complaints_, -1)),
+      output_(std::exchange(other.output_, -1)),
+      complaint_(std::move(other.complaint_)),
+      child_(std::exchange(other.child_, -1)) {
+    other.inputs_.clear();
+}
+
 Ffmpeg::~Ffmpeg() {
     CloseInputs();
+    CloseEnd(output_);
     if (child_ > 0) {
         kill(child_, SIGKILL);
         while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) continue;
@@ -197,29 +209,72 @@ void Ffmpeg::Feed(std::span<ByteSource* const> sources, const std::function<void
         }
         if (waits.back().revents != 0) ReadComplaints();
     }
-    Wait(what);
+    const int status = Wait(what);
+    // Some errors while writing, a full disk among them, leave its exit status at 0.
+    if (status != 0 || !complaint_.empty())
+        throw ToolError(what + ": cannot be written: " + LastComplaint(status));
 }
 
-void Ffmpeg::Finish(const std::function<void()>& check, const std::string& what) {
-    Feed({}, check, what);
+Ffmpeg Ffmpeg::Reading(const std::vector<std::string>& arguments) {
+    int reading = -1;
+    int writing = -1;
+    try {
+        const auto ends = Pipe();
+        reading = ends[0];
+        writing = ends[1];
+        Ffmpeg ffmpeg(arguments, 0, writing);
+        close(writing);
+        ffmpeg.output_ = reading;
+        return ffmpeg;
+    } catch (...) {
+        CloseEnd(reading);
+        CloseEnd(writing);
+        throw;
+    }
+}
+
+std::size_t Ffmpeg::Read(std::span<uint8_t> bytes, const std::function<void()>& check,
+                         const std::string& what) {
+    std::size_t filled = 0;
+    while (output_ >= 0 && filled < bytes.size()) {
+        check();
+        pollfd waits[] = {{output_, POLLIN, 0}, {complaints_, POLLIN, 0}};
+        if (poll(waits, std::size(waits), kCheckEveryMs) <= 0) continue;
+        if (waits[1].revents != 0) ReadComplaints();
+        if (waits[0].revents == 0) continue;
+        const ssize_t count = read(output_, bytes.data() + filled, bytes.size() - filled);
+        if (count > 0) filled += static_cast<std::size_t>(count);
+        if (count == 0) CloseEnd(output_);
+    }
+    if (output_ < 0 && child_ > 0) {
+        // What it says last may still be on its way.
+        while (complaints_ >= 0) {
+            pollfd wait = {complaints_, POLLIN, 0};
+            if (poll(&wait, 1, -1) > 0) ReadComplaints();
+        }
+        const int status = Wait(what);
+        // Without the stream that was asked for there is nothing to read, which is no error.
+        if (status != 0 && complaint_.find("does not contain any stream") == std::string::npos)
+            throw ToolError(what + ": cannot be read: " + LastComplaint(status));
+    }
+    return filled;
 }
 
 // The child has closed its standard error, as it does when it ends.
-void Ffmpeg::Wait(const std::string& what) {
+int Ffmpeg::Wait(const std::string& what) {
     int status = 0;
     while (waitpid(child_, &status, 0) < 0 && errno == EINTR) continue;
     child_ = -1;
-    while (!complaint_.empty() && complaint_.back() == '\n') complaint_.pop_back();
-    if (WIFSIGNALED(status)) {
-        throw ToolError(what + ": cannot be written: ffmpeg was ended by signal " +
-                        std::to_string(WTERMSIG(status)));
-    }
-    // Some errors while writing, a full disk among them, leave its exit status at 0.
-    if (WEXITSTATUS(status) == 0 && complaint_.empty()) return;
-    const auto line = complaint_.rfind('\n') + 1;
-    throw ToolError(what + ": cannot be written: ffmpeg: " +
-                    (complaint_.empty() ? "exit status " + std::to_string(WEXITSTATUS(status))
-                                        : complaint_.substr(line)));
+    if (WIFSIGNALED(status))
+        throw ToolError(what + ": ffmpeg was ended by signal " + std::to_string(WTERMSIG(status)));
+    return WEXITSTATUS(status);
+}
+
+std::string Ffmpeg::LastComplaint(int status) const {
+    const auto end = complaint_.find_last_not_of('\n');
+    if (end == std::string::npos) return "ffmpeg: exit status " + std::to_string(status);
+    const auto begin = complaint_.rfind('\n', end) + 1;
+    return "ffmpeg: " + complaint_.substr(begin, end + 1 - begin);
 }
 
 }  // namespace tools

@@ -28,8 +28,8 @@ public:
     // ToolError when there is no ffmpeg, or no process to be had.
     Ffmpeg(const std::vector<std::string>& arguments, std::size_t inputs, int output);
     ~Ffmpeg();
-    Ffmpeg(const Ffmpeg&) = delete;
-    Ffmpeg& operator=(const Ffmpeg&) = delete;
+    Ffmpeg(Ffmpeg&& other) noexcept;
+    Ffmpeg& operator=(Ffmpeg&&) = delete;
 
     static std::string InputName(std::size_t input);
 
@@ -39,8 +39,10 @@ public:
     void Feed(std::span<ByteSource* const> sources, const std::function<void()>& check,
               const std::string& what);
 
-    // For a child that writes to a pipe: notes complaints, waits for its end. As with Feed.
-    void Finish(const std::function<void()>& check, const std::string& what);
+    // For a child made by Reading: fills `bytes`, calling `check` as Feed does; a smaller result than asked
+    // for is the end. Throws ToolError when the child then ended with an error, whose words are about `what`.
+    static Ffmpeg Reading(const std::vector<std::string>& arguments);
+    std::size_t Read(std::span<uint8_t> bytes, const std::function<void()>& check, const std::string& what);
 
     // What to say to a person without the program.
     static const char* const kMissing;
@@ -58,10 +60,13 @@ private:
     void Write(Input& input);
     void ReadComplaints();
     void CloseInputs();
-    void Wait(const std::string& what);
+    // The child's exit status once it has ended. Throws ToolError where a signal ended it.
+    int Wait(const std::string& what);
+    std::string LastComplaint(int status) const;
 
     std::vector<Input> inputs_;
     int complaints_ = -1;  // the child's standard error
+    int output_ = -1;      // what it writes, where that is read here
     std::string complaint_;
     pid_t child_ = -1;
 };

@@ -11,9 +11,13 @@ namespace tools {
 
 const char* const kMakeHelp =
     R"(Usage: trvmake --sound FILE [--pictures FILE... --rate N] [--quality N] [-o] MESSAGE
+       trvmake --input FILE [--rate N] [--quality N] [-o] MESSAGE
 
-Writes a Trivelle message (.trv) from a sound file and, for a video message, from pictures.
+Writes a Trivelle message (.trv) from a sound file and, for a video message, from pictures;
+or from a film.
 
+  -i, --input FILE        a film or a sound file of any format that the program ffmpeg
+                          reads; a film's pictures are taken at the message's rate
   -s, --sound FILE        the speech: WAV, FLAC, Ogg, MP3 and other formats, at any rate;
                           channels are mixed, the result is 8000 samples per second
   -p, --pictures FILE...  pictures in any common image format, each scaled to fit
@@ -87,6 +91,9 @@ private:
             options_.help = true;
         } else if (name == "--version") {
             options_.version = true;
+        } else if (name == "-i" || name == "--input") {
+            if (!options_.input.empty()) throw UsageError("one input is enough");
+            options_.input = Value(name);
         } else if (name == "-s" || name == "--sound") {
             if (!options_.sound.empty()) throw UsageError("one sound file is enough");
             options_.sound = Value(name);
@@ -127,8 +134,16 @@ private:
             options_.message = options_.pictures.back();
             options_.pictures.pop_back();
         }
-        if (options_.sound.empty()) throw UsageError("no sound file (--sound FILE)");
+        const bool parts = !options_.sound.empty() || !options_.pictures.empty();
+        if (!options_.input.empty() && parts) throw UsageError("--input stands for --sound and --pictures");
+        if (options_.input.empty() && options_.sound.empty())
+            throw UsageError("no sound file (--sound FILE) and no film (--input FILE)");
         if (options_.message.empty()) throw UsageError("no message to write");
+        options_.rate_asked = rate_.has_value();
+        if (!options_.input.empty()) {
+            options_.rate = rate_.value_or(kDefaultRate);
+            return;
+        }
         if (rate_ && options_.pictures.empty()) throw UsageError("--rate needs --pictures");
         if (!options_.pictures.empty()) options_.rate = rate_.value_or(kDefaultRate);
     }
