@@ -164,8 +164,9 @@ protected:
         m_slack = 0;
         m_atOnce = true;
         m_timeShown = false;
-        m_traceKnown = false;
-        m_soundKnown = false;  // the decoder keeps the memory of what had been read ahead
+        m_levelsFrom = 0;
+        m_traceKnown = Current().rate == 0;  // empty
+        m_soundKnown = false;                // the decoder keeps the memory of what had been read ahead
     }
     void SetServerAway(bool away) {
         m_serverAway = away;
@@ -219,6 +220,7 @@ protected:
             ASSERT_NO_FATAL_FAILURE(FindIn(heard));
         }
         m_samples += samples;
+        if (!m_soundKnown) m_traceKnown = false;
         if (block.speed == kNormalSpeed && block.joins) m_slack += kMostJump;
         m_atOnce = false;
         m_timeShown = true;

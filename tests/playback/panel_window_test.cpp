@@ -1,23 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What the panel's windows show, and their end.
-#include "platform/framework/surface.h"
 #include "platform/framework/window.h"
 #include "res/resource.h"
 #include "tests/playback/player_fixture.h"
 
 namespace {
 
-class PanelWindow : public PlayerTest {
-protected:
-    // Pixels of a colour in the window's picture.
-    static int Count(HWND window, COLORREF color) {
-        const std::shared_ptr<Surface> surface = windows::SurfaceOf(window);
-        int count = 0;
-        for (int y = 0; y < surface->height(); ++y)
-            for (int x = 0; x < surface->width(); ++x) count += surface->pixel(x, y) == color;
-        return count;
-    }
-};
+using PanelWindow = PlayerTest;
 
 TEST_F(PanelWindow, MeasuresThatPixelsDependOn) {
     const auto client = [](const CWnd* window) {
@@ -29,44 +18,6 @@ TEST_F(PanelWindow, MeasuresThatPixelsDependOn) {
     EXPECT_EQ(client(Panel().GetDlgItem(IDC_PICTURE_FRAME)), std::pair(335 - 4, 255 - 4));
     EXPECT_EQ(client(CWnd::FromHandle(ChildOfFrame(0))), std::pair(331 - 2, 251 - 2));
     EXPECT_EQ(client(CWnd::FromHandle(ChildOfFrame(2))), std::pair(320, 240));
-}
-
-TEST_F(PanelWindow, BarAndTraceMoveWithTheSoundAndStopClearsThem) {
-    ASSERT_TRUE(Open(MessageBuilder(0, 100).Speech(10)));
-    const HWND bar = Panel().GetDlgItem(IDC_POSITION_BAR)->m_hWnd;
-    const HWND trace = ChildOfFrame(0);
-    constexpr COLORREF kGreen = RGB(0, 0xFF, 0);
-    HeadlessToolkit::Pump();
-    const int height = windows::SurfaceOf(bar)->height();
-    const int width = windows::SurfaceOf(bar)->width();
-    EXPECT_EQ(Count(bar, kGreen), 0);
-    EXPECT_EQ(Count(trace, kGreen), 0);
-
-    Panel().Play();
-    ASSERT_TRUE(Hear(50));
-    EXPECT_EQ(Count(bar, kGreen), width / 2 * height);
-    EXPECT_GT(Count(trace, kGreen), 90);
-    Panel().Stop();
-    HeadlessToolkit::Pump();
-    EXPECT_EQ(Count(bar, kGreen), 0);
-    EXPECT_EQ(Count(trace, kGreen), 0);
-
-    // The levels of sound that Stop has dropped do not come back: silence draws a level line.
-    Panel().Play();
-    WaitForReader();
-    ASSERT_TRUE(Open(MessageBuilder(0, 100).Silence(10), "silence.trv"));
-    Panel().Play();
-    ASSERT_TRUE(Hear(40));
-    const std::shared_ptr<Surface> surface = windows::SurfaceOf(trace);
-    int points = 0;
-    for (int y = 0; y < surface->height(); ++y) {
-        for (int x = surface->width() - 64; x < surface->width(); ++x) {
-            if (surface->pixel(x, y) != kGreen) continue;
-            ++points;
-            EXPECT_NEAR(y, surface->height() / 2, 3) << x;
-        }
-    }
-    EXPECT_GE(points, 58);
 }
 
 TEST_F(PanelWindow, ClosingTheWindowEndsWhateverPlays) {
