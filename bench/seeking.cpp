@@ -188,6 +188,7 @@ private:
         const std::vector<int16_t> heard = m_recording->Samples();
         std::vector<double> pictures;
         std::vector<double> sounds;
+        std::size_t nMissed = 0;
         std::size_t nWrong = 0;
         for (const Seek& seek : m_seeks) {
             if (seek.picture != Clock::time_point::max()) pictures.push_back(Ms(seek.picture - seek.key));
@@ -195,10 +196,11 @@ private:
             const double first = std::max(Ms(seek.key - m_recording->HeardAt(0)) * 8, 0.0);
             const auto from = heard.begin() +
                               static_cast<std::ptrdiff_t>(std::min(first, static_cast<double>(heard.size())));
-            const auto found = std::search(from, std::min(from + 8 * kPlayMs, heard.end()), expected.begin(),
-                                           expected.begin() + kSpeechFrameSamples);
-            if (heard.end() - found < std::ssize(expected)) {
-                ++nWrong;
+            const auto last = std::min(from + 8 * kPlayMs, heard.end());
+            const auto found =
+                std::search(from, last, expected.begin(), expected.begin() + kSpeechFrameSamples);
+            if (found == last || heard.end() - found < std::ssize(expected)) {
+                ++nMissed;
                 continue;
             }
             const auto at = static_cast<std::size_t>(found - heard.begin());
@@ -207,8 +209,8 @@ private:
         }
         Report("picture", pictures);
         Report("sound", sounds);
-        std::printf("%zu seeks, %zu without their picture, %zu with other samples than decoded in %zu\n",
-                    m_seeks.size(), m_seeks.size() - pictures.size(), nWrong, kCompared);
+        std::printf("%zu seeks: %zu without their picture, %zu not heard, %zu heard with other samples\n",
+                    m_seeks.size(), m_seeks.size() - pictures.size(), nMissed, nWrong);
     }
 
     const Material& m_material;
