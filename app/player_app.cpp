@@ -25,6 +25,7 @@ BOOL CPlayerApp::InitInstance() {
     strCompany.LoadString(IDS_REGISTRY_KEY);
     SetRegistryKey(strCompany);
     m_strAppName.LoadString(IDS_APP_TITLE);
+    SetAppID("com.trivelle.MessagePlayer");
     RegisterFileType();
 
     CString strPath;
@@ -66,6 +67,8 @@ void CPlayerApp::RegisterFileType() {
 }
 
 BOOL CPlayerApp::PreTranslateMessage(MSG* pMsg) {
-    if (pMsg->message == WM_KEYDOWN && (pMsg->wParam == VK_ESCAPE || pMsg->wParam == VK_RETURN)) return TRUE;
-    return CWinApp::PreTranslateMessage(pMsg);
+    // Windows see them, but the desktop's controls must not act on them.
+    const BOOL bKept =
+        pMsg->message == WM_KEYDOWN && (pMsg->wParam == VK_ESCAPE || pMsg->wParam == VK_RETURN);
+    return CWinApp::PreTranslateMessage(pMsg) || bKept;
 }

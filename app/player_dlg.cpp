@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/player_dlg.h"
 
+#include <algorithm>
+
 #include "app/about_dlg.h"
 #include "app/key_table.h"
 #include "app/play_commands.h"
@@ -9,6 +11,7 @@
 
 namespace {
 
+constexpr int kScaleStep = 25;  // per cent
 constexpr LPCTSTR kFileFilter = "Trivelle Message Files (*.trv)|*.trv||";
 constexpr LPCTSTR kOpenTitle = "Open Trivelle Message...";
 
@@ -50,6 +53,10 @@ ON_COMMAND(ID_PLAY_MUTE, OnMute)
 ON_COMMAND(ID_PLAY_SLOWER, OnSlower)
 ON_COMMAND(ID_PLAY_FASTER, OnFaster)
 ON_COMMAND(ID_PLAY_NORMAL_SPEED, OnNormalSpeed)
+ON_COMMAND(ID_VIEW_LARGER, OnLarger)
+ON_COMMAND(ID_VIEW_SMALLER, OnSmaller)
+ON_COMMAND(ID_VIEW_ORIGINAL_SIZE, OnOriginalSize)
+ON_COMMAND(ID_VIEW_FULL_SCREEN, OnFullScreen)
 ON_COMMAND(ID_HELP_ABOUT, OnHelpAbout)
 ON_BN_CLICKED(IDC_PLAY_PAUSE, OnPlayPause)
 ON_BN_CLICKED(IDC_STOP, OnStop)
@@ -102,6 +109,10 @@ BOOL CPlayerDlg::OnInitDialog() {
     SetCommandShortcut(ID_FILE_EXIT, "Ctrl+Q");
     SetCommandShortcut(ID_PLAY_PLAYPAUSE, "Media Play; Toggle Media Play/Pause; Media Pause");
     SetCommandShortcut(ID_PLAY_STOP, "Media Stop");
+    SetCommandShortcut(ID_VIEW_LARGER, "Ctrl++; Ctrl+=");
+    SetCommandShortcut(ID_VIEW_SMALLER, "Ctrl+-");
+    SetCommandShortcut(ID_VIEW_ORIGINAL_SIZE, "Ctrl+0");
+    SetCommandShortcut(ID_VIEW_FULL_SCREEN, "F11");
     DragAcceptFiles();
 
     m_pPanel = new CMessagePanel(&m_panelFrame);
@@ -123,6 +134,7 @@ void CPlayerDlg::PostNcDestroy() {
 
 void CPlayerDlg::OpenMessage(const CString& strPath) {
     const HWND hWnd = m_hWnd;
+    LeaveFullScreen();
 
     // The panel reports a missing sound device in a message box of its own.
     m_bModal = TRUE;
@@ -164,6 +176,7 @@ void CPlayerDlg::OnFileOpen() {
 
 void CPlayerDlg::OnFileClose() {
     if (!m_bOpen) return;
+    LeaveFullScreen();
     OnStop();
     m_bOpen = FALSE;
     m_pPanel->Close();
@@ -175,6 +188,7 @@ void CPlayerDlg::OnFileExit() {
 }
 
 void CPlayerDlg::OnClose() {
+    LeaveFullScreen();
     OnStop();
     m_pPanel->Close();
     CDialog::OnClose();
@@ -200,13 +214,19 @@ void CPlayerDlg::OnStop() {
 }
 
 BOOL CPlayerDlg::PreTranslateMessage(MSG* pMsg) {
+    if (pMsg->message == WM_LBUTTONDBLCLK && m_bOpen && m_pPanel->GetPicture() != nullptr &&
+        pMsg->hwnd == m_pPanel->GetPicture()->GetSafeHwnd()) {
+        OnFullScreen();
+        return TRUE;
+    }
+    if (pMsg->message == WM_KEYDOWN && pMsg->wParam == VK_ESCAPE) LeaveFullScreen();
     if (pMsg->message == WM_KEYDOWN) {
         const UINT nModifiers = (GetKeyState(static_cast<int>(VK_SHIFT)) < 0 ? MK_SHIFT : 0) |
                                 (GetKeyState(static_cast<int>(VK_CONTROL)) < 0 ? MK_CONTROL : 0);
         const CKeyCommand* pKey = FindKey(pMsg->wParam, nModifiers);
-        // A button is pressed by Space, as everywhere.
-        const BOOL bButtons =
-            pMsg->wParam == VK_SPACE && dynamic_cast<CButton*>(FromHandle(pMsg->hwnd)) != nullptr;
+        // A button is pressed by Space, as everywhere, unless nobody sees it.
+        const BOOL bButtons = pMsg->wParam == VK_SPACE && m_pFullScreen == nullptr &&
+                              dynamic_cast<CButton*>(FromHandle(pMsg->hwnd)) != nullptr;
         if (pKey != nullptr && !bButtons) {
             constexpr LPARAM kHeld = 0x40000000;
             if (pKey->bRepeats || (pMsg->lParam & kHeld) == 0) SendMessage(WM_COMMAND, pKey->nCommand);
@@ -303,6 +323,41 @@ LRESULT CPlayerDlg::OnVolumeClosed(WPARAM, LPARAM) {
     m_bVolumeShown = FALSE;
     ShowVolumeLatched(FALSE);
     return 0;
+}
+
+void CPlayerDlg::ScaleTo(int nPercent) {
+    constexpr int kLeast = 100;
+    constexpr int kMost = 300;
+    m_nScale = std::clamp(nPercent, kLeast, kMost);
+    SetContentScale(m_nScale);
+}
+
+void CPlayerDlg::OnLarger() {
+    ScaleTo(m_nScale + kScaleStep);
+}
+
+void CPlayerDlg::OnSmaller() {
+    ScaleTo(m_nScale - kScaleStep);
+}
+
+void CPlayerDlg::OnOriginalSize() {
+    ScaleTo(100);
+}
+
+void CPlayerDlg::OnFullScreen() {
+    if (m_pFullScreen != nullptr) {
+        LeaveFullScreen();
+        return;
+    }
+    if (!m_bOpen || m_pPanel->GetPicture() == nullptr) return;
+    m_pFullScreen = m_pPanel->GetPicture();
+    m_pFullScreen->ShowFullScreen(TRUE);
+}
+
+void CPlayerDlg::LeaveFullScreen() {
+    if (m_pFullScreen == nullptr) return;
+    m_pFullScreen->ShowFullScreen(FALSE);
+    m_pFullScreen = nullptr;
 }
 
 void CPlayerDlg::OnHelpAbout() {

@@ -22,7 +22,8 @@ public:
     // open afterwards. The window may be gone when this returns.
     void OpenMessage(const CString& strPath);
 
-    // Turns the keys of key_table.h, wherever the focus is in this window, into its commands.
+    // Turns the keys of key_table.h, wherever the focus is in this window, into its commands, and a double
+    // click on the picture into that for the whole screen, which Escape ends.
     BOOL PreTranslateMessage(MSG* pMsg) override;
 
 protected:
@@ -54,6 +55,10 @@ protected:
     afx_msg void OnSlower();
     afx_msg void OnFaster();
     afx_msg void OnNormalSpeed();
+    afx_msg void OnLarger();
+    afx_msg void OnSmaller();
+    afx_msg void OnOriginalSize();
+    afx_msg void OnFullScreen();
     afx_msg void OnHelpAbout();
     afx_msg void OnVolume();
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
@@ -70,6 +75,8 @@ private:
     void ChangeSpeed(int nSpeed);
     void Move(UINT nCommand);
     void StepPicture(int nPictures);
+    void ScaleTo(int nPercent);
+    void LeaveFullScreen();
     BOOL OpenMixer();
     void ChangeVolume(BOOL bLouder);
 
@@ -81,6 +88,8 @@ private:
     BOOL m_bPlaying = FALSE;
     BOOL m_bVolumeShown = FALSE;
     CString m_strTitle;                 // without the speed
+    int m_nScale = 100;                 // size of the windows' contents, in per cent
+    CWnd* m_pFullScreen = nullptr;      // the picture, while it has the whole screen
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
     CStatic m_panelFrame;
     CMixer m_mixer{

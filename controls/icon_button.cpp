@@ -110,21 +110,6 @@ LRESULT CIconButton::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     return CButton::DefWindowProc(message, wParam, lParam);
 }
 
-// One-pixel lines along the inside of the rectangle.
-void CIconButton::DrawEdge(CDC& dc, const RECT& rect, int nTopLeftColor, int nBottomRightColor) const {
-    CPen topLeft(PS_SOLID, 1, GetSysColor(nTopLeftColor));
-    CPen bottomRight(PS_SOLID, 1, GetSysColor(nBottomRightColor));
-    CPen* const pPrevPen = dc.SelectObject(&topLeft);
-    dc.MoveTo(rect.left, rect.bottom - 1);
-    dc.LineTo(rect.left, rect.top);
-    dc.LineTo(rect.right, rect.top);
-    dc.SelectObject(&bottomRight);
-    dc.MoveTo(rect.left, rect.bottom - 1);
-    dc.LineTo(rect.right - 1, rect.bottom - 1);
-    dc.LineTo(rect.right - 1, rect.top - 1);
-    dc.SelectObject(pPrevPen);
-}
-
 void CIconButton::DrawItem(DRAWITEMSTRUCT* pItem) {
     CDC& dc = *pItem->dc;
     CRect rect = pItem->rcItem;
@@ -134,9 +119,9 @@ void CIconButton::DrawItem(DRAWITEMSTRUCT* pItem) {
     CBrush face(GetSysColor(m_bLatched ? COLOR_GRAYTEXT : COLOR_BTNFACE));
     dc.FillRect(rect, &face);
     if (pressed) {
-        DrawEdge(dc, rect, COLOR_BTNSHADOW, COLOR_BTNHIGHLIGHT);
+        dc.Draw3dRect(rect, GetSysColor(COLOR_BTNSHADOW), GetSysColor(COLOR_BTNHIGHLIGHT));
     } else if (m_bHover) {
-        DrawEdge(dc, rect, COLOR_BTNHIGHLIGHT, COLOR_BTNSHADOW);
+        dc.Draw3dRect(rect, GetSysColor(COLOR_BTNHIGHLIGHT), GetSysColor(COLOR_BTNSHADOW));
     }
 
     CPoint at(rect.left + (rect.right - m_cxIcon - rect.left) / 2,

@@ -39,7 +39,6 @@ private:
     void RepaintNow();
     void CreateToolTip();
     void EndHover();
-    void DrawEdge(CDC& dc, const RECT& rect, int nTopLeftColor, int nBottomRightColor) const;
 
     HICON m_hHoverIcon = nullptr;
     HICON m_hNormalIcon = nullptr;  // may be the hover icon

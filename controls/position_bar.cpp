@@ -27,14 +27,6 @@ CString ClockText(std::int64_t nFrames) {
     return text;
 }
 
-// One-pixel lines along the inside of the rectangle.
-void DrawFrame(CDC& dc, const CRect& rect, COLORREF color) {
-    dc.FillSolidRect(rect.left, rect.top, rect.Width(), 1, color);
-    dc.FillSolidRect(rect.left, rect.bottom - 1, rect.Width(), 1, color);
-    dc.FillSolidRect(rect.left, rect.top, 1, rect.Height(), color);
-    dc.FillSolidRect(rect.right - 1, rect.top, 1, rect.Height(), color);
-}
-
 }  // namespace
 
 BEGIN_MESSAGE_MAP(CPositionBar, CStatic)
@@ -260,9 +252,9 @@ void CPositionBar::OnPaint() {
     dc.FillRect(CRect(band.nTail, client.top, band.nHead, client.bottom), &brushBar);
     if (m_bFocused) {
         // One of the two is seen, on the band and beside it.
-        DrawFrame(dc, client, RGB(0, 0, 0));
+        dc.Draw3dRect(client, RGB(0, 0, 0), RGB(0, 0, 0));
         client.InflateRect(-1, -1);
-        DrawFrame(dc, client, RGB(0xFF, 0xFF, 0xFF));
+        dc.Draw3dRect(client, RGB(0xFF, 0xFF, 0xFF), RGB(0xFF, 0xFF, 0xFF));
     }
 
     m_painted = band;

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kMargin = 4;
 constexpr int kGridRows = 5;
+constexpr int kShownReserve = 128;  // more than the panel's trace shows
 // How far inside the range a value at or beyond one of its ends is drawn.
 constexpr float kEdge = 0.001F;
 
@@ -18,6 +19,7 @@ constexpr float kEdge = 0.001F;
 BEGIN_MESSAGE_MAP(CWaveformWnd, CWnd)
 ON_WM_PAINT()
 ON_WM_SIZE()
+ON_MESSAGE(WM_DPICHANGED_AFTERPARENT, OnScaleChanged)
 END_MESSAGE_MAP()
 
 void CWaveformWnd::Canvas::Create(CDC* pWindowDC, int width, int height) {
@@ -36,6 +38,7 @@ void CWaveformWnd::Canvas::Free() {
 
 CWaveformWnd::CWaveformWnd() : m_penPlot(PS_SOLID, 0, m_clrPlot) {
     m_queue.Reserve(kQueueReserve);
+    m_shown.Reserve(kShownReserve);
 }
 
 CWaveformWnd::~CWaveformWnd() {
@@ -128,6 +131,11 @@ void CWaveformWnd::RecalcLayout() {
 }
 
 void CWaveformWnd::RedrawAll() {
+    m_shown.RemoveAll();
+    DrawCanvases();
+}
+
+void CWaveformWnd::DrawCanvases() {
     if (GetSafeHwnd() == nullptr) return;
     CClientDC dc(this);
     if (!m_grid.Exists()) m_grid.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
@@ -186,6 +194,9 @@ float CWaveformWnd::InRange(float fValue) const {
 
 void CWaveformWnd::AppendPoint(float fValue) {
     fValue = InRange(fValue);
+    if (m_shown.GetSize() == 0) m_shown.Add(m_fLast);
+    if (m_shown.GetSize() > GetVisibleCount()) m_shown.RemoveAt(0);
+    m_shown.Add(fValue);
     if (m_trace.Exists()) {
         CDC& dc = m_trace.dc;
         const CRect plot = m_rectPlot;
@@ -210,23 +221,36 @@ int CWaveformWnd::GetVisibleCount() const {
 
 // One line through all of them takes as long as a few that scroll.
 void CWaveformWnd::ShowValues(const float* pValues, int nCount) {
-    RedrawAll();
+    m_shown.RemoveAll();
     const int count = std::min(nCount, GetVisibleCount());
+    for (int i = nCount - count; i < nCount; ++i) m_shown.Add(InRange(pValues[i]));
+    DrawShown();
+}
+
+void CWaveformWnd::DrawShown() {
+    DrawCanvases();
+    const int count = m_shown.GetSize();
     if (count <= 0 || !m_trace.Exists()) return;
-    const float* const values = pValues + (nCount - count);
     const CRect plot = m_rectPlot;
     CDC& dc = m_trace.dc;
     CPen* const pPrevPen = dc.SelectObject(&m_penPlot);
     int x = plot.right - m_nHalfShift - (count - 1) * m_nShift;
-    dc.MoveTo(x, PlotY(InRange(values[0])));
+    dc.MoveTo(x, PlotY(m_shown.GetAt(0)));
     for (int i = 1; i < count; ++i) {
         x += m_nShift;
-        dc.LineTo(x, PlotY(InRange(values[i])));
+        dc.LineTo(x, PlotY(m_shown.GetAt(i)));
     }
     dc.SelectObject(pPrevPen);
     // What has scrolled out of the plot is not seen beside it.
     FillBackground(dc, CRect(0, plot.top, plot.left, plot.bottom + 1), m_clrBackground);
-    m_fLast = InRange(values[count - 1]);
+    m_fLast = m_shown.GetAt(count - 1);
+}
+
+LRESULT CWaveformWnd::OnScaleChanged(WPARAM, LPARAM) {
+    m_grid.Free();
+    m_trace.Free();
+    DrawShown();
+    return 0;
 }
 
 void CWaveformWnd::OnPaint() {

@@ -53,6 +53,7 @@ protected:
     DECLARE_MESSAGE_MAP()
     afx_msg void OnPaint();
     afx_msg void OnSize(UINT nType, int cx, int cy);
+    afx_msg LRESULT OnScaleChanged(WPARAM wParam, LPARAM lParam);
 
 private:
     // A picture kept between paints.
@@ -67,7 +68,9 @@ private:
 
     void RecalcLayout();
     void RedrawAll();
+    void DrawCanvases();
     void DrawGrid();
+    void DrawShown();
     float InRange(float fValue) const;
     int PlotY(float fValue) const;
 
@@ -84,8 +87,9 @@ private:
     CRect m_rectClient;
     CRect m_rectPlot;
     CPen m_penPlot;
-    Canvas m_grid;   // background, frame and grid
-    Canvas m_trace;  // the trace alone, on the background colour
+    Canvas m_grid;                 // background, frame and grid
+    Canvas m_trace;                // the trace alone, on the background colour
+    CArray<float, float> m_shown;  // what the trace is drawn of, to draw it again in another scale
     CArray<float, float> m_queue;
     CCriticalSection m_queueLock;
 };

@@ -74,6 +74,8 @@ public:
     // What the panel shows.
     enum ViewMode { kNoMessage = 0, kVoice = 1, kVideo = 2 };
     void SetViewMode(int nMode);
+    // The window of the pictures; null while none are shown.
+    CWnd* GetPicture() const { return m_nViewMode == kVideo ? m_pVideo : nullptr; }
 
     void OnBlockPlayed(int nSamples) override;
     void OnCallBegins() override;

@@ -21,6 +21,10 @@ int MsToNextTick(std::chrono::steady_clock::duration sinceTick, int periodMs) {
 
 }  // namespace
 
+BEGIN_MESSAGE_MAP(CVideoWnd, CWnd)
+ON_MESSAGE(WM_DPICHANGED_AFTERPARENT, OnScaleChanged)
+END_MESSAGE_MAP()
+
 CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nHeight, int nFramesPerSecond,
                      int nCapacity)
     : m_pParent(pParent),
@@ -149,6 +153,10 @@ void CVideoWnd::Stop() {
 }
 
 void CVideoWnd::Clear() {
+    {
+        const CSingleLock lock(&m_showLock);
+        m_bBlack = TRUE;
+    }
     InvalidateRect(nullptr, TRUE);
     // At once, so that a late erase can never take away the first picture of the next Play.
     UpdateWindow();
@@ -176,11 +184,22 @@ BOOL CVideoWnd::ShowUpTo(int nNumber) {
     CopyToBitmap(slot(0).pixels.get());
     m_nLastShown = slot(0).number;
     RemoveOldest();
+    m_bBlack = FALSE;
+    DrawFrame();
+    return TRUE;
+}
 
+void CVideoWnd::DrawFrame() {
     CClientDC dc(this);
     m_dcFrame.SetMapMode(dc.GetMapMode());
     dc.BitBlt(0, 0, m_nWidth, m_nHeight, &m_dcFrame, 0, 0, SRCCOPY);
-    return TRUE;
+}
+
+// The window's picture is new and black.
+LRESULT CVideoWnd::OnScaleChanged(WPARAM, LPARAM) {
+    const CSingleLock lock(&m_showLock);
+    if (!m_bBlack) DrawFrame();
+    return 0;
 }
 
 // The producer may write the slot again from here on.

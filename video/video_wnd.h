@@ -83,10 +83,13 @@ private:
         CVideoWnd* pWindow;
     };
 
+    DECLARE_MESSAGE_MAP()
+    afx_msg LRESULT OnScaleChanged(WPARAM wParam, LPARAM lParam);
     void CreateFrameBitmap();
     int PeriodMs() const { return (1000 / m_nFramesPerSecond * 100 + m_nSpeed / 2) / m_nSpeed; }
     BOOL StartPacing();
     BOOL ShowUpTo(int nNumber);
+    void DrawFrame();
     void RemoveOldest();
     void CopyToBitmap(const BYTE* pPicture);
     static void TimerProc(UINT nTimerId, UINT nMessage, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR);
@@ -112,6 +115,7 @@ private:
     int m_nWrite = 0;  // moved by the producer alone
     std::atomic<int> m_nCount = 0;
     std::atomic<int> m_nLastShown = -1;
+    BOOL m_bBlack = TRUE;                // no picture is seen; guarded by m_showLock
     std::atomic<BOOL> m_bDrops = FALSE;  // pictures cannot be shown
     BYTE* m_pDisplayBits = nullptr;      // the bitmap's pixels; null when it could not be made
     std::unique_ptr<CBitmap> m_pBitmap;

@@ -2,16 +2,19 @@
 // Device contexts, bitmaps, pens and brushes in the framework's shape.
 //
 // The drawing rules are the framework's: a line leaves out its end point, rectangles leave out right and
-// bottom, copies combine by copy or OR, nothing is smoothed. Logical units are pixels; the origin is the
-// only transformation. Differences from the framework: clip regions are rectangles, pens are one pixel wide,
-// a context owns nothing that is selected into it, and drawing on a window goes to its retained picture, so
-// it is allowed on any thread and never waits for the UI thread.
+// bottom, copies combine by copy or OR, nothing is smoothed. Logical units are pixels of 96 to the inch. A
+// window on a denser screen, or one whose contents are enlarged, has a picture of more pixels, and what is
+// drawn falls on these: rectangles by their edges, lines one device pixel wide, text and icons in their
+// larger size, other pictures stretched once and smoothly. Differences from the framework: clip regions are
+// rectangles, pens are one pixel wide, a context owns nothing that is selected into it, and drawing on a
+// window goes to its retained picture, so it is allowed on any thread and never waits for the UI thread.
 #pragma once
 
 #include <memory>
 #include <string>
 
 #include "platform/framework/afxtypes.h"
+#include "platform/framework/surface_scale.h"
 #include "platform/framework/wintypes.h"
 
 class CDC;
@@ -87,7 +90,8 @@ private:
 
 class CBitmap : public CGdiObject {
 public:
-    // A bitmap of the screen's format, all black. FALSE for an empty or absurd size.
+    // A bitmap of the screen's format and the context's scale, all black. The size is in logical units; no
+    // context counts as one of a memory bitmap's. FALSE for an empty or absurd size.
     BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
     // Takes the bitmap over; null is refused.
     BOOL Attach(HBITMAP bitmap);
@@ -108,9 +112,13 @@ public:
     CDC& operator=(const CDC&) = delete;
 
     // Turns this into a memory context with a one-pixel bitmap selected, as the framework does; FALSE when it
-    // has a target already. The context given does not matter: every context has the same format.
+    // has a target already. The context given does not matter: every context has the same format, and the
+    // scale is that of the bitmap that is selected.
     BOOL CreateCompatibleDC(CDC* dc);
     BOOL DeleteDC();
+
+    // Of the target; 1 without one. An addition.
+    const SurfaceScale& Scale() const { return m_scale; }
 
     // Selecting returns what was selected before; the object must live while it is selected. A bitmap goes
     // into memory contexts only, else null and nothing changes.
@@ -125,6 +133,7 @@ public:
     int SetMapMode(int mode);
     // The logical point that falls on the target's first pixel; returns the one before.
     CPoint SetWindowOrg(int x, int y);
+    // Moved by the origin. Both sides are in logical units.
     void LPtoDP(RECT* rect) const;
     void DPtoLP(RECT* rect) const;
     // Restricts drawing further to the rectangle.
@@ -135,13 +144,18 @@ public:
     void FillRect(const RECT* rect, CBrush* brush);
     // rop: BLACKNESS or WHITENESS; FALSE for any other.
     BOOL PatBlt(int x, int y, int cx, int cy, DWORD rop);
+    // The one-pixel edge along the inside of the rectangle; both lower corners and the upper right one have
+    // the second colour.
+    void Draw3dRect(const RECT* rect, COLORREF topLeft, COLORREF bottomRight);
     CPoint MoveTo(int x, int y);
     BOOL LineTo(int x, int y);
     BOOL Polyline(const POINT* points, int count);
-    // rop: SRCCOPY or SRCPAINT; FALSE for any other, or when either context has no target. No scaling.
+    // rop: SRCCOPY or SRCPAINT; FALSE for any other, or when either context has no target. A source of
+    // another scale is stretched, smoothly, and SRCCOPY only.
     BOOL BitBlt(int x, int y, int cx, int cy, CDC* source, int sx, int sy, DWORD rop);
     COLORREF GetPixel(int x, int y) const;
-    // Draws the icon in its own size. FALSE for no icon.
+    // Draws the icon in its own size, which is 32 logical pixels; UI thread where the target has another
+    // scale than 1. FALSE for no icon.
     BOOL DrawIcon(int x, int y, HICON icon);
     // flags: DST_ICON, with DSS_DISABLED for the embossed grey look (highlight colour one pixel right and
     // down of the shadow colour); FALSE for any other. Differences from the framework: the size is taken but
@@ -156,11 +170,13 @@ protected:
     void AttachSurface(std::shared_ptr<Surface> surface, const RECT& clip);
 
 private:
-    CPoint Device(int x, int y) const { return CPoint(x - m_origin.x, y - m_origin.y); }
+    CPoint Device(int x, int y) const;
     CRect Device(const RECT& rect) const;
+    void FillDevice(const RECT& rect, COLORREF color);
 
     std::shared_ptr<Surface> m_surface;
-    CRect m_clip;
+    SurfaceScale m_scale;  // the surface's
+    CRect m_clip;          // device pixels
     CPoint m_origin;
     CPoint m_position;
     CPen* m_pen = nullptr;

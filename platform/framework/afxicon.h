@@ -2,10 +2,12 @@
 // Icons and cursors.
 #pragma once
 
-#include "platform/framework/afxgdi.h"
-#include "platform/framework/wintypes.h"
+#include <optional>
+#include <vector>
 
-struct Image;
+#include "platform/framework/afxgdi.h"
+#include "platform/framework/image.h"
+#include "platform/framework/wintypes.h"
 
 inline constexpr UINT IMAGE_ICON = 1;
 inline constexpr UINT IMAGE_CURSOR = 2;
@@ -30,6 +32,13 @@ BOOL DeleteObject(HBITMAP bitmap);
 
 // The image behind a handle, null for an unknown one. Owned by the handle.
 const Image* IconImage(HICON icon);
+// The same in an edge length of so many device pixels, until the next call with another; UI thread where that
+// is not the icon's own.
+const Image* IconImage(HICON icon, int size);
+// Every picture of the icon in its own size, the smallest first, as the desktop shows it in various places.
+std::vector<Image> IconImages(HICON icon);
+// A picture of the resources, nearest in size and scaled to it; nothing when there is none. UI thread.
+std::optional<Image> LoadIconOfSize(unsigned id, int size);
 
 // Makes it the cursor over the window that is handling WM_SETCURSOR; returns the one before. Difference from
 // the framework: it is that window's until the window sets another, wherever the pointer is.

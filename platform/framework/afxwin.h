@@ -103,6 +103,10 @@ public:
     virtual AccessibleValue* GetAccessibleValue() { return nullptr; }
     // Tells them that it has changed.
     void AnnounceValue();
+    // Addition to the framework: shows a child window alone on the whole screen, in place of its top-level
+    // window's contents, as large as it fits and black around it; or in its place again. The keyboard stays
+    // the top-level window's.
+    void ShowFullScreen(BOOL full);
     // Lets files be dropped on the window (WM_DROPFILES).
     void DragAcceptFiles(BOOL accept = TRUE);
     // A modal message box over this window; type MB_OK or MB_ICONERROR, another ends the program with a
@@ -240,6 +244,10 @@ public:
     void SetRegistryKey(LPCTSTR company) { m_registryKey = company; }
     void Enable3dControls() {}
 
+    // The name of the program's desktop entry, by which the desktop knows its windows. Before the first
+    // window.
+    void SetAppID(LPCTSTR id);
+
     CWnd* m_pMainWnd = nullptr;  // when this window is destroyed, Run returns
     int m_nCmdShow = SW_SHOWNORMAL;
     CString m_strAppName;         // what assistive programs call the program; in place of m_pszAppName
@@ -251,6 +259,10 @@ private:
     int m_argc = 0;
     char** m_argv = nullptr;
 };
+
+// Addition to the framework: how large the contents of all windows are, in per cent of what the screen's
+// scale gives them. UI thread.
+void SetContentScale(int percent);
 
 CWinApp* AfxGetApp();
 CWnd* AfxGetMainWnd();

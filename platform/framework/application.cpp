@@ -25,6 +25,10 @@ CWnd* AfxGetMainWnd() {
     return g_app == nullptr ? nullptr : g_app->m_pMainWnd;
 }
 
+void CWinApp::SetAppID(LPCTSTR id) {
+    Toolkit()->SetAppId(id);
+}
+
 int CWinApp::Run() {
     if (m_pMainWnd != nullptr) Toolkit()->Run();
     return ExitInstance();

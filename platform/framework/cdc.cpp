@@ -22,12 +22,19 @@ CDC::~CDC() = default;
 
 void CDC::AttachSurface(std::shared_ptr<Surface> surface, const RECT& clip) {
     m_surface = std::move(surface);
+    m_scale = m_surface->scale();
     m_clip = clip;
 }
 
+// The origin is rounded by itself, so that what is drawn off-screen falls as it would on the target.
+CPoint CDC::Device(int x, int y) const {
+    const CPoint origin = m_scale.Device(m_origin.x, m_origin.y);
+    const CPoint at = m_scale.Device(x, y);
+    return CPoint(at.x - origin.x, at.y - origin.y);
+}
+
 CRect CDC::Device(const RECT& rect) const {
-    return CRect(rect.left - m_origin.x, rect.top - m_origin.y, rect.right - m_origin.x,
-                 rect.bottom - m_origin.y);
+    return CRect(Device(rect.left, rect.top), Device(rect.right, rect.bottom));
 }
 
 BOOL CDC::CreateCompatibleDC(CDC*) {
@@ -75,7 +82,9 @@ CPoint CDC::SetWindowOrg(int x, int y) {
 }
 
 void CDC::LPtoDP(RECT* rect) const {
-    *rect = Device(*rect);
+    CRect moved(*rect);
+    moved.OffsetRect(-m_origin.x, -m_origin.y);
+    *rect = moved;
 }
 
 void CDC::DPtoLP(RECT* rect) const {
@@ -91,7 +100,11 @@ int CDC::IntersectClipRect(const RECT* rect) {
 }
 
 void CDC::FillSolidRect(const RECT* rect, COLORREF color) {
-    if (m_surface != nullptr) m_surface->Fill(Device(*rect), color, m_clip);
+    FillDevice(Device(*rect), color);
+}
+
+void CDC::FillDevice(const RECT& rect, COLORREF color) {
+    if (m_surface != nullptr) m_surface->Fill(rect, color, m_clip);
 }
 
 void CDC::FillSolidRect(int x, int y, int cx, int cy, COLORREF color) {
@@ -107,6 +120,14 @@ BOOL CDC::PatBlt(int x, int y, int cx, int cy, DWORD rop) {
     if (rop != BLACKNESS && rop != WHITENESS) return FALSE;
     FillSolidRect(x, y, cx, cy, rop == BLACKNESS ? RGB(0, 0, 0) : RGB(255, 255, 255));
     return TRUE;
+}
+
+void CDC::Draw3dRect(const RECT* rect, COLORREF topLeft, COLORREF bottomRight) {
+    const CRect r = Device(*rect);
+    FillDevice(CRect(r.left, r.top, r.right, r.top + 1), topLeft);
+    FillDevice(CRect(r.left, r.top, r.left + 1, r.bottom), topLeft);
+    FillDevice(CRect(r.right - 1, r.top, r.right, r.bottom), bottomRight);
+    FillDevice(CRect(r.left, r.bottom - 1, r.right, r.bottom), bottomRight);
 }
 
 CPoint CDC::MoveTo(int x, int y) {
@@ -138,9 +159,15 @@ BOOL CDC::BitBlt(int x, int y, int cx, int cy, CDC* source, int sx, int sy, DWOR
     if ((rop != SRCCOPY && rop != SRCPAINT) || m_surface == nullptr || source == nullptr ||
         source->m_surface == nullptr)
         return FALSE;
-    const CPoint from = source->Device(sx, sy);
-    m_surface->Copy(Device(CRect(x, y, x + cx, y + cy)), *source->m_surface, from.x, from.y,
-                    rop == SRCCOPY ? Surface::Raster::kCopy : Surface::Raster::kOr, m_clip);
+    const CRect area = Device(CRect(x, y, x + cx, y + cy));
+    const CRect from = source->Device(CRect(sx, sy, sx + cx, sy + cy));
+    if (source->m_scale == m_scale) {
+        m_surface->Copy(area, *source->m_surface, from.left, from.top,
+                        rop == SRCCOPY ? Surface::Raster::kCopy : Surface::Raster::kOr, m_clip);
+        return TRUE;
+    }
+    if (rop != SRCCOPY) return FALSE;
+    m_surface->Stretch(area, *source->m_surface, from, m_clip);
     return TRUE;
 }
 
@@ -150,7 +177,7 @@ COLORREF CDC::GetPixel(int x, int y) const {
 }
 
 BOOL CDC::DrawIcon(int x, int y, HICON icon) {
-    const Image* image = IconImage(icon);
+    const Image* image = IconImage(icon, m_scale.Length(GetSystemMetrics(SM_CXICON)));
     if (image == nullptr || m_surface == nullptr) return FALSE;
     const CPoint at = Device(x, y);
     m_surface->Blend(at.x, at.y, image->pixels.data(), image->width, image->height, m_clip);
@@ -160,13 +187,14 @@ BOOL CDC::DrawIcon(int x, int y, HICON icon) {
 BOOL CDC::DrawState(POINT at, SIZE, HICON icon, UINT flags) {
     if ((flags & ~DSS_DISABLED) != DST_ICON) return FALSE;
     if ((flags & DSS_DISABLED) == 0) return DrawIcon(at.x, at.y, icon);
-    const Image* image = IconImage(icon);
+    const Image* image = IconImage(icon, m_scale.Length(GetSystemMetrics(SM_CXICON)));
     if (image == nullptr || m_surface == nullptr) return FALSE;
     // The embossed look: the icon's shape in the highlight colour, and over it, one pixel up and left, in the
     // shadow colour.
     const CPoint origin = Device(at.x, at.y);
     Image shape = *image;
-    for (const auto& [offset, index] : {std::pair(1, COLOR_BTNHIGHLIGHT), std::pair(0, COLOR_BTNSHADOW)}) {
+    for (const auto& [offset, index] :
+         {std::pair(static_cast<int>(m_scale.factor), COLOR_BTNHIGHLIGHT), std::pair(0, COLOR_BTNSHADOW)}) {
         const COLORREF color = GetSysColor(index);
         const std::uint32_t rgb = static_cast<std::uint32_t>(GetRValue(color)) << 16U |
                                   static_cast<std::uint32_t>(GetGValue(color)) << 8U | GetBValue(color);
@@ -185,6 +213,7 @@ void CDC::DrawText(const std::string& text, const RECT& rect, DWORD format, COLO
     if (inside.IntersectRect(&device, &m_clip) == FALSE) return;
     Surface& surface = *m_surface;
     surface.Paint(inside, [&](std::uint32_t* pixels) {
-        toolkit->DrawText(pixels, surface.width(), surface.height(), text, device, format, color);
+        toolkit->DrawText(pixels, surface.width(), surface.height(), text, device, format, color,
+                          surface.scale().factor);
     });
 }

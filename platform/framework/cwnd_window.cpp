@@ -111,7 +111,7 @@ void CWnd::MoveWindow(const RECT* rect, BOOL repaint) {
     window->native->Place(window->rect);
     const CRect client = window->ClientRect();
     if (client.Width() != before.Width() || client.Height() != before.Height()) {
-        windows::ReplaceSurface(*window, client.Width(), client.Height());
+        windows::ReplaceSurface(*window);
         windows::Invalidate(*window, client, true);
         windows::Call(m_hWnd, WM_SIZE, 0, static_cast<LPARAM>(client.bottom << 16 | client.right));
     }
@@ -138,19 +138,11 @@ void CWnd::GetClientRect(RECT* rect) const {
 }
 
 void CWnd::ClientToScreen(POINT* point) const {
-    const Window* window = windows::Find(m_hWnd);
-    if (window == nullptr) return;
-    const CPoint origin = window->native->ClientOrigin();
-    point->x += origin.x;
-    point->y += origin.y;
+    if (const Window* window = windows::Find(m_hWnd)) *point = window->native->ToScreen(*point);
 }
 
 void CWnd::ScreenToClient(POINT* point) const {
-    const Window* window = windows::Find(m_hWnd);
-    if (window == nullptr) return;
-    const CPoint origin = window->native->ClientOrigin();
-    point->x -= origin.x;
-    point->y -= origin.y;
+    if (const Window* window = windows::Find(m_hWnd)) *point = window->native->FromScreen(*point);
 }
 
 void CWnd::SetWindowText(LPCTSTR text) {
@@ -272,6 +264,22 @@ void CWnd::SetAccessibleName(LPCTSTR name) {
 
 void CWnd::AnnounceValue() {
     if (m_hWnd != nullptr && Toolkit() != nullptr) Toolkit()->AnnounceValue(m_hWnd);
+}
+
+void CWnd::ShowFullScreen(BOOL full) {
+    Window* window = windows::Find(m_hWnd);
+    if (window == nullptr || window->parent == nullptr) return;
+    window->native->ShowFullScreen(full != FALSE);
+    windows::Rescale();
+}
+
+void SetContentScale(int percent) {
+    Toolkit()->SetContentScale(percent / 100.0);
+    for (const HWND handle : windows::All()) {
+        const Window* window = windows::Find(handle);
+        window->native->Place(window->rect);
+    }
+    windows::Rescale();
 }
 
 void CWnd::DragAcceptFiles(BOOL accept) {

@@ -79,8 +79,8 @@ LRESULT CallDefault(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_SYSCOMMAND:
             return DefaultSysCommand(*window, wParam);
         case WM_SETICON:
-            if (const Image* image = IconImage(reinterpret_cast<HICON>(lParam)))
-                window->native->SetIcon(*image);
+            // The desktop chooses among the sizes itself.
+            if (wParam == ICON_BIG) window->native->SetIcon(IconImages(reinterpret_cast<HICON>(lParam)));
             return 0;
         case WM_SETCURSOR:
             window->native->SetCursor(nullptr);

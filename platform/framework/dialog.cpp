@@ -84,6 +84,7 @@ void AddControl(Window& dialog, const resources::DialogItem& item) {
     control->text = item.text;
     control->hasFace = control->kind == Window::Kind::kStatic;
     if (item.resource != 0) {
+        control->pictureId = item.resource;
         control->picture = control->StaticType() == SS_ICON
                                ? resources::LoadIcon(item.resource, GetSystemMetrics(SM_CXICON))
                                : resources::LoadBitmap(item.resource);

@@ -38,9 +38,13 @@ BOOL CPen::DeleteObject() {
     return TRUE;
 }
 
-BOOL CBitmap::CreateCompatibleBitmap(CDC*, int width, int height) {
-    if (!SaneSize(width, height)) return FALSE;
-    m_pixels = std::make_shared<Surface>(width, height);
+BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height) {
+    const SurfaceScale scale = dc == nullptr ? SurfaceScale() : dc->Scale();
+    // One pixel more than needed wherever the rounding of an area's two ends may take it.
+    const CPoint size = scale.Device(width, height);
+    const int more = scale == SurfaceScale() ? 0 : 1;
+    if (!SaneSize(width, height) || !SaneSize(size.x + more, size.y + more)) return FALSE;
+    m_pixels = std::make_shared<Surface>(size.x + more, size.y + more, scale);
     return TRUE;
 }
 

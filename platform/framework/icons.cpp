@@ -3,24 +3,30 @@
 
 #include "platform/framework/handle_table.h"
 #include "platform/framework/image.h"
+#include "platform/framework/native.h"
 #include "platform/framework/resources.h"
 #include "platform/framework/surface.h"
 #include "platform/framework/winuser.h"
 
 namespace {
 
-HandleTable<Image, HICON> g_images;
+struct Icon {
+    unsigned id;
+    Image image;
+    Image resized;  // as last asked for in another size
+};
+HandleTable<Icon, HICON> g_icons;
 
 }  // namespace
 
 HICON LoadImage(UINT id, UINT type) {
     const int size = GetSystemMetrics(SM_CXICON);
     auto image = type == IMAGE_CURSOR ? resources::LoadCursor(id, size) : resources::LoadIcon(id, size);
-    return image.has_value() ? g_images.Add(std::make_shared<Image>(std::move(*image))) : nullptr;
+    return image.has_value() ? g_icons.Add(std::make_shared<Icon>(id, std::move(*image), Image())) : nullptr;
 }
 
 BOOL DestroyIcon(HICON icon) {
-    return g_images.Remove(icon) == nullptr ? FALSE : TRUE;
+    return g_icons.Remove(icon) == nullptr ? FALSE : TRUE;
 }
 
 BOOL DestroyCursor(HCURSOR cursor) {
@@ -28,7 +34,32 @@ BOOL DestroyCursor(HCURSOR cursor) {
 }
 
 const Image* IconImage(HICON icon) {
-    return g_images.Find(icon).get();
+    const std::shared_ptr<Icon> found = g_icons.Find(icon);
+    return found == nullptr ? nullptr : &found->image;
+}
+
+const Image* IconImage(HICON icon, int size) {
+    const std::shared_ptr<Icon> found = g_icons.Find(icon);
+    if (found == nullptr || size == found->image.width) return found == nullptr ? nullptr : &found->image;
+    if (found->resized.width != size)
+        if (auto resized = LoadIconOfSize(found->id, size)) found->resized = std::move(*resized);
+    return &found->resized;
+}
+
+std::vector<Image> IconImages(HICON icon) {
+    std::vector<Image> images;
+    const std::shared_ptr<Icon> found = g_icons.Find(icon);
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        auto image = found == nullptr ? std::nullopt : resources::LoadIcon(found->id, size);
+        if (image.has_value() && image->width == size) images.push_back(std::move(*image));
+    }
+    return images;
+}
+
+std::optional<Image> LoadIconOfSize(unsigned id, int size) {
+    auto image = resources::LoadIcon(id, size);
+    if (image.has_value() && image->width != size) image = Toolkit()->ScaleImage(*image, size, size);
+    return image;
 }
 
 BOOL GetIconInfo(HICON icon, ICONINFO* info) {

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ public:
     // The outer rectangle in the parent's client coordinates; of a top-level window only the size counts.
     virtual void Place(const RECT& rect) = 0;
     virtual void CenterOnScreen() = 0;
+    // Shows a child alone on the whole screen, as large as it fits and black around it, or in its place
+    // again.
+    virtual void ShowFullScreen(bool full) = 0;
     // cmdShow: SW_…
     virtual void Show(int cmdShow) = 0;
     virtual void Enable(bool enable) = 0;
@@ -31,13 +35,22 @@ public:
     virtual bool IsMinimized() const = 0;
     // Null for the arrow.
     virtual void SetCursor(const Image* cursor) = 0;
-    virtual void SetIcon(const Image& icon) = 0;
+    // One icon in several sizes.
+    virtual void SetIcon(const std::vector<Image>& sizes) = 0;
     virtual void AcceptDrops(bool accept) = 0;
     virtual void SetShortcut(unsigned command, const std::string& shortcuts) = 0;
-    // Shows this part of the window's picture.
+    // The client area as it is on the screen now, and how many device pixels a logical one has there.
+    struct Extent {
+        int width;
+        int height;
+        double factor;
+    };
+    virtual Extent DeviceExtent() const = 0;
+    // Shows this part of the window's picture, in device pixels.
     virtual void ShowSurface(const RECT& area) = 0;
-    // The client area's first pixel on the screen.
-    virtual CPoint ClientOrigin() const = 0;
+    // Where a point of the client area is on the screen, and back. The screen's units are the toolkit's.
+    virtual CPoint ToScreen(POINT client) const = 0;
+    virtual CPoint FromScreen(POINT screen) const = 0;
     virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
     virtual bool StopTimer(std::uintptr_t id) = 0;
     // Messages of the standard controls (BM_…, TBM_…), and the control's own reaction to an input message
@@ -68,11 +81,21 @@ public:
     virtual std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
                                                   const std::vector<std::string>& filters) = 0;
 
+    // The name of the program's desktop entry, without its extension.
+    virtual void SetAppId(const std::string& id) = 0;
+    // How much larger than on the screen's own scale the contents of windows are. Windows follow when they
+    // are placed next.
+    virtual void SetContentScale(double scale) = 0;
     virtual COLORREF SystemColor(int index) = 0;
-    // Draws one line of text over width x height pixels; see CDC::DrawText.
+    // Draws one line of text, scale times as large, over width x height pixels; see CDC::DrawText. The
+    // rectangle is in device pixels.
     virtual void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,
-                          const RECT& rect, DWORD format, COLORREF color) = 0;
-    // Size of one line of text in the dialogs' face.
+                          const RECT& rect, DWORD format, COLORREF color, double scale) = 0;
+    // A picture of any common file format; nothing when it is none.
+    virtual std::optional<Image> DecodePicture(std::span<const std::uint8_t> file) = 0;
+    // Smoothly.
+    virtual Image ScaleImage(const Image& image, int width, int height) = 0;
+    // Size of one line of text in the dialogs' face, in logical units.
     virtual SIZE TextExtent(const std::string& text) = 0;
 
     virtual HWND ActiveWindow() = 0;

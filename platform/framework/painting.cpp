@@ -40,10 +40,28 @@ CRect BeginPaint(Window& window, bool* erased) {
     *erased = false;
     const std::optional<COLORREF> ground = window.Ground();
     if (erase && area.IsRectEmpty() == FALSE && ground.has_value()) {
-        window.surface->Fill(area, *ground, area);
+        const CRect device = window.surface->scale().Device(area);
+        window.surface->Fill(device, *ground, device);
         *erased = true;
     }
     return area;
+}
+
+void Rescale() {
+    std::vector<HWND> changed;
+    for (const HWND handle : All()) {
+        Window* window = Find(handle);
+        const NativeWidget::Extent extent = window->native->DeviceExtent();
+        const Surface& surface = *window->surface;
+        if (surface.width() == extent.width && surface.height() == extent.height &&
+            surface.scale().factor == extent.factor)
+            continue;
+        ReplaceSurface(*window);
+        Invalidate(*window, window->ClientRect(), true);
+        changed.push_back(handle);
+    }
+    for (const HWND handle : changed) PaintNow(handle);
+    for (const HWND handle : changed) Call(handle, WM_DPICHANGED_AFTERPARENT, 0, 0);
 }
 
 void SystemColorsChanged() {

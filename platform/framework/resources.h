@@ -83,7 +83,7 @@ std::string LoadString(unsigned id);
 
 // The picture of an icon that fits an edge length of size pixels best: that very size, else the next larger,
 // else the largest. Nothing is scaled. The hot spot is the picture's centre. Pictures of 4, 8, 24 and 32 bits
-// are decoded; PNG-compressed ones are left out.
+// are decoded, PNG-compressed ones by the toolkit; without one they are left out.
 std::optional<Image> LoadIcon(unsigned id, int size);
 
 // A cursor's picture that fits best, as for icons, with its hot spot.

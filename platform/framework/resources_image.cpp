@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/framework/native.h"
 #include "platform/framework/resources.h"
 #include "platform/framework/resources_reader.h"
 #include "platform/framework/unsupported.h"
@@ -83,6 +84,21 @@ Image Decode(const Dib& dib) {
     return image;
 }
 
+bool IsPng(std::span<const std::uint8_t> picture) {
+    constexpr std::uint32_t kSignature = 0x474E5089U;
+    return picture.size() >= 24 && Reader(picture).U32() == kSignature;
+}
+
+// 0 for a picture that cannot be decoded: a compressed one is the toolkit's.
+int WidthOf(std::span<const std::uint8_t> picture) {
+    Reader reader(picture);
+    if (!IsPng(picture)) {
+        reader.Skip(4);
+        return reader.I32();
+    }
+    return Toolkit() == nullptr ? 0 : picture[18] << 8 | picture[19];
+}
+
 // The group's own figures are not needed: each picture's header has them.
 std::optional<Image> LoadBest(unsigned groupType, unsigned id, int size) {
     const auto group = Find(groupType, id);
@@ -90,7 +106,7 @@ std::optional<Image> LoadBest(unsigned groupType, unsigned id, int size) {
     const bool cursor = groupType == kGroupCursor;
     // Widths that fit come before those that do not, the nearest first.
     const auto rank = [size](int width) { return width >= size ? width : 0x10000 - width; };
-    std::optional<Dib> best;
+    std::span<const std::uint8_t> best;
     int hotX = 0;
     int hotY = 0;
     Reader reader(*group);
@@ -103,17 +119,17 @@ std::optional<Image> LoadBest(unsigned groupType, unsigned id, int size) {
         const int x = cursor ? picture.I16() : 0;
         const int y = cursor ? picture.I16() : 0;
         const auto bitmap = picture.Bytes(picture.Left());
-        if (Reader(bitmap).U32() != kHeaderSize) continue;  // compressed as PNG
-        const Dib dib = ReadDib(bitmap, true);
-        if (best && rank(best->width) <= rank(dib.width)) continue;
-        best = dib;
-        hotX = cursor ? x : dib.width / 2;
-        hotY = cursor ? y : dib.height / 2;
+        const int width = WidthOf(bitmap);
+        if (width == 0 || (!best.empty() && rank(WidthOf(best)) <= rank(width))) continue;
+        best = bitmap;
+        hotX = x;
+        hotY = y;
     }
-    if (!best) return std::nullopt;
-    Image image = Decode(*best);
-    image.hotX = hotX;
-    image.hotY = hotY;
+    if (best.empty()) return std::nullopt;
+    std::optional<Image> image = IsPng(best) ? Toolkit()->DecodePicture(best) : Decode(ReadDib(best, true));
+    if (!image.has_value()) return std::nullopt;
+    image->hotX = cursor ? hotX : image->width / 2;
+    image->hotY = cursor ? hotY : image->height / 2;
     return image;
 }
 

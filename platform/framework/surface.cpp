@@ -25,8 +25,12 @@ CRect Intersection(const RECT& a, const RECT& b) {
 
 }  // namespace
 
-Surface::Surface(int width, int height)
-    : m_width(std::max(width, 0)), m_height(std::max(height, 0)), m_pixels(Area(width, height), kOpaque) {}
+Surface::Surface(int width, int height, SurfaceScale scale)
+    : m_width(std::max(width, 0)),
+      m_height(std::max(height, 0)),
+      m_scale(scale),
+      m_pixels(Area(width, height), kOpaque),
+      m_stretched(scale == SurfaceScale() ? 0 : Area(width, 2)) {}
 
 Surface::Surface(DibTag, int width, int height) : m_width(width), m_height(height) {
     m_dib.resize(Area(dibStride(), height));

@@ -6,14 +6,17 @@
 #pragma once
 
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "platform/framework/afxtypes.h"
+#include "platform/framework/surface_scale.h"
 
 class Surface {
 public:
-    // 32-bit pixels 0xFFRRGGBB, row 0 on top, all black. A negative size counts as 0.
-    Surface(int width, int height);
+    // 32-bit pixels 0xFFRRGGBB, row 0 on top, all black. The size is in device pixels; a negative one counts
+    // as 0.
+    Surface(int width, int height, SurfaceScale scale = {});
 
     // 24-bit pixels B, G, R in bottom-up rows padded to four bytes, the layout of a device-independent
     // bitmap, all black; the pixels lie at dibBits() for the caller to write. Positive sizes only.
@@ -22,6 +25,7 @@ public:
 
     int width() const { return m_width; }
     int height() const { return m_height; }
+    const SurfaceScale& scale() const { return m_scale; }
     bool isDib() const { return !m_dib.empty(); }
     // Pixels of a 32-bit surface, row after row without gaps; hold mutex() while reading.
     const std::uint32_t* pixels() const { return m_pixels.data(); }
@@ -32,14 +36,17 @@ public:
     // A pixel as COLORREF (0 outside).
     COLORREF pixel(int x, int y) const;
 
-    // The drawing operations; every area is cut to the clip and the surface. Surfaces that are DIBs serve as
-    // sources only.
+    // The drawing operations, in device pixels; every area is cut to the clip and the surface. Surfaces that
+    // are DIBs serve as sources only.
     void Fill(const RECT& area, COLORREF color, const RECT& clip);
     // A one-pixel line that leaves out its end point (Bresenham's algorithm).
     void Line(POINT from, POINT to, COLORREF color, const RECT& clip);
     enum class Raster { kCopy, kOr };
     // Copies from (sx, sy) of the source, which may be this surface with an overlapping area.
     void Copy(const RECT& area, Surface& source, int sx, int sy, Raster raster, const RECT& clip);
+    // Fills the area with a part of another surface, smoothly (bilinear). A part that is not wholly inside
+    // the source draws nothing. Allocates nothing.
+    void Stretch(const RECT& area, Surface& source, const RECT& from, const RECT& clip);
     // Blends straight-alpha 0xAARRGGBB pixels (width x height, row 0 on top) over the surface.
     void Blend(int x, int y, const std::uint32_t* image, int width, int height, const RECT& clip);
 
@@ -56,6 +63,9 @@ public:
 
 private:
     void AddDamage(const RECT& area);
+    // Row y of a source as it is under the columns of the area from left on.
+    static void StretchRow(const Surface& source, const CRect& from, int y, const CRect& area, int left,
+                           std::span<std::uint32_t> to);
     CRect Bounds() const { return CRect(0, 0, m_width, m_height); }
     std::uint32_t ReadPixel(int x, int y) const;
     // Where a pixel inside the picture lies; y counts from the top in both layouts.
@@ -69,7 +79,9 @@ private:
 
     int m_width;
     int m_height;
+    SurfaceScale m_scale;
     std::vector<std::uint32_t> m_pixels;
+    std::vector<std::uint32_t> m_stretched;  // two rows to stretch by; none where nothing is stretched
     std::vector<std::uint8_t> m_dib;
     mutable std::mutex m_mutex;
     CRect m_damage;

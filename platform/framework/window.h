@@ -50,7 +50,8 @@ struct Window {
     CRect rect;  // outer, in the parent's client coordinates; a top-level window's is its client area at 0, 0
     int border = 0;  // pixels on each side that the styles take from the client area
     std::string text;
-    std::optional<Image> picture;        // SS_ICON, SS_BITMAP
+    std::optional<Image> picture;        // SS_ICON, SS_BITMAP, in logical pixels
+    unsigned pictureId = 0;              // its resource
     std::optional<COLORREF> background;  // what erasing fills with, of a class of the program's own
     bool hasFace = false;                // erases with the desktop's face colour instead
     bool redrawOnResize = false;
@@ -83,7 +84,11 @@ bool Lives(HWND handle);
 std::unique_lock<std::mutex> Keep(HWND handle);
 // The window's picture, null when there is no such window. Any thread.
 std::shared_ptr<Surface> SurfaceOf(HWND handle);
-void ReplaceSurface(Window& window, int width, int height);
+// Creates a new picture for the window, in the size that it has on the screen now.
+void ReplaceSurface(Window& window);
+// The screen's scale or the size of the contents may have changed: windows whose pictures no longer fit get
+// new ones, are painted, and notified by WM_DPICHANGED_AFTERPARENT. UI thread.
+void Rescale();
 // Notes that the window's picture was drawn on, and has the toolkit show it soon. Any thread.
 void SurfaceDrawn(HWND handle);
 

@@ -24,7 +24,7 @@ CPaintDC::CPaintDC(HWND window) : m_ps{FALSE, {0, 0, 0, 0}}, m_hWnd(window) {
     const CRect area = windows::BeginPaint(*record, &erased);
     m_ps.rcPaint = area;
     m_ps.fErase = erased ? FALSE : TRUE;
-    AttachSurface(record->surface, area);
+    AttachSurface(record->surface, record->surface->scale().Device(area));
 }
 
 CPaintDC::~CPaintDC() {

@@ -24,8 +24,8 @@ Window& Create(std::unique_ptr<Window> made, CWnd* object) {
     if (object != nullptr) object->m_hWnd = window.handle;
     if (window.parent != nullptr) window.parent->children.push_back(&window);
     const CRect client = window.ClientRect();
-    ReplaceSurface(window, client.Width(), client.Height());
     window.native = Toolkit()->CreateNativeWidget(window);
+    ReplaceSurface(window);
     const HWND handle = window.handle;
     Call(handle, WM_CREATE, 0, 0);
     Call(handle, WM_SIZE, 0, static_cast<LPARAM>(client.bottom << 16 | client.right));

@@ -62,8 +62,16 @@ std::shared_ptr<Surface> SurfaceOf(HWND handle) {
                           [](Window* window) { return window == nullptr ? nullptr : window->surface; });
 }
 
-void ReplaceSurface(Window& window, int width, int height) {
-    auto surface = std::make_shared<Surface>(width, height);
+void ReplaceSurface(Window& window) {
+    const CRect client = window.ClientRect();
+    const NativeWidget::Extent extent = window.native->DeviceExtent();
+    const auto ratio = [](int device, int logical) {
+        return logical == 0 ? 1.0 : double{1} * device / logical;
+    };
+    auto surface =
+        std::make_shared<Surface>(extent.width, extent.height,
+                                  SurfaceScale{ratio(extent.width, client.Width()),
+                                               ratio(extent.height, client.Height()), extent.factor});
     g_windows.With(window.handle, [&](Window* found) { found->surface.swap(surface); });
 }
 

@@ -67,7 +67,7 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
         const auto* e = static_cast<QMouseEvent*>(event);
         if (message != WM_MOUSEMOVE && e->button() != Qt::LeftButton) return std::nullopt;
         return MSG{window, message, HeldKeys(e->buttons(), e->modifiers()),
-                   PackPoint(e->position().toPoint())};
+                   PackPoint(ToLogical(window, e->position()))};
     };
     switch (event->type()) {
         case QEvent::MouseMove:
@@ -103,7 +103,7 @@ std::optional<MSG> MessageFromEvent(HWND window, QEvent* event) {
 void NotifyPointerStays(const QWidget* widget, HWND window) {
     const QPoint at = QCursor::pos();
     if (QApplication::widgetAt(at) != widget || QApplication::mouseButtons() != Qt::NoButton) return;
-    windows::DeliverInput({window, WM_MOUSEMOVE, 0, PackPoint(widget->mapFromGlobal(at))});
+    windows::DeliverInput({window, WM_MOUSEMOVE, 0, PackPoint(ToLogical(window, widget->mapFromGlobal(at)))});
 }
 
 void NotifyPointerCrossing(HWND window, QEvent::Type type) {

@@ -7,6 +7,8 @@
 #include <QIcon>
 #include <QScreen>
 #include <QTimer>
+#include <algorithm>
+#include <utility>
 
 #include "platform/qt/qt_toolkit.h"
 #include "platform/qt/toolkit.h"
@@ -18,11 +20,17 @@ QtNativeWidget* NativeOf(HWND window) {
     return record == nullptr ? nullptr : static_cast<QtNativeWidget*>(record->native.get());
 }
 
-QRect ToQRect(const RECT& rect) {
-    return QRect(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+QRect ToQRect(const RECT& rect, double zoom) {
+    return QRect(qRound(rect.left * zoom), qRound(rect.top * zoom), qRound((rect.right - rect.left) * zoom),
+                 qRound((rect.bottom - rect.top) * zoom));
 }
 
 }  // namespace
+
+QPoint ToLogical(HWND window, const QPointF& point) {
+    const QtNativeWidget* native = NativeOf(window);
+    return native == nullptr ? point.toPoint() : native->ToLogical(point);
+}
 
 QWidget* WidgetOf(HWND window) {
     const QtNativeWidget* native = NativeOf(window);
@@ -50,7 +58,6 @@ QtNativeWidget::QtNativeWidget(Window& window) : m_window(window.handle) {
         m_top->setProperty("window", QVariant::fromValue(reinterpret_cast<quintptr>(m_window)));
         m_outer = m_top;
         CreateControl(window, m_top->ClientParent());
-        m_client->setFont(QtToolkit::Instance().DialogFont());
         m_client->show();
     } else {
         QWidget* parent = WidgetOf(window.parent->handle);
@@ -97,27 +104,69 @@ QtNativeWidget::~QtNativeWidget() {
     for (const auto& [id, timer] : m_timers) timer->deleteLater();
     QtToolkit::Instance().WindowGone(m_window);
     if (m_outer == nullptr) return;
+    if (m_home != nullptr) LeaveCover();
     m_outer->hide();
     // An event of the widget may be what brought us here.
     m_outer->deleteLater();
 }
 
 void QtNativeWidget::Place(const RECT& rect) {
+    if (m_home != nullptr) return;
     if (m_top != nullptr) {
-        const QSize size = ToQRect(rect).size();
+        m_client->setFont(QtToolkit::Instance().DialogFont(Zoom()));
+        const QSize size = ToQRect(rect, Zoom()).size();
         m_top->SetClientSize(size);
         m_client->setGeometry(QRect(QPoint(0, 0), size));
         return;
     }
-    m_outer->setGeometry(ToQRect(rect));
+    m_outer->setGeometry(ToQRect(rect, Zoom()));
     if (m_outer == m_client) return;
-    const int border = windows::Find(m_window)->border;
+    const int border = qRound(windows::Find(m_window)->border * Zoom());
     m_client->setGeometry(m_outer->rect().adjusted(border, border, -border, -border));
 }
 
 void QtNativeWidget::CenterOnScreen() {
     const QRect screen = m_outer->screen()->availableGeometry();
     m_outer->move(screen.center() - m_outer->rect().center());
+}
+
+double QtNativeWidget::Zoom() const {
+    return m_aloneZoom > 0 ? m_aloneZoom : QtToolkit::Instance().ContentScale();
+}
+
+TopLevelWidget* QtNativeWidget::Top() const {
+    return static_cast<TopLevelWidget*>(m_outer->window());
+}
+
+void QtNativeWidget::ShowFullScreen(bool full) {
+    if (m_top != nullptr || full == (m_home != nullptr)) return;
+    if (full) {
+        m_home = m_outer->parentWidget();
+        Top()->CoverWith(this);
+        return;
+    }
+    LeaveCover();
+    Place(windows::Find(m_window)->rect);
+    m_outer->show();
+}
+
+void QtNativeWidget::LeaveCover() {
+    TopLevelWidget* top = Top();
+    m_outer->setParent(std::exchange(m_home, nullptr));
+    m_aloneZoom = 0.0;
+    top->Uncover();
+}
+
+void QtNativeWidget::FillCover(QWidget* cover) {
+    const RECT& rect = windows::Find(m_window)->rect;
+    const double width = std::max(rect.right - rect.left, 1);
+    const double height = std::max(rect.bottom - rect.top, 1);
+    m_aloneZoom = std::min(cover->width() / width, cover->height() / height);
+    const QSize size(qRound(width * m_aloneZoom), qRound(height * m_aloneZoom));
+    if (m_outer->parentWidget() != cover) m_outer->setParent(cover);
+    m_outer->setGeometry(
+        QRect(QPoint(cover->width() - size.width(), cover->height() - size.height()) / 2, size));
+    m_outer->show();
 }
 
 void QtNativeWidget::Show(int cmdShow) {
@@ -172,8 +221,10 @@ void QtNativeWidget::SetCursor(const Image* cursor) {
         m_client->setCursor(QCursor(QPixmap::fromImage(ToQImage(*cursor)), cursor->hotX, cursor->hotY));
 }
 
-void QtNativeWidget::SetIcon(const Image& icon) {
-    m_outer->setWindowIcon(QIcon(QPixmap::fromImage(ToQImage(icon))));
+void QtNativeWidget::SetIcon(const std::vector<Image>& sizes) {
+    QIcon icon;
+    for (const Image& image : sizes) icon.addPixmap(QPixmap::fromImage(ToQImage(image)));
+    m_outer->setWindowIcon(icon);
 }
 
 void QtNativeWidget::AcceptDrops(bool accept) {
@@ -184,13 +235,31 @@ void QtNativeWidget::SetShortcut(unsigned command, const std::string& shortcuts)
     if (m_top != nullptr) m_top->SetShortcut(command, QString::fromStdString(shortcuts));
 }
 
-void QtNativeWidget::ShowSurface(const RECT& area) {
-    m_client->update(ToQRect(area));
+// The toolkit rounds the two edges of a widget, each by itself.
+NativeWidget::Extent QtNativeWidget::DeviceExtent() const {
+    if (m_client == nullptr) return {0, 0, 1.0};
+    const QPoint from = m_client->mapTo(m_client->window(), QPoint(0, 0));
+    const QPoint to = from + QPoint(m_client->width(), m_client->height());
+    const double ratio = m_client->devicePixelRatioF();
+    return {qRound(to.x() * ratio) - qRound(from.x() * ratio),
+            qRound(to.y() * ratio) - qRound(from.y() * ratio), ratio * Zoom()};
 }
 
-CPoint QtNativeWidget::ClientOrigin() const {
-    const QPoint origin = m_client->mapToGlobal(QPoint(0, 0));
-    return CPoint(origin.x(), origin.y());
+void QtNativeWidget::ShowSurface(const RECT& area) {
+    const double ratio = m_client->devicePixelRatioF();
+    const QRect shown = ToQRect(area, 1.0 / ratio);
+    // Uneven ratios share pixels at the borders.
+    m_client->update(ratio == 1.0 ? shown : shown.adjusted(-1, -1, 2, 2));
+}
+
+CPoint QtNativeWidget::ToScreen(POINT client) const {
+    const QPoint at = m_client->mapToGlobal((QPointF(client.x, client.y) * Zoom()).toPoint());
+    return CPoint(at.x(), at.y());
+}
+
+CPoint QtNativeWidget::FromScreen(POINT screen) const {
+    const QPoint at = ToLogical(m_client->mapFromGlobal(QPoint(screen.x, screen.y)));
+    return CPoint(at.x(), at.y());
 }
 
 void QtNativeWidget::StartTimer(std::uintptr_t id, unsigned milliseconds) {

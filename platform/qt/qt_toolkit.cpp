@@ -52,6 +52,8 @@ QtToolkit::QtToolkit(int& argc, char** argv)
     DescribeWindowsToAssistivePrograms();
     m_tipTimer.setSingleShot(true);
     m_tipGone.setSingleShot(true);
+    m_rescale.setSingleShot(true);
+    QObject::connect(&m_rescale, &QTimer::timeout, [] { windows::Rescale(); });
     QObject::connect(&m_tipTimer, &QTimer::timeout, [this] { ShowTip(); });
 }
 
@@ -140,13 +142,14 @@ COLORREF QtToolkit::SystemColor(int index) {
 }
 
 void QtToolkit::DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,
-                         const RECT& rect, DWORD format, COLORREF color) {
+                         const RECT& rect, DWORD format, COLORREF color, double scale) {
     QImage image(reinterpret_cast<uchar*>(pixels), width, height, QImage::Format_RGB32);
     QPainter painter(&image);
     painter.setFont(m_dialogFont);
     painter.setPen(QColor(GetRValue(color), GetGValue(color), GetBValue(color)));
-    const QRect area(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+    const QRectF area(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
     painter.setClipRect(area);
+    painter.scale(scale, scale);
     Qt::Alignment flags = (format & SS_CENTERIMAGE) != 0 ? Qt::AlignVCenter : Qt::AlignTop;
     switch (format & SS_TYPEMASK) {
         case SS_CENTER:
@@ -158,7 +161,8 @@ void QtToolkit::DrawText(std::uint32_t* pixels, int width, int height, const std
         default:
             flags |= Qt::AlignLeft;
     }
-    painter.drawText(area, static_cast<int>(flags) | Qt::TextSingleLine | Qt::TextIncludeTrailingSpaces,
+    painter.drawText(QRectF(area.topLeft() / scale, area.size() / scale),
+                     static_cast<int>(flags) | Qt::TextSingleLine | Qt::TextIncludeTrailingSpaces,
                      QString::fromStdString(text));
 }
 
@@ -221,6 +225,37 @@ void QtToolkit::PointerLeft(HWND window) {
     if (m_tipWindow != window) return;
     HideTip();
     m_tip = Tip::kNone;
+}
+
+void QtToolkit::SetAppId(const std::string& id) {
+    QGuiApplication::setDesktopFileName(QString::fromStdString(id));
+}
+
+QFont QtToolkit::DialogFont(double scale) const {
+    QFont font = m_dialogFont;
+    font.setPixelSize(qRound(font.pixelSize() * scale));
+    return font;
+}
+
+void QtToolkit::ScaleChanged() {
+    m_rescale.start(0);
+}
+
+std::optional<Image> QtToolkit::DecodePicture(std::span<const std::uint8_t> file) {
+    const QImage image = QImage::fromData(file.data(), static_cast<int>(file.size()));
+    return image.isNull() ? std::nullopt : std::optional(FromQImage(image));
+}
+
+Image QtToolkit::ScaleImage(const Image& image, int width, int height) {
+    return FromQImage(ToQImage(image).scaled(width, height, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+}
+
+Image FromQImage(const QImage& image) {
+    const QImage straight = image.convertToFormat(QImage::Format_ARGB32);
+    const auto* pixels = reinterpret_cast<const std::uint32_t*>(straight.constBits());
+    return {straight.width(),
+            straight.height(),
+            {pixels, pixels + std::ptrdiff_t{straight.width()} * straight.height()}};
 }
 
 QImage ToQImage(const Image& image) {

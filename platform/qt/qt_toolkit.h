@@ -30,9 +30,13 @@ public:
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
     std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
                                           const std::vector<std::string>& filters) override;
+    void SetAppId(const std::string& id) override;
+    void SetContentScale(double scale) override { m_contentScale = scale; }
     COLORREF SystemColor(int index) override;
     void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text, const RECT& rect,
-                  DWORD format, COLORREF color) override;
+                  DWORD format, COLORREF color, double scale) override;
+    std::optional<Image> DecodePicture(std::span<const std::uint8_t> file) override;
+    Image ScaleImage(const Image& image, int width, int height) override;
     SIZE TextExtent(const std::string& text) override;
     HWND ActiveWindow() override;
     HWND FocusWindow() override;
@@ -43,7 +47,10 @@ public:
     void AnnounceValue(HWND window) override;
 
     static QtToolkit& Instance();
-    const QFont& DialogFont() const { return m_dialogFont; }
+    QFont DialogFont(double scale) const;
+    double ContentScale() const { return m_contentScale; }
+    // Some window's picture no longer fits: has all looked at soon.
+    void ScaleChanged();
     // A window's widget goes: what runs modally for it ends.
     void WindowGone(HWND window);
     // The pointer left the window: its tip may be offered anew when it comes back.
@@ -66,6 +73,8 @@ private:
     std::atomic<bool> m_wakePending{false};
     bool m_quit = false;
     QFont m_dialogFont;
+    double m_contentScale = 1.0;
+    QTimer m_rescale;
     std::vector<Modal> m_modals;
 
     // Spent: not to be shown before the pointer has left the window.
@@ -81,3 +90,6 @@ private:
 // Window widgets carry their handle.
 HWND HandleOf(const QWidget* widget);
 QImage ToQImage(const Image& image);
+Image FromQImage(const QImage& image);
+// Where a point of the window's widget is in its logical units.
+QPoint ToLogical(HWND window, const QPointF& point);

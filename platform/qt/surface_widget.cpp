@@ -6,10 +6,10 @@
 #include <QTimer>
 #include <QUrl>
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "platform/framework/drop_files.h"
+#include "platform/qt/qt_toolkit.h"
 #include "platform/qt/widgets.h"
 
 namespace {
@@ -33,19 +33,25 @@ void SurfaceWidget::paintEvent(QPaintEvent* event) {
 void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
     const std::shared_ptr<Surface> surface = windows::SurfaceOf(window);
     if (surface == nullptr) return;
+    const NativeWidget::Extent extent = windows::Find(window)->native->DeviceExtent();
+    if (extent.width != surface->width() || extent.height != surface->height())
+        QtToolkit::Instance().ScaleChanged();
     QPainter painter(widget);
+    UseDevicePixels(painter);
+    const double ratio = widget->devicePixelRatioF();
+    const QRect part = QRectF(area.x() * ratio, area.y() * ratio, area.width() * ratio, area.height() * ratio)
+                           .toAlignedRect();
     const std::scoped_lock lock(surface->mutex());
     const QImage image(reinterpret_cast<const uchar*>(surface->pixels()), surface->width(), surface->height(),
                        QImage::Format_RGB32);
-    const qreal scale = widget->devicePixelRatioF();
-    if (scale == std::floor(scale)) {
-        painter.drawImage(area.topLeft(), image, area);
-        return;
-    }
-    // Pixels of uneven sizes would look ragged. The whole picture is given, as the pixels beside the area
-    // count at its border.
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(0, 0, image);
+    painter.drawImage(part.topLeft(), image, part);
+}
+
+QPointF UseDevicePixels(QPainter& painter) {
+    const QTransform before = painter.deviceTransform();
+    painter.setWorldTransform(QTransform::fromTranslate(qRound(before.dx()), qRound(before.dy())) *
+                              before.inverted());
+    return QPointF(before.dx() - qRound(before.dx()), before.dy() - qRound(before.dy()));
 }
 
 void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
@@ -76,17 +82,24 @@ void SurfaceWidget::dropEvent(QDropEvent* event) {
 EdgeWidget::EdgeWidget(QWidget* parent, bool border, int sunken)
     : QWidget(parent), m_border(border), m_sunken(sunken) {}
 
+// The edges lie around the client widget, one device pixel each; what is left outside them on a dense screen
+// has the ground's colour.
 void EdgeWidget::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    QRect edge = rect();
+    const double ratio = devicePixelRatioF();
+    const QPointF rest = UseDevicePixels(painter);
+    const QRect client = childrenRect();
+    QRect edge(QPoint(qRound(client.x() * ratio + rest.x()), qRound(client.y() * ratio + rest.y())),
+               QPoint(qRound((client.x() + client.width()) * ratio + rest.x()) - 1,
+                      qRound((client.y() + client.height()) * ratio + rest.y()) - 1));
     const auto ring = [&](const QColor& topLeft, const QColor& bottomRight) {
+        edge.adjust(-1, -1, 1, 1);
         painter.fillRect(edge.left(), edge.top(), edge.width(), 1, topLeft);
         painter.fillRect(edge.left(), edge.top(), 1, edge.height(), topLeft);
         painter.fillRect(edge.left(), edge.bottom(), edge.width(), 1, bottomRight);
         painter.fillRect(edge.right(), edge.top(), 1, edge.height(), bottomRight);
-        edge.adjust(1, 1, -1, -1);
     };
     const QColor shadow = palette().color(QPalette::Dark);
-    if (m_border) ring(shadow, shadow);
     for (int i = 0; i < m_sunken; ++i) ring(shadow, palette().color(QPalette::Light));
+    if (m_border) ring(shadow, shadow);
 }

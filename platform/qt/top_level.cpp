@@ -6,7 +6,8 @@
 
 #include "platform/framework/message_queue.h"
 #include "platform/framework/resources.h"
-#include "platform/qt/widgets.h"
+#include "platform/qt/native_widget.h"
+#include "platform/qt/qt_toolkit.h"
 
 namespace {
 
@@ -65,12 +66,45 @@ void TopLevelWidget::BuildMenu(unsigned menuId) {
 }
 
 void TopLevelWidget::SetClientSize(const QSize& size) {
+    m_clientSize = size;
+    if (m_cover != nullptr) return;
     const int menuHeight = m_menuBar == nullptr ? 0 : m_menuBar->heightForWidth(size.width());
     if (m_menuBar != nullptr) {
         m_menuBar->setGeometry(0, 0, size.width(), menuHeight);
         m_holder->setGeometry(0, menuHeight, size.width(), size.height());
     }
     setFixedSize(size.width(), size.height() + menuHeight);
+}
+
+void TopLevelWidget::CoverWith(QtNativeWidget* alone) {
+    m_cover = new QWidget(this);
+    m_cover->setPalette(QPalette(Qt::black));
+    m_cover->setAutoFillBackground(true);
+    m_alone = alone;
+    setMinimumSize(0, 0);
+    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    LayOutCover();
+    m_cover->show();
+    showFullScreen();
+}
+
+void TopLevelWidget::Uncover() {
+    m_cover->deleteLater();
+    m_cover = nullptr;
+    m_alone = nullptr;
+    showNormal();
+    SetClientSize(m_clientSize);
+}
+
+void TopLevelWidget::LayOutCover() {
+    m_cover->setGeometry(rect());
+    m_alone->FillCover(m_cover);
+    QtToolkit::Instance().ScaleChanged();
+}
+
+void TopLevelWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_cover != nullptr) LayOutCover();
 }
 
 void TopLevelWidget::SetShortcut(unsigned command, const QString& shortcuts) {

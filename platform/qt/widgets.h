@@ -9,6 +9,8 @@
 
 #include "platform/qt/input.h"
 
+class QtNativeWidget;
+
 // Shows a window's picture.
 class SurfaceWidget : public WindowWidget<QWidget> {
 public:
@@ -23,6 +25,9 @@ protected:
 
 // Copies a part of the window's picture to the widget.
 void PaintSurface(QWidget* widget, HWND window, const QRect& area);
+// From here on the painter's units are device pixels, counted from the widget's first one. Returns by how
+// much of a pixel the widget's own corner lies beside it.
+QPointF UseDevicePixels(QPainter& painter);
 
 // Draws the edges of a child window's border and holds its client widget.
 class EdgeWidget : public QWidget {
@@ -82,15 +87,24 @@ public:
     TopLevelWidget(const Window& window, QWidget* owner);
     QWidget* ClientParent() { return m_holder; }
     void SetClientSize(const QSize& size);
+    // Shows one window's widget alone on the whole screen, until Uncover. The rest stays where it is, with
+    // the focus, and the menu's keys go on working.
+    void CoverWith(QtNativeWidget* alone);
+    void Uncover();
     void SetShortcut(unsigned command, const QString& shortcuts);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void BuildMenu(unsigned menuId);
+    void LayOutCover();
     HWND m_window;
     QMenuBar* m_menuBar = nullptr;
     QWidget* m_holder;
+    QSize m_clientSize;
+    QWidget* m_cover = nullptr;
+    QtNativeWidget* m_alone = nullptr;
 };

@@ -23,9 +23,16 @@ done
 (cd "$work" && icotool -c -o "$res/player.ico" app16.png app24.png app32.png app48.png app64.png app128.png \
     --raw=app256.png)
 
+# The buttons' icons have sixteen colours at 32 pixels; larger screens take them from the drawings, compressed.
 for name in play pause stop volume; do
     draw $name 32 32 $name
-    icotool -c -o "$res/$name.ico" "$work/$name.png"
+    convert "$work/$name.png" -channel A -threshold 45% +channel +dither -colors 16 "PNG8:$work/$name-16.png"
+    set -- "$work/$name-16.png"
+    for size in 40 48 56 64 96; do
+        draw $name $size $size $name$size
+        set -- "$@" "--raw=$work/$name$size.png"
+    done
+    icotool -c -o "$res/$name.ico" "$@"
 done
 
 draw hand 32 32 hand

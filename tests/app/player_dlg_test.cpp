@@ -315,6 +315,43 @@ TEST_F(PlayerDlg, TheTitleShowsASpeedThatIsNotTheMessages) {
     EXPECT_EQ(steps({Qt::Key_Backspace}), kTitle);
 }
 
+// Faults: a size that runs away or is not taken back; a whole screen without a picture; a key or a double
+// click that does not lead in or out; Space that presses a button which nobody sees; a picture left over the
+// window.
+TEST_F(PlayerDlg, TheContentsHaveASizeOfTheirOwnAndThePictureTheWholeScreen) {
+    QWidget* window = WidgetOf(m_hWnd)->window();
+    const int width = window->width();
+    for (int i = 0; i < 20; ++i) Command(ID_VIEW_LARGER);
+    EXPECT_EQ(window->width(), width * 3);
+    Command(ID_VIEW_SMALLER);
+    EXPECT_EQ(window->width(), width * 11 / 4);
+    Command(ID_VIEW_ORIGINAL_SIZE);
+    Command(ID_VIEW_SMALLER);
+    EXPECT_EQ(window->width(), width);
+
+    const auto full = [&] { return window->isFullScreen(); };
+    Open(Sample("greeting-voice.trv"));
+    Command(ID_VIEW_FULL_SCREEN);
+    EXPECT_FALSE(full());
+    Open(Sample("greeting-video.trv"));
+    QWidget* picture = nullptr;
+    for (QWidget* widget : window->findChildren<QWidget*>())
+        if (widget->accessibleName() == "Picture") picture = widget;
+    ASSERT_NE(picture, nullptr);
+    WidgetOf(m_pDlg->GetDlgItem(IDC_STOP)->GetSafeHwnd())->setFocus();
+    QTest::mouseDClick(picture, Qt::LeftButton);
+    EXPECT_TRUE(full());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(Face(), "Play");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(full());
+    Command(ID_VIEW_FULL_SCREEN);
+    EXPECT_TRUE(full());
+    Command(ID_FILE_CLOSE);
+    EXPECT_FALSE(full());
+    EXPECT_EQ(window->width(), width);
+}
+
 TEST_F(PlayerDlg, SystemCommandsButMaximizeAreTheWindows) {
     for (const UINT command : {SC_MAXIMIZE, SC_MINIMIZE, SC_RESTORE}) {
         SendMessage(m_hWnd, WM_SYSCOMMAND, command, 0);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "controls/waveform_wnd.h"
+#include "platform/framework/window.h"
 #include "res/resource.h"
 #include "tests/support/ui_test.h"
 
@@ -102,6 +103,27 @@ TEST_F(Waveform, ShownValuesLookAsIfTheyHadBeenAppended) {
     for (int y = 0; y < 60; ++y) EXPECT_FALSE(Lit(90, y)) << "nothing before the first, " << y;
     m_wave.ShowValues(few, 0);
     EXPECT_FALSE(Lit(94, 30));
+}
+
+// Faults: a trace that is lost, enlarged or moved when the scale changes, or that does not go on from there.
+TEST_F(Waveform, AnotherScaleDrawsTheTraceAnew) {
+    const std::vector<float> values = {0.2F, 1.7F, 0.4F, 1.2F, 0.9F, 1.9F};
+    const auto picture = [&] {
+        m_wave.UpdateWindow();
+        const auto surface = windows::SurfaceOf(m_wave.GetSafeHwnd());
+        return std::vector(surface->pixels(), surface->pixels() + surface->width() * surface->height());
+    };
+    for (const int percent : {150, 200, 300}) {
+        SCOPED_TRACE(percent);
+        SetContentScale(100);
+        m_wave.ShowValues(values.data(), 5);
+        SetContentScale(percent);
+        m_wave.AppendPoint(values[5]);
+        const auto followed = picture();
+        m_wave.ShowValues(values.data(), 6);
+        EXPECT_TRUE(followed == picture());
+    }
+    SetContentScale(100);
 }
 
 TEST_F(Waveform, ValuesAtAndBeyondTheRangeAreDrawnAtItsEdges) {

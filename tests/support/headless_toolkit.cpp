@@ -15,6 +15,7 @@ public:
 
     void Place(const RECT&) override {}
     void CenterOnScreen() override {}
+    void ShowFullScreen(bool) override {}
     void Show(int) override {}
     void Enable(bool) override {}
     void SetText(const std::string&) override {}
@@ -22,11 +23,18 @@ public:
     void SetFocus() override {}
     bool IsMinimized() const override { return false; }
     void SetCursor(const Image*) override {}
-    void SetIcon(const Image&) override {}
+    void SetIcon(const std::vector<Image>&) override {}
     void AcceptDrops(bool) override {}
     void SetShortcut(unsigned, const std::string&) override {}
     void ShowSurface(const RECT&) override {}
-    CPoint ClientOrigin() const override { return CPoint(0, 0); }
+    Extent DeviceExtent() const override {
+        const CRect client = m_window.ClientRect();
+        const CPoint size =
+            SurfaceScale{m_toolkit.scale, m_toolkit.scale, 1.0}.Device(client.right, client.bottom);
+        return {size.x, size.y, m_toolkit.scale};
+    }
+    CPoint ToScreen(POINT client) const override { return client; }
+    CPoint FromScreen(POINT screen) const override { return screen; }
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override {
         m_toolkit.m_timers.erase({m_window.handle, id, 0});
         m_toolkit.m_timers.insert({m_window.handle, id, milliseconds});

@@ -45,6 +45,7 @@ public:
     const std::set<Timer>& Timers() const { return m_timers; }
 
     std::vector<Box> boxes;
+    double scale = 1.0;               // device pixels per logical pixel; windows::Rescale follows a change
     std::function<void()> duringBox;  // run while a box is up
 
     std::unique_ptr<NativeWidget> CreateNativeWidget(Window& window) override;
@@ -58,8 +59,13 @@ public:
                                           const std::vector<std::string>&) override {
         return std::nullopt;
     }
+    void SetAppId(const std::string&) override {}
+    void SetContentScale(double wanted) override { scale = wanted; }
     COLORREF SystemColor(int) override { return RGB(0xC0, 0xC0, 0xC0); }
-    void DrawText(std::uint32_t*, int, int, const std::string&, const RECT&, DWORD, COLORREF) override {}
+    void DrawText(std::uint32_t*, int, int, const std::string&, const RECT&, DWORD, COLORREF,
+                  double) override {}
+    std::optional<Image> DecodePicture(std::span<const std::uint8_t>) override { return std::nullopt; }
+    Image ScaleImage(const Image& image, int, int) override { return image; }
     SIZE TextExtent(const std::string&) override { return SIZE{0, 0}; }
     HWND ActiveWindow() override { return nullptr; }
     HWND FocusWindow() override { return nullptr; }

@@ -118,6 +118,21 @@ TEST_F(VideoWnd, TheFirstRowIsTheBottomLineAtEveryWidth) {
     }
 }
 
+// Faults: a paused picture lost when the scale changes, or black that comes back as the picture before.
+TEST_F(VideoWnd, AnotherScaleShowsWhatWasSeen) {
+    CVideoWnd video(&m_host, nullptr, kWidth, kHeight, 5, 20);
+    Queue(video, 1, 1);
+    video.ShowNextFrame();
+    for (const int percent : {200, 150, 100}) {
+        SetContentScale(percent);
+        EXPECT_EQ(PixelOf(video, kWidth - 1, kHeight - 1), ColorOf(1)) << percent;
+    }
+    video.Clear();
+    SetContentScale(200);
+    EXPECT_EQ(PixelOf(video, 0, 0), kBlack);
+    SetContentScale(100);
+}
+
 TEST_F(VideoWnd, QueueHoldsOneLessThanItsSlotsAndStopEmptiesIt) {
     CVideoWnd video(&m_host, nullptr, kWidth, kHeight, 5, 20);
     Queue(video, 1, 19);
