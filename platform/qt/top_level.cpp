@@ -89,6 +89,7 @@ void TopLevelWidget::CoverWith(QtNativeWidget* alone) {
 }
 
 void TopLevelWidget::Uncover() {
+    m_cover->hide();
     m_cover->deleteLater();
     m_cover = nullptr;
     m_alone = nullptr;
