@@ -11,8 +11,9 @@
 #   test       all of these, and what the tests need
 #   fuzz       test, and the compiler for the preset fuzz
 #   bench      test, what bench/ is built with, and the programs that it measures against
-#   ci         test, fuzz, what bench/ is built with, the formatter, and what packages are built and tried with: what
-#              .ci/run needs
+#   cross      test, and what building for arm64 and testing that under qemu need
+#   ci         test, fuzz, cross, what bench/ is built with, the formatter, and what packages are built and tried
+#              with: what .ci/run needs
 #
 # --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
 # all that is done: programs, pkg-config modules and headers are looked for.
@@ -62,6 +63,16 @@ bench libsox-fmt-all -
 bench python3-xlib -
 bench python3-matplotlib -
 bench espeak-ng espeak-ng
+cross g++-aarch64-linux-gnu aarch64-linux-gnu-g++
+cross qemu-user qemu-aarch64
+cross qt6-base-dev:arm64 -
+cross libpulse-dev:arm64 -
+cross libgsm1-dev:arm64 -
+cross libsonic-dev:arm64 -
+cross libgtest-dev:arm64 -
+cross libsndfile1-dev:arm64 -
+cross libsamplerate0-dev:arm64 -
+cross libpng-dev:arm64 -
 ci clang-format-14 clang-format-14
 ci build-essential -
 ci debhelper dh
@@ -88,11 +99,11 @@ for argument in "$@"; do
     case $argument in
         --check) check=1 ;;
         play | display | sound) levels+="$argument " ;;
-        test | fuzz) levels+="play display sound test $argument " ;;
+        test | fuzz | cross) levels+="play display sound test $argument " ;;
         bench) levels+="play display sound test build-bench bench " ;;
-        ci) levels+="play display sound test fuzz build-bench ci " ;;
+        ci) levels+="play display sound test fuzz cross build-bench ci " ;;
         *)
-            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|ci]..." >&2
+            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|cross|ci]..." >&2
             exit 2
             ;;
     esac
@@ -111,9 +122,11 @@ is_there() {
 apt=
 if command -v apt-get >/dev/null && command -v dpkg-query >/dev/null; then
     apt=1
-    # A package that another one stands in for counts under its own name only, which all of these have.
+    # A package that another one stands in for counts under its own name only, which all of these have. This machine's
+    # own architecture is not part of the name.
+    native=$(dpkg --print-architecture 2>/dev/null) || native=
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' 2>/dev/null |
-        sed -n 's/^installed \([^: ]*\).*/\1/p') || true
+        sed -n "s/^installed //; T; s/:$native\$//; p") || true
 fi
 missing=()
 while read -r level package probe; do
@@ -148,6 +161,7 @@ simulate() {
     apt-get -s "${options[@]}" install "$@" 2>&1
 }
 
+[[ " ${missing[*]} " != *":arm64 "* ]] || "${as_root[@]}" dpkg --add-architecture arm64
 "${as_root[@]}" apt-get update -qq
 if ! plan=$(simulate "${missing[@]}") || grep -q '^Remv' <<<"$plan"; then
     echo "setup.sh: nothing was installed." >&2

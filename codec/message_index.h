@@ -80,7 +80,7 @@ private:
     void SkipStrayBytes();
     void AddCheckpoint();
     bool Has(int descriptor, uint64_t offset, size_t bytes);
-    uint8_t ByteAt(uint64_t offset) const { return m_buffer[offset - m_buffer_offset]; }
+    uint8_t ByteAt(uint64_t offset) const { return m_buffer[static_cast<size_t>(offset - m_buffer_offset)]; }
     bool EndWith(MessageEnd end, unsigned declared_bytes);
     void Publish();
     void HalveCheckpoints();

@@ -7,6 +7,8 @@
 #ifdef __x86_64__
 #include "codec/vdec_kernels_avx2.h"
 #include "codec/vdec_kernels_sse2.h"
+#elif defined(__aarch64__)
+#include "codec/vdec_kernels_neon.h"
 #endif
 
 const VdecKernels* vdec_kernels_for(VdecIsa isa) {
@@ -18,6 +20,9 @@ const VdecKernels* vdec_kernels_for(VdecIsa isa) {
             return &vdec_kernels_sse2;
         case VdecIsa::Avx2:
             return __builtin_cpu_supports("avx2") ? &vdec_kernels_avx2 : nullptr;
+#elif defined(__aarch64__)
+        case VdecIsa::Neon:
+            return &vdec_kernels_neon;
 #endif
         default:
             return nullptr;
@@ -25,7 +30,7 @@ const VdecKernels* vdec_kernels_for(VdecIsa isa) {
 }
 
 const VdecKernels& vdec_best_kernels() {
-    for (const VdecIsa isa : {VdecIsa::Avx2, VdecIsa::Sse2}) {
+    for (const VdecIsa isa : {VdecIsa::Avx2, VdecIsa::Sse2, VdecIsa::Neon}) {
         if (const VdecKernels* kernels = vdec_kernels_for(isa)) return *kernels;
     }
     return vdec_kernels_scalar;

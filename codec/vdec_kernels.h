@@ -33,7 +33,7 @@ struct VdecKernels {
     void (*bgr_row)(const int16_t* y, const int16_t* u, const int16_t* v, int width, uint8_t* bgr);
 };
 
-enum class VdecIsa { Scalar, Sse2, Avx2 };
+enum class VdecIsa { Scalar, Sse2, Avx2, Neon };
 
 // The kernels of an instruction set, or null where the program or the machine lacks it.
 const VdecKernels* vdec_kernels_for(VdecIsa isa);

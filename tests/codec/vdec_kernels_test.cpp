@@ -119,9 +119,16 @@ TEST_P(Kernels, RebuildThePicturesOfTheReferenceImplementation) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Kernels,
-                         testing::Values(Path{VdecIsa::Scalar, "scalar"}, Path{VdecIsa::Sse2, "SSE2"},
-                                         Path{VdecIsa::Avx2, "AVX2"}),
+constexpr Path kPaths[] = {
+    {VdecIsa::Scalar, "scalar"},
+#ifdef __x86_64__
+    {VdecIsa::Sse2, "SSE2"},
+    {VdecIsa::Avx2, "AVX2"},
+#elif defined(__aarch64__)
+    {VdecIsa::Neon, "NEON"},
+#endif
+};
+INSTANTIATE_TEST_SUITE_P(All, Kernels, testing::ValuesIn(kPaths),
                          [](const auto& test) { return test.param.name; });
 
 }  // namespace
