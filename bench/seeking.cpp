@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From a seek to its picture on the screen and to its sound at the monitor of a private sound server, in a
-// message of ten hours that plays, and whether the sound is what the message decodes to.
+// message of ten hours that plays, and whether the sound is what the message decodes to. Then from twice the
+// speed to the first sample that is heard of it.
 //
 // Usage: seeking [SEEKS]    (500 when not given; needs no display with QT_QPA_PLATFORM=offscreen)
 #include <algorithm>
@@ -38,8 +39,8 @@ using Look = std::array<COLORREF, 7>;
 constexpr int kRate = 5;
 constexpr int64_t kFrames = 10 * 60 * 60 * 50;
 constexpr int kPictures = 16;  // different ones, over and over
-constexpr UINT kPlayMs = 400;  // from seek to seek
-constexpr std::size_t kCompared = 1600;
+constexpr UINT kPlayMs = 400;  // from seek to speed, and from there to the next seek
+constexpr std::size_t kDecoded = 16 * kPlayMs;
 
 // The bytes of a speech frame: noise, another one for each.
 std::array<uint8_t, kSpeechFrameBytes> FrameBytes(int64_t frame) {
@@ -94,6 +95,7 @@ struct Material {
 struct Seek {
     int frame = 0;
     Clock::time_point key;
+    Clock::time_point faster;
     Clock::time_point picture = Clock::time_point::max();
 };
 
@@ -102,7 +104,7 @@ std::vector<int16_t> Decoded(int64_t frame) {
     constexpr int64_t kBefore = 400;
     std::vector<int16_t> samples;
     const gsm decoder = gsm_create();
-    for (int64_t at = std::max<int64_t>(frame - kBefore, 0); samples.size() < kCompared; ++at) {
+    for (int64_t at = std::max<int64_t>(frame - kBefore, 0); samples.size() < kDecoded; ++at) {
         std::array<int16_t, kSpeechFrameSamples> decoded;
         DecodeSpeechFrame(decoder, FrameBytes(at).data(), decoded.data());
         if (at >= frame) samples.insert(samples.end(), decoded.begin(), decoded.end());
@@ -147,6 +149,12 @@ public:
 protected:
     DECLARE_MESSAGE_MAP()
     afx_msg void OnTimer(UINT_PTR) {
+        if (m_pPanel->GetSpeed() == kNormalSpeed && m_nNext != 0) {
+            m_seeks[m_nNext - 1].faster = Clock::now();
+            m_pPanel->SetSpeed(2 * kNormalSpeed);
+            return;
+        }
+        m_pPanel->SetSpeed(kNormalSpeed);
         if (m_nNext == m_seeks.size()) {
             m_bDone = true;
             m_watcher.join();
@@ -188,27 +196,31 @@ private:
         const std::vector<int16_t> heard = m_recording->Samples();
         std::vector<double> pictures;
         std::vector<double> sounds;
+        std::vector<double> speeds;
+        auto searched = heard.begin();
         std::size_t nMissed = 0;
         std::size_t nWrong = 0;
         for (const Seek& seek : m_seeks) {
             if (seek.picture != Clock::time_point::max()) pictures.push_back(Ms(seek.picture - seek.key));
             const std::vector<int16_t> expected = Decoded(seek.frame);
-            const double first = std::max(Ms(seek.key - m_recording->HeardAt(0)) * 8, 0.0);
-            const auto from = heard.begin() +
-                              static_cast<std::ptrdiff_t>(std::min(first, static_cast<double>(heard.size())));
-            const auto last = std::min(from + 8 * kPlayMs, heard.end());
             const auto found =
-                std::search(from, last, expected.begin(), expected.begin() + kSpeechFrameSamples);
-            if (found == last || heard.end() - found < std::ssize(expected)) {
+                std::search(searched, heard.end(), expected.begin(), expected.begin() + kSpeechFrameSamples);
+            const auto differs = std::mismatch(found, heard.end(), expected.begin(), expected.end()).first;
+            if (found == heard.end() || differs == heard.end()) {
                 ++nMissed;
                 continue;
             }
-            const auto at = static_cast<std::size_t>(found - heard.begin());
-            sounds.push_back(Ms(m_recording->HeardAt(at) - seek.key));
-            nWrong += !std::equal(expected.begin(), expected.end(), found);
+            searched = differs;
+            const auto heardAt = [&](auto sample) {
+                return m_recording->HeardAt(static_cast<std::size_t>(sample - heard.begin()));
+            };
+            sounds.push_back(Ms(heardAt(found) - seek.key));
+            nWrong += differs - found < 8 * int64_t{kPlayMs} / 2;
+            speeds.push_back(Ms(heardAt(differs) - seek.faster));
         }
         Report("picture", pictures);
         Report("sound", sounds);
+        Report("speed", speeds);
         std::printf("%zu seeks: %zu without their picture, %zu not heard, %zu heard with other samples\n",
                     m_seeks.size(), m_seeks.size() - pictures.size(), nMissed, nWrong);
     }

@@ -195,7 +195,7 @@ void MonitorRecording::Read() {
         const auto now = Clock::now();
         const std::scoped_lock lock(m_lock);
         const auto before = static_cast<std::int64_t>(m_bytes.size() / sizeof(std::int16_t));
-        m_origin = std::min(m_origin, now - std::chrono::microseconds(before * 1000000 / kRate));
+        m_chunks.push_back({before, now - std::chrono::microseconds(before * 1000000 / kRate)});
         m_bytes.insert(m_bytes.end(), buffer, buffer + got);
     }
 }
@@ -209,5 +209,9 @@ std::vector<std::int16_t> MonitorRecording::Samples() const {
 
 MonitorRecording::Clock::time_point MonitorRecording::HeardAt(std::size_t sample) const {
     const std::scoped_lock lock(m_lock);
-    return m_origin + std::chrono::microseconds(static_cast<std::int64_t>(sample) * 1000000 / kRate);
+    const auto number = static_cast<std::int64_t>(sample);
+    auto origin = Clock::time_point::max();
+    for (const Chunk& chunk : m_chunks)
+        if (std::abs(chunk.first - number) <= kRate) origin = std::min(origin, chunk.origin);
+    return origin + std::chrono::microseconds(number * 1000000 / kRate);
 }

@@ -67,7 +67,7 @@ public:
     std::vector<std::int16_t> Samples() const;
 
     // When a sample is heard: the sink passes its samples at an even pace, and the chunk that came here with
-    // the least delay shows when.
+    // the least delay, of those within a second of it, shows when. A busy machine loses samples now and then.
     Clock::time_point HeardAt(std::size_t sample) const;
 
 private:
@@ -77,6 +77,10 @@ private:
     std::atomic<bool> m_done = false;
     mutable std::mutex m_lock;
     std::vector<char> m_bytes;
-    Clock::time_point m_origin = Clock::time_point::max();  // when sample 0 is heard
+    struct Chunk {
+        std::int64_t first;        // sample
+        Clock::time_point origin;  // when sample 0 would have been heard, by this chunk
+    };
+    std::vector<Chunk> m_chunks;
     std::thread m_reader;
 };
