@@ -165,6 +165,7 @@ BOOL CMessagePanel::StartReader() {
     outputs.pWaveform = m_nViewMode == kVoice && outputs.bSound ? m_pWaveform : nullptr;
     outputs.pWaveDevice = m_pWaveDevice;
     outputs.pVideo = m_pVideo;
+    m_pVideo->SetSpeed(m_nSpeed);
     outputs.noSound.SetSpeed(m_nSpeed, RealTimePace::Clock::now());
     m_pSource->gate.Move(WholeMessage(m_pSource->nVideoRate), FALSE);
 

@@ -115,6 +115,7 @@ private:
     void Interrupt(PanelEvent event);
     void Start();
     void StartPictures();
+    void SetPictureSpeed();
     void Hold();
     void Rewind();
     void Move();

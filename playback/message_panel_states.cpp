@@ -82,8 +82,13 @@ void CMessagePanel::SetSpeed(int nSpeed) {
         m_pSource->gate.Locked(
             [&] { m_pSource->outputs.noSound.SetSpeed(nSpeed, RealTimePace::Clock::now()); });
     }
+    // What sounds goes on at the old speed for a while, and so do the pictures.
+    if (!IsPlaying(m_state) || !m_pSource->outputs.bSound) SetPictureSpeed();
+}
+
+void CMessagePanel::SetPictureSpeed() {
     m_pVideo->Pause();
-    m_pVideo->SetSpeed(nSpeed);
+    m_pVideo->SetSpeed(m_nSpeed);
     if (IsPlaying(m_state)) StartPictures();
 }
 
@@ -136,7 +141,7 @@ void CMessagePanel::StartPictures() {
         const Timeline timeline(m_pSource->nVideoRate);
         const int nDue = timeline.PictureAt(Frame());
         if (m_pVideo->GetLastShown() < nDue) m_pVideo->ShowNextFrame();
-        m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_nSpeed));
+        m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_pVideo->GetSpeed()));
     }
     if (m_pVideo->Play() || m_nViewMode != kVideo) return;
     // Pictures are not waited for any more.
@@ -241,6 +246,8 @@ void CMessagePanel::OnBlockPlayed(int nSamples) {
         if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
     }
     ShowElapsed();
+    if (m_pVideo->GetSpeed() != m_nSpeed && nSamples == kSpeechFrameSamples * m_nSpeed / kNormalSpeed)
+        SetPictureSpeed();
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
     if (m_state == PanelState::Draining && ++m_nBlocksSinceEnd % kLookForMore == 0) m_pSource->gate.Run();
     if (m_state == PanelState::Playing && !m_pWaveDevice->IsRunning()) SetTimer(kReaderTimer, kReaderTimerMs);

@@ -51,6 +51,7 @@ public:
     // How fast that is played, in per cent, above 0. While paused, what is left of the period shrinks or
     // grows with it; ignored while playing.
     void SetSpeed(int nPercent);
+    int GetSpeed() const { return m_nSpeed; }
     // Copies the picture into the queue. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
     BOOL QueueFrame(const BYTE* pPicture, int nNumber);
     // Pictures that wait. Any thread.
