@@ -34,6 +34,8 @@ ON_WM_QUERYDRAGICON()
 ON_WM_CLOSE()
 ON_COMMAND(ID_FILE_OPEN, OnFileOpen)
 ON_COMMAND(ID_FILE_CLOSE, OnFileClose)
+ON_COMMAND(ID_FILE_SAVE_AS, OnFileSaveAs)
+ON_COMMAND(ID_EDIT_COPY, OnCopyPicture)
 ON_COMMAND(ID_FILE_EXIT, OnFileExit)
 ON_COMMAND(ID_PLAY_PLAYPAUSE, OnPlayPause)
 ON_COMMAND(ID_PLAY_STOP, OnStop)
@@ -64,6 +66,7 @@ ON_BN_CLICKED(IDC_VOLUME, OnVolume)
 ON_MESSAGE(WM_PLAYBACK_ENDED, OnPlaybackEnded)
 ON_MESSAGE(WM_PLAYBACK_INTERRUPTED, OnPlaybackInterrupted)
 ON_MESSAGE(WM_VOLUME_CLOSED, OnVolumeClosed)
+ON_MESSAGE(WM_SAVING_ENDED, OnSavingEnded)
 ON_WM_DROPFILES()
 END_MESSAGE_MAP()
 
@@ -107,6 +110,7 @@ BOOL CPlayerDlg::OnInitDialog() {
     SetCommandShortcut(ID_FILE_OPEN, "Ctrl+O");
     SetCommandShortcut(ID_FILE_CLOSE, "Ctrl+W");
     SetCommandShortcut(ID_FILE_EXIT, "Ctrl+Q");
+    SetCommandShortcut(ID_EDIT_COPY, "Ctrl+C");
     SetCommandShortcut(ID_PLAY_PLAYPAUSE, "Media Play; Toggle Media Play/Pause; Media Pause");
     SetCommandShortcut(ID_PLAY_STOP, "Media Stop");
     SetCommandShortcut(ID_VIEW_LARGER, "Ctrl++; Ctrl+=");
@@ -144,6 +148,7 @@ void CPlayerDlg::OpenMessage(const CString& strPath) {
 
     m_bOpen = bOpen;
     if (m_bOpen) {
+        m_strMessage = strPath;
         OnStop();
         SetTitle(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
         OnPlayPause();

@@ -6,6 +6,9 @@
 // no member is touched before IsWindow has said that the window still exists.
 #pragma once
 
+#include <memory>
+
+#include "app/saving_dlg.h"
 #include "controls/icon_button.h"
 #include "platform/framework/afxwin.h"
 #include "playback/message_panel.h"
@@ -40,6 +43,8 @@ protected:
     afx_msg void OnClose();
     afx_msg void OnFileOpen();
     afx_msg void OnFileClose();
+    afx_msg void OnFileSaveAs();
+    afx_msg void OnCopyPicture();
     afx_msg void OnFileExit();
     afx_msg void OnPlayPause();
     afx_msg void OnStop();
@@ -64,6 +69,7 @@ protected:
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnPlaybackInterrupted(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnSavingEnded(WPARAM wParam, LPARAM lParam);
     afx_msg void OnDropFiles(HDROP hDrop);
 
 private:
@@ -79,6 +85,8 @@ private:
     void LeaveFullScreen();
     BOOL OpenMixer();
     void ChangeVolume(BOOL bLouder);
+    void Save(const CString& strMessage, const CString& strPath);
+    void ReportUnsaved(const CString& strReason);
 
     CIconButton m_btnPlayPause;
     CIconButton m_btnStop;
@@ -92,6 +100,8 @@ private:
     CWnd* m_pFullScreen = nullptr;      // the picture, while it has the whole screen
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
     CStatic m_panelFrame;
+    CString m_strMessage;                   // the open one's path
+    std::unique_ptr<CSavingDlg> m_pSaving;  // while a message is being saved
     CMixer m_mixer{
         nullptr};           // opened when a key first asks for it; the volume dialog has its own and follows
     BOOL m_bModal = FALSE;  // a modal call from here is under way

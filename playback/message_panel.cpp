@@ -176,6 +176,11 @@ BOOL CMessagePanel::StartReader() {
     return TRUE;
 }
 
+CWnd* CMessagePanel::GetPictureWindow() const {
+    if (!HasMessage()) return nullptr;
+    return m_nViewMode == kVideo ? static_cast<CWnd*>(m_pVideo) : m_pWaveform;
+}
+
 void CMessagePanel::ShowVolumeControls(BOOL bShow) {
     m_pWaveDevice->ShowVolumeControls(bShow);
 }

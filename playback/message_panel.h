@@ -69,6 +69,9 @@ public:
     // Frames that the message has, as far as is known.
     int GetLength() const;
 
+    // The window that shows the picture or the trace, null when nothing is open. It draws on other threads too.
+    CWnd* GetPictureWindow() const;
+
     void ShowVolumeControls(BOOL bShow);
 
     // What the panel shows.

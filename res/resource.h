@@ -7,6 +7,7 @@
 #define IDD_PLAYER_DIALOG 102
 #define IDD_MESSAGE_PANEL 136
 #define IDD_VOLUME 137
+#define IDD_SAVING 140
 
 // Menu
 #define IDR_MAINMENU 130
@@ -42,6 +43,8 @@
 #define IDS_END_UNREADABLE 22
 #define IDS_END_DAMAGED 23
 #define IDS_TITLE_AT_SPEED 24
+#define IDS_SAVING 30
+#define IDS_CANNOT_SAVE 31
 
 // Controls of the main window
 #define IDC_PLAY_PAUSE 1000
@@ -66,6 +69,9 @@
 #define IDC_LEVEL_METER 1145
 #define IDC_MIXER_NAME 1158
 
+// Controls of the progress dialog
+#define IDC_SAVING_STATE 1200
+
 // Controls that are never addressed
 #ifndef IDC_STATIC
 #define IDC_STATIC (-1)
@@ -74,6 +80,8 @@
 // Menu commands
 #define ID_FILE_OPEN 57601
 #define ID_FILE_CLOSE 57602
+#define ID_FILE_SAVE_AS 57604
+#define ID_EDIT_COPY 57634
 #define ID_FILE_EXIT 32773
 #define ID_PLAY_PLAYPAUSE 32774
 #define ID_PLAY_STOP 32775

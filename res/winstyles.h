@@ -38,3 +38,4 @@
 #define TBS_BOTH 0x0008
 
 #define IDOK 1
+#define IDCANCEL 2

@@ -71,8 +71,9 @@ public:
         DWORD Flags;
         LPCTSTR lpstrTitle;
     };
-    // openFile: only TRUE; the two names: only "". Anything else ends the program with a message. filter:
-    // pairs of description and pattern, each ended by '|', ended by one more.
+    // defaultExtension: only "", as a name without ending gets that of the pattern that is chosen; fileName:
+    // "" for opening. Anything else ends the program with a message. filter: pairs of description and
+    // pattern, each ended by '|', ended by one more. Before a file is replaced the dialog asks, flags or not.
     CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags, LPCTSTR filter,
                 CWnd* parent);
     // IDOK or IDCANCEL. The parent may be destroyed while the dialog is up; the dialog then closes
@@ -82,6 +83,8 @@ public:
     OPENFILENAME m_ofn;
 
 private:
+    BOOL m_openFile;
+    CString m_fileName;
     CString m_filter;
     CString m_path;
     CWnd* m_parent;

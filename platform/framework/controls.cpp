@@ -80,9 +80,9 @@ void CToolTipCtrl::RelayEvent(const MSG* message) {
 
 CFileDialog::CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags,
                          LPCTSTR filter, CWnd* parent)
-    : m_ofn{flags, ""}, m_filter(filter), m_parent(parent) {
-    if (openFile == FALSE) Unsupported("file dialog", "for saving");
-    if (*defaultExtension != '\0' || *fileName != '\0') Unsupported("file dialog", "with a name given");
+    : m_ofn{flags, ""}, m_openFile(openFile), m_fileName(fileName), m_filter(filter), m_parent(parent) {
+    if (*defaultExtension != '\0') Unsupported("file dialog", "with an extension given");
+    if (openFile != FALSE && *fileName != '\0') Unsupported("file dialog", "with a name given");
 }
 
 int CFileDialog::DoModal() {
@@ -95,7 +95,8 @@ int CFileDialog::DoModal() {
         start = end + 1;
     }
     const HWND owner = m_parent == nullptr ? nullptr : m_parent->GetSafeHwnd();
-    const auto chosen = Toolkit()->ChooseFile(owner, m_ofn.lpstrTitle, filters);
+    const auto use = m_openFile != FALSE ? NativeToolkit::FileUse::kOpen : NativeToolkit::FileUse::kSave;
+    const auto chosen = Toolkit()->ChooseFile(owner, m_ofn.lpstrTitle, filters, use, m_fileName.Str());
     if (!chosen.has_value()) return IDCANCEL;
     m_path = CString(*chosen);
     return IDOK;

@@ -151,6 +151,7 @@ inline constexpr int SM_CXICON = 11;
 inline constexpr int SM_CYICON = 12;
 
 inline constexpr UINT OFN_READONLY = 0x00000001;
+inline constexpr UINT OFN_OVERWRITEPROMPT = 0x00000002;
 inline constexpr UINT OFN_PATHMUSTEXIST = 0x00000800;
 inline constexpr UINT OFN_FILEMUSTEXIST = 0x00001000;
 

@@ -54,7 +54,8 @@ void QtToolkit::MessageBox(HWND owner, const std::string& text, const std::strin
 }
 
 std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& title,
-                                                 const std::vector<std::string>& filters) {
+                                                 const std::vector<std::string>& filters, FileUse use,
+                                                 const std::string& name) {
     const QPointer<QFileDialog> dialog(new QFileDialog(OwnerWidget(owner), QString::fromStdString(title)));
     QStringList names;
     for (std::size_t i = 0; i + 1 < filters.size(); i += 2) {
@@ -66,9 +67,21 @@ std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& 
     }
     dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setNameFilters(names);
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setAcceptMode(QFileDialog::AcceptOpen);
-    dialog->setOption(QFileDialog::ReadOnly);
+    if (use == FileUse::kOpen) {
+        dialog->setFileMode(QFileDialog::ExistingFile);
+        dialog->setAcceptMode(QFileDialog::AcceptOpen);
+        dialog->setOption(QFileDialog::ReadOnly);
+    } else {
+        dialog->setFileMode(QFileDialog::AnyFile);
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        const auto follow = [dialog](const QString& filter) {
+            const auto ending = filter.lastIndexOf(QStringLiteral("(*.")) + 3;
+            dialog->setDefaultSuffix(filter.mid(ending, filter.indexOf(QLatin1Char(' '), ending) - ending));
+        };
+        QObject::connect(dialog, &QFileDialog::filterSelected, dialog, follow);
+        follow(names.value(0));
+        dialog->selectFile(QString::fromStdString(name));
+    }
     std::optional<std::string> chosen;
     if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr &&
         !dialog->selectedFiles().isEmpty())

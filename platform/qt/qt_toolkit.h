@@ -29,7 +29,10 @@ public:
     void EndModal(HWND window) override;
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
     std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
-                                          const std::vector<std::string>& filters) override;
+                                          const std::vector<std::string>& filters, FileUse use,
+                                          const std::string& name) override;
+    bool SavePicture(const std::string& path, const Image& image) override;
+    void CopyPicture(const Image& image) override;
     void SetAppId(const std::string& id) override;
     void SetContentScale(double scale) override { m_contentScale = scale; }
     COLORREF SystemColor(int index) override;

@@ -55,12 +55,14 @@ public:
     void RunModal(HWND) override {}
     void EndModal(HWND) override {}
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
-    std::optional<std::string> ChooseFile(HWND, const std::string&,
-                                          const std::vector<std::string>&) override {
+    std::optional<std::string> ChooseFile(HWND, const std::string&, const std::vector<std::string>&, FileUse,
+                                          const std::string&) override {
         return std::nullopt;
     }
     void SetAppId(const std::string&) override {}
     void SetContentScale(double wanted) override { scale = wanted; }
+    bool SavePicture(const std::string&, const Image&) override { return false; }
+    void CopyPicture(const Image&) override {}
     COLORREF SystemColor(int) override { return RGB(0xC0, 0xC0, 0xC0); }
     void DrawText(std::uint32_t*, int, int, const std::string&, const RECT&, DWORD, COLORREF,
                   double) override {}

@@ -135,8 +135,15 @@ void SaveSound(MessageFile& message, const SoundRequest& request, const SaveWatc
     MessageFeed feed(message, request.range, {.sound = true, .fill_gaps = !request.speech_alone}, check);
     OutputFile file(request.output, request.replace, message.path());
     SoundBytes sound(feed);
-    if (request.make_output) {
-        if (const auto output = request.make_output(*request.form, file)) {
+    const bool wav = request.form == FindSaveForm("wav");
+    if (request.make_output || wav) {
+        std::unique_ptr<SoundOutput> output;
+        if (request.make_output) {
+            output = request.make_output(*request.form, file);
+        } else {
+            output = std::make_unique<WavSoundOutput>(file, std::nullopt);
+        }
+        if (output) {
             for (auto samples = sound.Take(); !samples.empty(); samples = sound.Take()) {
                 output->Write(samples);
                 share = sound.Share();

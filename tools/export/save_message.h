@@ -39,7 +39,8 @@ using SaveWatch = std::function<void(double share)>;
 void SaveFilm(MessageFile& message, const SaveRequest& request, const SaveWatch& watch);
 
 // Sound alone: silence where there is no speech, unless `speech_alone`. `make_output` may encode it without
-// ffmpeg; where it is not there or returns null, ffmpeg does.
+// ffmpeg; where it is not there or returns null, ffmpeg does,
+// except for WAV.
 struct SoundRequest : SaveRequest {
     bool speech_alone = false;
     std::function<std::unique_ptr<SoundOutput>(const SaveForm& form, OutputFile& file)> make_output;
