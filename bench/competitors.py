@@ -128,7 +128,7 @@ def dump(options, material, results):
     subprocess.run([os.path.join(options.build, "bench", "message_to_gsm"), message, frames], check=True)
     ours, theirs = material.path("ours.raw"), material.path("theirs.raw")
     programs = {
-        "trvdump": [os.path.join(options.build, "tools", "trvdump"), "--pcm", ours, message],
+        "trvdump": [os.path.join(options.build, "tools", "trvdump"), "--force", "--pcm", ours, message],
         "sox": ["sox", "-t", "gsm", frames, "-t", "raw", "-e", "signed", "-b", "16", theirs],
     }
     figures = {what: {name: [] for name in programs} for what in ("processor", "wall")}

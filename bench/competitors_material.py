@@ -80,7 +80,7 @@ class Material:
 
     def pcm(self, message):
         raw = self.path(message) + ".raw"
-        run(self.trvdump, "--pcm", raw, self.path(message))
+        run(self.trvdump, "--force", "--pcm", raw, self.path(message))
         return samples(raw)
 
     def message(self, minutes, video):

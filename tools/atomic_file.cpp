@@ -67,8 +67,8 @@ void AtomicFile::Overwrite(long offset, std::span<const uint8_t> bytes) {
     if (std::fseek(stream_, 0, SEEK_END) != 0) Fail("cannot be written: " + ReasonOf(errno));
 }
 
-void AtomicFile::Commit() {
-    bool whole = std::fflush(stream_) == 0 && fsync(fileno(stream_)) == 0;
+void AtomicFile::Commit(bool to_disk) {
+    bool whole = std::fflush(stream_) == 0 && (!to_disk || fsync(fileno(stream_)) == 0);
     int reason = errno;
     if (std::fclose(stream_) != 0) {
         if (whole) reason = errno;

@@ -26,8 +26,9 @@ public:
     void Overwrite(long offset, std::span<const uint8_t> bytes);
     // Where it is until then, for another program to write; that one keeps the file that is there.
     const std::string& temporary() const { return temporary_; }
-    // Brings everything to the disk and gives the file its name.
-    void Commit();
+    // Gives the file its name. With `to_disk` it is on the disk by then, also after a power cut; what can be
+    // made again need not wait for that.
+    void Commit(bool to_disk = true);
 
 private:
     [[noreturn]] void Fail(const std::string& what) const;

@@ -65,7 +65,7 @@ void OutputFile::Finish() {
     if (file_) {
         // Without attributes the file is as good, but only force replaces it.
         setxattr(file_->temporary().c_str(), kMadeBy, command_.data(), command_.size(), 0);
-        file_->Commit();
+        file_->Commit(false);
         return;
     }
     std::FILE* const stream = stream_;
