@@ -299,6 +299,27 @@ TEST(TrvdumpBatch, GoesOnPastBrokenMessages) {
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 20 + 180 * 6 / 7 - 1) << run.err;
 }
 
+// The commands that docs/trvdump.md gives for a folder of messages, as they stand there.
+TEST(TrvdumpBatch, WorksAsTheDocumentsSay) {
+    const TestFolder folder;
+    std::filesystem::create_directory(folder.Path("messages"));
+    std::filesystem::copy_file(Sample("greeting-voice.trv"), folder.Path("messages/a.trv"));
+    std::filesystem::copy_file(Sample("greeting-video.trv"), folder.Path("messages/b c.trv"));
+    WriteBytes(folder.Path("messages/broken.trv"), {1});
+    const Bytes document = ReadBytes(TestData("../../docs/trvdump.md"));
+    const std::string text(document.begin(), document.end());
+    const std::string mark = "<!-- tested -->\n```\n";
+    const auto begin = text.find(mark);
+    ASSERT_NE(begin, std::string::npos);
+    const std::string script =
+        text.substr(begin + mark.size(), text.find("```", begin + mark.size()) - begin - mark.size());
+    const ToolRun run = Shell("cd " + folder.Path().string() + "; PATH=${trvdump%/*}:$PATH; " + script);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "1\n");
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("sound/a.opus")));
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("sound/b c.opus")));
+}
+
 // Whatever stops a film, a word says so and nothing is left of it; what was there before stays.
 TEST(TrvdumpFailure, LeavesNothingBehind) {
     const TestFolder folder;
