@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QImage>
+#include <QTimer>
 #include <filesystem>
 
 #include "app/player_app.h"
@@ -32,7 +33,13 @@ QAbstractButton* CancelButton() {
 
 class Saving : public testing::Test, protected SimulatedSound {
 protected:
-    Saving() : m_pDlg(new CPlayerDlg), m_hWnd(m_pDlg->GetSafeHwnd()) {
+    Saving() {
+        // The main window of the test before has ended the message loop: only a loop that was run is over
+        // that.
+        QTimer::singleShot(0, [] { QCoreApplication::exit(); });
+        QApplication::exec();
+        m_pDlg = new CPlayerDlg;
+        m_hWnd = m_pDlg->GetSafeHwnd();
         m_app.m_pMainWnd = m_pDlg;
         m_pDlg->ShowWindow(SW_SHOW);
     }
@@ -62,8 +69,8 @@ protected:
 
     TestFolder m_folder;
     CPlayerApp m_app;
-    CPlayerDlg* m_pDlg;
-    HWND m_hWnd;
+    CPlayerDlg* m_pDlg = nullptr;
+    HWND m_hWnd = nullptr;
 };
 
 TEST_F(Saving, WritesFilmAndSoundWhileTheMessagePlays) {
