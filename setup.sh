@@ -12,7 +12,7 @@
 #   fuzz       test, and the compiler for the preset fuzz
 #   bench      test, what bench/ is built with, and the programs that it measures against
 #   cross      test, and what building for arm64 and testing that under qemu need
-#   ci         test, fuzz, cross, what bench/ is built with, the formatter, and what packages are built and tried
+#   ci         test, fuzz, what bench/ is built with, the formatter, and what packages are built and tried
 #              with: what .ci/run needs
 #
 # --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
@@ -101,7 +101,7 @@ for argument in "$@"; do
         play | display | sound) levels+="$argument " ;;
         test | fuzz | cross) levels+="play display sound test $argument " ;;
         bench) levels+="play display sound test build-bench bench " ;;
-        ci) levels+="play display sound test fuzz cross build-bench ci " ;;
+        ci) levels+="play display sound test fuzz build-bench ci " ;;
         *)
             echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|cross|ci]..." >&2
             exit 2
