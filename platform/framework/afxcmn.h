@@ -68,8 +68,9 @@ private:
 class CFileDialog {
 public:
     struct OPENFILENAME {
-        DWORD Flags;
+        DWORD Flags;  // of those, OFN_ALLOWMULTISELECT makes a difference
         LPCTSTR lpstrTitle;
+        LPCTSTR lpstrInitialDir;  // "" for where the toolkit begins
     };
     // openFile: only TRUE; the two names: only "". Anything else ends the program with a message. filter:
     // pairs of description and pattern, each ended by '|', ended by one more.
@@ -78,11 +79,13 @@ public:
     // IDOK or IDCANCEL. The parent may be destroyed while the dialog is up; the dialog then closes
     // (IDCANCEL).
     int DoModal();
-    CString GetPathName() const { return m_path; }
+    CString GetPathName() const { return m_paths.empty() ? CString() : m_paths.front(); }
+    // In place of GetStartPosition and GetNextPathName: all that were chosen.
+    const std::vector<CString>& GetPathNames() const { return m_paths; }
     OPENFILENAME m_ofn;
 
 private:
     CString m_filter;
-    CString m_path;
+    std::vector<CString> m_paths;
     CWnd* m_parent;
 };

@@ -80,7 +80,7 @@ void CToolTipCtrl::RelayEvent(const MSG* message) {
 
 CFileDialog::CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags,
                          LPCTSTR filter, CWnd* parent)
-    : m_ofn{flags, ""}, m_filter(filter), m_parent(parent) {
+    : m_ofn{flags, "", ""}, m_filter(filter), m_parent(parent) {
     if (openFile == FALSE) Unsupported("file dialog", "for saving");
     if (*defaultExtension != '\0' || *fileName != '\0') Unsupported("file dialog", "with a name given");
 }
@@ -95,8 +95,10 @@ int CFileDialog::DoModal() {
         start = end + 1;
     }
     const HWND owner = m_parent == nullptr ? nullptr : m_parent->GetSafeHwnd();
-    const auto chosen = Toolkit()->ChooseFile(owner, m_ofn.lpstrTitle, filters);
-    if (!chosen.has_value()) return IDCANCEL;
-    m_path = CString(*chosen);
+    const bool several = (m_ofn.Flags & OFN_ALLOWMULTISELECT) != 0;
+    const auto chosen =
+        Toolkit()->ChooseFiles(owner, m_ofn.lpstrTitle, filters, m_ofn.lpstrInitialDir, several);
+    m_paths.assign(chosen.begin(), chosen.end());
+    if (m_paths.empty()) return IDCANCEL;
     return IDOK;
 }

@@ -77,9 +77,11 @@ public:
 
     // Returns when the box is closed, by the person or because its owner was destroyed.
     virtual void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) = 0;
-    // filters: description and pattern in turn. Nothing when cancelled or when the owner was destroyed.
-    virtual std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
-                                                  const std::vector<std::string>& filters) = 0;
+    // filters: description and pattern in turn; folder: where to begin, empty for wherever. None when
+    // cancelled or when the owner was destroyed.
+    virtual std::vector<std::string> ChooseFiles(HWND owner, const std::string& title,
+                                                 const std::vector<std::string>& filters,
+                                                 const std::string& folder, bool several) = 0;
 
     // The name of the program's desktop entry, without its extension.
     virtual void SetAppId(const std::string& id) = 0;

@@ -28,10 +28,11 @@ public:
     void RunModal(HWND window) override;
     void EndModal(HWND window) override;
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
-    std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
-                                          const std::vector<std::string>& filters) override;
     void SetAppId(const std::string& id) override;
     void SetContentScale(double scale) override { m_contentScale = scale; }
+    std::vector<std::string> ChooseFiles(HWND owner, const std::string& title,
+                                         const std::vector<std::string>& filters, const std::string& folder,
+                                         bool several) override;
     COLORREF SystemColor(int index) override;
     void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text, const RECT& rect,
                   DWORD format, COLORREF color, double scale) override;
