@@ -49,7 +49,7 @@ public:
     virtual void SeekTo(std::int64_t position) = 0;
     // Numbers, but of any size.
     virtual void SetVolume(double volume) = 0;
-    virtual void SetRate(double rate) = 0;
+    virtual void SetRate(double rate) = 0;  // 0 is a pause
     virtual void OpenFile(const std::string& path) = 0;
 
 protected:
