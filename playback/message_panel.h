@@ -23,9 +23,9 @@ inline constexpr UINT WM_PLAYBACK_ENDED = WM_USER + 201;
 // begun or headphones were unplugged, and when it plays on after the call (wParam TRUE).
 inline constexpr UINT WM_PLAYBACK_INTERRUPTED = WM_USER + 206;
 // Sent by it to the main window when the position has changed by more than playing on.
-inline constexpr UINT WM_POSITION_JUMPED = WM_USER + 202;
+inline constexpr UINT WM_POSITION_JUMPED = WM_USER + 207;
 // The same, when the message's length has become known.
-inline constexpr UINT WM_LENGTH_KNOWN = WM_USER + 203;
+inline constexpr UINT WM_LENGTH_KNOWN = WM_USER + 208;
 
 // A modeless dialog that lives in the main window's frame and deletes itself when its window is destroyed,
 // a message that plays included.
