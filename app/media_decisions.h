@@ -57,10 +57,12 @@ constexpr double RateOfSpeed(int nSpeed) {
     return nSpeed / static_cast<double>(kNormalSpeed);
 }
 
-// The nearest speed to a rate, which is above 0.
+// The nearest speed to a rate, however far away.
 constexpr int SpeedForRate(double fRate) {
+    const double fWanted =
+        std::clamp(fRate, RateOfSpeed(*std::begin(kSpeeds)), RateOfSpeed(*std::rbegin(kSpeeds)));
     const auto fDistance = [=](int nSpeed) {
-        const double fAway = RateOfSpeed(nSpeed) - fRate;
+        const double fAway = RateOfSpeed(nSpeed) - fWanted;
         return fAway < 0 ? -fAway : fAway;
     };
     return *std::min_element(std::begin(kSpeeds), std::end(kSpeeds),
