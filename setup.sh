@@ -51,6 +51,8 @@ test libpng-dev pc:libpng
 test libglib2.0-bin gio
 test dbus-daemon dbus-daemon
 test ffmpeg ffmpeg
+test playerctl playerctl
+test python3-dbusmock -
 test appstream appstreamcli
 fuzz clang clang++
 fuzz libclang-rt-14-dev -

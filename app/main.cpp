@@ -9,8 +9,9 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: trvplayer [MESSAGE]\n"
-    "Opens the player's window and plays MESSAGE, a .trv file. A player that runs already is closed.\n"
+    "usage: trvplayer [MESSAGE...]\n"
+    "Opens the player's window and plays each MESSAGE, a .trv file, one after the other. A player that runs\n"
+    "already is closed.\n"
     "  -h, --help   print this and end\n"
     "  --version    print the version and end\n";
 

@@ -50,3 +50,15 @@ constexpr DWORD SteppedVolume(DWORD dwVolume, DWORD dwLowest, DWORD dwHighest, b
     const std::int64_t wanted = bLouder ? dwVolume + step : dwVolume - step;
     return static_cast<DWORD>(std::clamp<std::int64_t>(wanted, dwLowest, std::max(dwLowest, dwHighest)));
 }
+
+// Where a volume stands within its range, of 1, and the volume that stands there; what lies outside counts as
+// the nearer end.
+constexpr double VolumeShare(DWORD dwVolume, DWORD dwLowest, DWORD dwHighest) {
+    if (dwHighest <= dwLowest) return 1;
+    return (std::clamp(dwVolume, dwLowest, dwHighest) - dwLowest) / static_cast<double>(dwHighest - dwLowest);
+}
+
+constexpr DWORD VolumeOfShare(double fShare, DWORD dwLowest, DWORD dwHighest) {
+    if (dwHighest <= dwLowest) return dwLowest;
+    return dwLowest + static_cast<DWORD>(std::clamp(fShare, 0.0, 1.0) * (dwHighest - dwLowest) + 0.5);
+}

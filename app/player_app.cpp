@@ -3,6 +3,7 @@
 
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "app/player_dlg.h"
 #include "codec/message_format.h"
@@ -28,15 +29,10 @@ BOOL CPlayerApp::InitInstance() {
     SetAppID("com.trivelle.MessagePlayer");
     RegisterFileType();
 
-    CString strPath;
-    CString strExtension;
     CCommandLineInfo info;
     ParseCommandLine(info);
-    if (info.m_nShellCommand == CCommandLineInfo::FileOpen) {
-        strPath = info.m_strFileName;
-        strExtension = strPath.Right(4);
-        strExtension.MakeLower();
-    }
+    std::vector<CString> messages = info.m_fileNames;
+    std::erase_if(messages, [](const CString& strPath) { return !CPlayQueue::IsMessage(strPath); });
 
     m_instance.Acquire();
     if (m_instance.IsSuperseded()) return FALSE;
@@ -47,7 +43,7 @@ BOOL CPlayerApp::InitInstance() {
     pDlg->ShowWindow(m_nCmdShow);
     pDlg->UpdateWindow();
 
-    if (!strPath.IsEmpty() && strExtension == kExtension) pDlg->OpenMessage(strPath);
+    if (!messages.empty()) pDlg->OpenMessages(messages);
     return TRUE;
 }
 

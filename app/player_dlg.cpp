@@ -6,23 +6,16 @@
 #include "app/about_dlg.h"
 #include "app/key_table.h"
 #include "app/play_commands.h"
-#include "platform/framework/afxcmn.h"
 #include "res/resource.h"
 
 namespace {
 
 constexpr int kScaleStep = 25;  // per cent
-constexpr LPCTSTR kFileFilter = "Trivelle Message Files (*.trv)|*.trv||";
-constexpr LPCTSTR kOpenTitle = "Open Trivelle Message...";
 
 CString LoadText(UINT nID) {
     CString strText;
     strText.LoadString(nID);
     return strText;
-}
-
-CString FileName(const CString& strPath) {
-    return strPath.Mid(strPath.ReverseFind('/') + 1);
 }
 
 }  // namespace
@@ -32,6 +25,7 @@ ON_WM_SYSCOMMAND()
 ON_WM_PAINT()
 ON_WM_QUERYDRAGICON()
 ON_WM_CLOSE()
+ON_WM_DESTROY()
 ON_COMMAND(ID_FILE_OPEN, OnFileOpen)
 ON_COMMAND(ID_FILE_CLOSE, OnFileClose)
 ON_COMMAND(ID_FILE_SAVE_AS, OnFileSaveAs)
@@ -39,6 +33,8 @@ ON_COMMAND(ID_EDIT_COPY, OnCopyPicture)
 ON_COMMAND(ID_FILE_EXIT, OnFileExit)
 ON_COMMAND(ID_PLAY_PLAYPAUSE, OnPlayPause)
 ON_COMMAND(ID_PLAY_STOP, OnStop)
+ON_COMMAND(ID_PLAY_NEXT_MESSAGE, OnNextMessage)
+ON_COMMAND(ID_PLAY_PREVIOUS_MESSAGE, OnPreviousMessage)
 ON_COMMAND(ID_PLAY_BACK_5, OnMove<ID_PLAY_BACK_5>)
 ON_COMMAND(ID_PLAY_ON_5, OnMove<ID_PLAY_ON_5>)
 ON_COMMAND(ID_PLAY_BACK_1, OnMove<ID_PLAY_BACK_1>)
@@ -65,6 +61,11 @@ ON_BN_CLICKED(IDC_STOP, OnStop)
 ON_BN_CLICKED(IDC_VOLUME, OnVolume)
 ON_MESSAGE(WM_PLAYBACK_ENDED, OnPlaybackEnded)
 ON_MESSAGE(WM_PLAYBACK_INTERRUPTED, OnPlaybackInterrupted)
+ON_MESSAGE(WM_PLAY_ON, OnPlayOn)
+ON_MESSAGE(WM_POSITION_JUMPED, OnPositionJumped)
+ON_MESSAGE(WM_LENGTH_KNOWN, OnMediaChanged)
+ON_MESSAGE(WM_FIRST_PICTURE, OnMediaChanged)
+ON_MESSAGE(MM_MIXM_CONTROL_CHANGE, OnMediaChanged)
 ON_MESSAGE(WM_VOLUME_CLOSED, OnVolumeClosed)
 ON_MESSAGE(WM_SAVING_ENDED, OnSavingEnded)
 ON_WM_DROPFILES()
@@ -117,10 +118,13 @@ BOOL CPlayerDlg::OnInitDialog() {
     SetCommandShortcut(ID_VIEW_SMALLER, "Ctrl+-");
     SetCommandShortcut(ID_VIEW_ORIGINAL_SIZE, "Ctrl+0");
     SetCommandShortcut(ID_VIEW_FULL_SCREEN, "F11");
+    SetCommandShortcut(ID_PLAY_NEXT_MESSAGE, ">; Media Next");
+    SetCommandShortcut(ID_PLAY_PREVIOUS_MESSAGE, "<; Media Previous");
     DragAcceptFiles();
 
     m_pPanel = new CMessagePanel(&m_panelFrame);
     m_pPanel->ShowPanel();
+    m_pSession = std::make_unique<CMediaSession>(*this);
     return TRUE;
 }
 
@@ -136,56 +140,9 @@ void CPlayerDlg::PostNcDestroy() {
     delete this;
 }
 
-void CPlayerDlg::OpenMessage(const CString& strPath) {
-    const HWND hWnd = m_hWnd;
-    LeaveFullScreen();
-
-    // The panel reports a missing sound device in a message box of its own.
-    m_bModal = TRUE;
-    const BOOL bOpen = m_pPanel->Open(strPath);
-    if (!IsWindow(hWnd)) return;
-    m_bModal = FALSE;
-
-    m_bOpen = bOpen;
-    if (m_bOpen) {
-        m_strMessage = strPath;
-        OnStop();
-        SetTitle(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
-        OnPlayPause();
-        return;
-    }
-
-    // Nothing is open any more, so the button must not go on offering Pause.
-    m_bPlaying = FALSE;
-    ShowPlaying(FALSE);
-    CString strText;
-    strText.Format(IDS_CANNOT_OPEN_FILE, static_cast<LPCTSTR>(strPath));
-    m_bModal = TRUE;
-    MessageBox(strText, LoadText(IDS_APP_TITLE), MB_ICONERROR);
-    if (!IsWindow(hWnd)) return;
-    m_bModal = FALSE;
-    if (!m_bOpen) ResetTitle();
-}
-
-void CPlayerDlg::OnFileOpen() {
-    const HWND hWnd = m_hWnd;
-    CFileDialog dlg(TRUE, "", "", 0, kFileFilter, this);
-    dlg.m_ofn.lpstrTitle = kOpenTitle;
-    dlg.m_ofn.Flags |= OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_READONLY;
-    m_bModal = TRUE;
-    const int nResult = dlg.DoModal();
-    if (!IsWindow(hWnd)) return;
-    m_bModal = FALSE;
-    if (nResult == IDOK) OpenMessage(dlg.GetPathName());
-}
-
-void CPlayerDlg::OnFileClose() {
-    if (!m_bOpen) return;
-    LeaveFullScreen();
-    OnStop();
-    m_bOpen = FALSE;
-    m_pPanel->Close();
-    ResetTitle();
+void CPlayerDlg::OnDestroy() {
+    m_pSession.reset();
+    CDialog::OnDestroy();
 }
 
 void CPlayerDlg::OnFileExit() {
@@ -262,36 +219,22 @@ void CPlayerDlg::OnNextPicture() {
     StepPicture(1);
 }
 
-BOOL CPlayerDlg::OpenMixer() {
-    if (m_mixer.HasWaveVolume()) return TRUE;
-    if (!m_mixer.Open(0) || !m_mixer.FindWaveVolume()) return FALSE;
-    m_mixer.FindWaveMute();
-    return TRUE;
-}
-
-void CPlayerDlg::ChangeVolume(BOOL bLouder) {
-    DWORD dwVolume = 0;
-    if (!OpenMixer() || !m_mixer.GetWaveVolume(dwVolume)) return;
-    m_mixer.SetWaveVolume(
-        SteppedVolume(dwVolume, m_mixer.GetWaveVolumeMin(), m_mixer.GetWaveVolumeMax(), bLouder != FALSE));
-}
-
 void CPlayerDlg::OnLouder() {
-    ChangeVolume(TRUE);
+    m_volume.Step(TRUE);
 }
 
 void CPlayerDlg::OnQuieter() {
-    ChangeVolume(FALSE);
+    m_volume.Step(FALSE);
 }
 
 void CPlayerDlg::OnMute() {
-    BOOL bMute = FALSE;
-    if (OpenMixer() && m_mixer.GetWaveMute(bMute)) m_mixer.SetWaveMute(!bMute);
+    m_volume.ToggleMute();
 }
 
 void CPlayerDlg::ChangeSpeed(int nSpeed) {
     m_pPanel->SetSpeed(nSpeed);
     ShowTitle();
+    m_pSession->Changed();
 }
 
 void CPlayerDlg::OnSlower() {
@@ -306,8 +249,20 @@ void CPlayerDlg::OnNormalSpeed() {
     ChangeSpeed(kNormalSpeed);
 }
 
+// The panel has more to do when this returns, so the queue goes on later.
 LRESULT CPlayerDlg::OnPlaybackEnded(WPARAM, LPARAM) {
     OnStop();
+    if (m_queue.PlaysOn()) PostMessage(WM_PLAY_ON);
+    return 0;
+}
+
+LRESULT CPlayerDlg::OnPositionJumped(WPARAM, LPARAM) {
+    if (m_pSession != nullptr) m_pSession->Jumped();
+    return 0;
+}
+
+LRESULT CPlayerDlg::OnMediaChanged(WPARAM, LPARAM) {
+    if (m_pSession != nullptr) m_pSession->Changed();
     return 0;
 }
 
@@ -368,9 +323,9 @@ void CPlayerDlg::LeaveFullScreen() {
 void CPlayerDlg::OnHelpAbout() {
     const HWND hWnd = m_hWnd;
     CAboutDlg dlg(this);
-    m_bModal = TRUE;
+    ++m_nModal;
     dlg.DoModal();
-    if (IsWindow(hWnd)) m_bModal = FALSE;
+    if (IsWindow(hWnd)) --m_nModal;
 }
 
 void CPlayerDlg::OnSysCommand(UINT nID, LPARAM lParam) {
@@ -395,16 +350,10 @@ HCURSOR CPlayerDlg::OnQueryDragIcon() {
     return m_hIcon;
 }
 
-// Takes the first of the files, as if it had been chosen in the dialog. While a box or a dialog is up the
-// window takes none, as it takes no other input either.
-void CPlayerDlg::OnDropFiles(HDROP hDrop) {
-    if (m_bModal || DragQueryFileCount(hDrop) == 0) return;
-    OpenMessage(DragQueryFile(hDrop, 0));
-}
-
 void CPlayerDlg::ShowPlaying(BOOL bPlaying) {
     m_btnPlayPause.SetIcons(bPlaying ? IDI_PAUSE : IDI_PLAY, 0);
     m_btnPlayPause.SetTooltipText(bPlaying ? IDS_PAUSE : IDS_PLAY);
+    m_pSession->Changed();
 }
 
 void CPlayerDlg::ShowVolumeLatched(BOOL bLatched) {

@@ -7,13 +7,19 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
+#include "app/media_session.h"
+#include "app/play_queue.h"
 #include "app/saving_dlg.h"
+#include "app/wave_volume.h"
 #include "controls/icon_button.h"
 #include "platform/framework/afxwin.h"
 #include "playback/message_panel.h"
-#include "volume/mixer.h"
 #include "volume/volume_dlg.h"
+
+// Posted to the window by itself when its queue goes on.
+inline constexpr UINT WM_PLAY_ON = WM_USER + 402;
 
 class CPlayerDlg : public CDialog {
 public:
@@ -21,9 +27,25 @@ public:
     CPlayerDlg();
     ~CPlayerDlg() override;
 
-    // Opens the message and plays it. A file that is no message is reported in a message box, and nothing is
-    // open afterwards. The window may be gone when this returns.
-    void OpenMessage(const CString& strPath);
+    // Opens the message, or the first of several, which are played one after the other. A file that is no
+    // message is reported in a message box, and nothing is open afterwards. The window may be gone when this
+    // returns.
+    void OpenMessages(const std::vector<CString>& files);
+    void OpenMessage(const CString& strPath) { OpenMessages({strPath}); }
+    // The same for what other programs ask, which while a box or a dialog is up is nothing, as no other input
+    // is taken then either.
+    void OpenFiles(const std::vector<CString>& files);
+    // To the next message (1) or the previous one (-1); one that is paused leads to one that is. At the end
+    // of the queue, or the folder, nothing happens. Other programs expect of a stopped player that it remains
+    // so, and of one that has none left that it stops. The window may be gone when this returns.
+    void GoToMessage(int nStep, BOOL bForOthers);
+
+    // One of kSpeeds.
+    void ChangeSpeed(int nSpeed);
+
+    CMessagePanel& Panel() { return *m_pPanel; }
+    CPlayQueue& Queue() { return m_queue; }
+    CWaveVolume& Volume() { return m_volume; }
 
     // Turns the keys of key_table.h, wherever the focus is in this window, into its commands, and a double
     // click on the picture into that for the whole screen, which Escape ends.
@@ -41,6 +63,7 @@ protected:
     afx_msg void OnPaint();
     afx_msg HCURSOR OnQueryDragIcon();
     afx_msg void OnClose();
+    afx_msg void OnDestroy();
     afx_msg void OnFileOpen();
     afx_msg void OnFileClose();
     afx_msg void OnFileSaveAs();
@@ -48,6 +71,8 @@ protected:
     afx_msg void OnFileExit();
     afx_msg void OnPlayPause();
     afx_msg void OnStop();
+    afx_msg void OnNextMessage();
+    afx_msg void OnPreviousMessage();
     template <UINT nCommand>
     afx_msg void OnMove() {
         Move(nCommand);
@@ -68,6 +93,9 @@ protected:
     afx_msg void OnVolume();
     afx_msg LRESULT OnPlaybackEnded(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnPlaybackInterrupted(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnPlayOn(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnPositionJumped(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnMediaChanged(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnVolumeClosed(WPARAM wParam, LPARAM lParam);
     afx_msg LRESULT OnSavingEnded(WPARAM wParam, LPARAM lParam);
     afx_msg void OnDropFiles(HDROP hDrop);
@@ -78,15 +106,14 @@ private:
     void SetTitle(const CString& strTitle);
     void ShowTitle();
     void ResetTitle();
-    void ChangeSpeed(int nSpeed);
     void Move(UINT nCommand);
     void StepPicture(int nPictures);
     void ScaleTo(int nPercent);
     void LeaveFullScreen();
-    BOOL OpenMixer();
-    void ChangeVolume(BOOL bLouder);
     void Save(const CString& strMessage, const CString& strPath);
     void ReportUnsaved(const CString& strReason);
+    // Opens and plays the queue's current message.
+    void OpenCurrent();
 
     CIconButton m_btnPlayPause;
     CIconButton m_btnStop;
@@ -100,9 +127,9 @@ private:
     CWnd* m_pFullScreen = nullptr;      // the picture, while it has the whole screen
     CMessagePanel* m_pPanel = nullptr;  // deletes itself with its window
     CStatic m_panelFrame;
-    CString m_strMessage;                   // the open one's path
+    CPlayQueue m_queue;
     std::unique_ptr<CSavingDlg> m_pSaving;  // while a message is being saved
-    CMixer m_mixer{
-        nullptr};           // opened when a key first asks for it; the volume dialog has its own and follows
-    BOOL m_bModal = FALSE;  // a modal call from here is under way
+    CWaveVolume m_volume{this};
+    std::unique_ptr<CMediaSession> m_pSession;
+    int m_nModal = 0;  // modal calls from here that are under way, one within the other
 };

@@ -15,14 +15,14 @@ constexpr LPCTSTR kSaveTitle = "Save As";
 void CPlayerDlg::OnFileSaveAs() {
     if (!m_bOpen || m_pSaving != nullptr) return;
     const HWND hWnd = m_hWnd;
-    const CString strMessage = m_strMessage;
+    const CString strMessage = m_queue.Current();
     const CString strFilter = SaveAsFilter();
     CFileDialog dlg(FALSE, "", SaveAsName(strMessage), OFN_OVERWRITEPROMPT, strFilter, this);
     dlg.m_ofn.lpstrTitle = kSaveTitle;
-    m_bModal = TRUE;
+    ++m_nModal;
     const int nResult = dlg.DoModal();
     if (!IsWindow(hWnd)) return;
-    m_bModal = FALSE;
+    --m_nModal;
     if (nResult == IDOK && m_pSaving == nullptr) Save(strMessage, dlg.GetPathName());
 }
 
@@ -54,9 +54,9 @@ void CPlayerDlg::ReportUnsaved(const CString& strReason) {
     CString strTitle;
     strText.Format(IDS_CANNOT_SAVE, static_cast<LPCTSTR>(strReason));
     strTitle.LoadString(IDS_APP_TITLE);
-    m_bModal = TRUE;
+    ++m_nModal;
     MessageBox(strText, strTitle, MB_ICONERROR);
-    if (IsWindow(hWnd)) m_bModal = FALSE;
+    if (IsWindow(hWnd)) --m_nModal;
 }
 
 void CPlayerDlg::OnCopyPicture() {

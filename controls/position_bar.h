@@ -48,7 +48,7 @@ public:
     BOOL PreTranslateMessage(MSG* pMsg) override;
 
     // For assistive programs: seconds. One that is set is told to the parent as if the head had been let go
-    // there. Announced by SetPosition and Reset, not by steps.
+    // there. Announced by SetPosition and Reset, not by steps; the panel announces it at a pause.
     AccessibleValue* GetAccessibleValue() override { return this; }
     double Value() const override;
     double MaximumValue() const override;

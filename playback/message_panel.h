@@ -22,6 +22,10 @@ inline constexpr UINT WM_PLAYBACK_ENDED = WM_USER + 201;
 // Sent by the message panel to the main window when it has paused by itself (wParam FALSE), since a call has
 // begun or headphones were unplugged, and when it plays on after the call (wParam TRUE).
 inline constexpr UINT WM_PLAYBACK_INTERRUPTED = WM_USER + 206;
+// Sent by it to the main window when the position has changed by more than playing on.
+inline constexpr UINT WM_POSITION_JUMPED = WM_USER + 207;
+// The same, when the message's length has become known.
+inline constexpr UINT WM_LENGTH_KNOWN = WM_USER + 208;
 
 // A modeless dialog that lives in the main window's frame and deletes itself when its window is destroyed,
 // a message that plays included.
@@ -69,8 +73,11 @@ public:
     // Frames that the message has, as far as is known.
     int GetLength() const;
 
-    // The window that shows the picture or the trace, null when nothing is open. It draws on other threads too.
+    // The window that shows the picture or the trace, null when nothing is open. It draws on other threads
+    // too.
     CWnd* GetPictureWindow() const;
+    PanelState GetState() const { return m_state; }
+    BOOL IsVideo() const { return m_nViewMode == kVideo; }
 
     void ShowVolumeControls(BOOL bShow);
 
@@ -124,6 +131,7 @@ private:
     void Move();
     void End();
     void Release();
+    static void NotifyMainWindow(UINT nMessage);
     void DropQueued();
     int PictureToShow(int nFrame) const;
 

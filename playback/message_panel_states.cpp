@@ -155,6 +155,7 @@ void CMessagePanel::Hold() {
     m_pWaveDevice->Pause();
     m_pVideo->Pause();
     if (m_bWaiting) ShowElapsed();
+    m_positionBar.AnnounceValue();
 }
 
 // What is queued belongs to sound and pictures that are not played any more.
@@ -215,6 +216,11 @@ void CMessagePanel::Move() {
     } else {
         SetTimer(kReaderTimer, kReaderTimerMs);
     }
+    NotifyMainWindow(WM_POSITION_JUMPED);
+}
+
+void CMessagePanel::NotifyMainWindow(UINT nMessage) {
+    if (CWnd* pMainWnd = AfxGetMainWnd()) pMainWnd->SendMessage(nMessage);
 }
 
 // The main window may do anything in answer.
@@ -222,7 +228,7 @@ void CMessagePanel::End() {
     const HWND hWnd = m_hWnd;
     const CString strFault = EndFault(m_end, GetPosition());
     Rewind();
-    if (CWnd* pMainWnd = AfxGetMainWnd()) pMainWnd->SendMessage(WM_PLAYBACK_ENDED);
+    NotifyMainWindow(WM_PLAYBACK_ENDED);
     if (IsWindow(hWnd) && HasMessage() && !strFault.IsEmpty()) ReportFault(strFault);
 }
 
@@ -355,7 +361,9 @@ LRESULT CMessagePanel::OnLateSpeech(WPARAM wParam, LPARAM) {
 }
 
 LRESULT CMessagePanel::OnIndexBuilt(WPARAM wParam, LPARAM) {
-    if (HasMessage() && wParam == m_pSource->nSerial) m_positionBar.SetRange(GetLength());
+    if (!HasMessage() || wParam != m_pSource->nSerial) return 0;
+    m_positionBar.SetRange(GetLength());
+    NotifyMainWindow(WM_LENGTH_KNOWN);
     return 0;
 }
 

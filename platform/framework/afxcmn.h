@@ -68,8 +68,9 @@ private:
 class CFileDialog {
 public:
     struct OPENFILENAME {
-        DWORD Flags;
+        DWORD Flags;  // of those, OFN_ALLOWMULTISELECT makes a difference
         LPCTSTR lpstrTitle;
+        LPCTSTR lpstrInitialDir;  // "" for where the toolkit begins
     };
     // defaultExtension: only "", as a name without ending gets that of the pattern that is chosen; fileName:
     // "" for opening. Anything else ends the program with a message. filter: pairs of description and
@@ -79,13 +80,15 @@ public:
     // IDOK or IDCANCEL. The parent may be destroyed while the dialog is up; the dialog then closes
     // (IDCANCEL).
     int DoModal();
-    CString GetPathName() const { return m_path; }
+    CString GetPathName() const { return m_paths.empty() ? CString() : m_paths.front(); }
+    // In place of GetStartPosition and GetNextPathName: all that were chosen.
+    const std::vector<CString>& GetPathNames() const { return m_paths; }
     OPENFILENAME m_ofn;
 
 private:
     BOOL m_openFile;
     CString m_fileName;
     CString m_filter;
-    CString m_path;
+    std::vector<CString> m_paths;
     CWnd* m_parent;
 };

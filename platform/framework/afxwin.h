@@ -5,6 +5,8 @@
 // window (m_hWnd null, or destroyed) does nothing when it is asked to do something.
 #pragma once
 
+#include <vector>
+
 #include "platform/framework/afxgdi.h"
 #include "platform/framework/afxmsg.h"
 #include "platform/framework/afxmt.h"
@@ -213,13 +215,11 @@ private:
     int m_result = IDCANCEL;
 };
 
-// What the command line says: the first plain argument, if any, as the file to open. Difference from the
-// framework: a word that begins with '-' is a switch and is skipped; a leading slash is a path.
+// What the command line says. Differences from the framework: every plain argument is a file to open, not the
+// first alone; a word that begins with '-' is a switch and is skipped; a leading slash is a path.
 class CCommandLineInfo {
 public:
-    enum Command { FileNew, FileOpen };
-    Command m_nShellCommand = FileNew;
-    CString m_strFileName;
+    std::vector<CString> m_fileNames;
 };
 
 // The application: exactly one object, created before the program's entry.

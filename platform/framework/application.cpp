@@ -41,10 +41,6 @@ BOOL CWinApp::PreTranslateMessage(MSG* message) {
 }
 
 void CWinApp::ParseCommandLine(CCommandLineInfo& info) const {
-    for (int i = 1; i < m_argc; ++i) {
-        if (m_argv[i][0] == '-' || m_argv[i][0] == '\0') continue;
-        info.m_nShellCommand = CCommandLineInfo::FileOpen;
-        info.m_strFileName = m_argv[i];
-        return;
-    }
+    for (int i = 1; i < m_argc; ++i)
+        if (m_argv[i][0] != '-' && m_argv[i][0] != '\0') info.m_fileNames.emplace_back(m_argv[i]);
 }

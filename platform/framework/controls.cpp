@@ -80,7 +80,7 @@ void CToolTipCtrl::RelayEvent(const MSG* message) {
 
 CFileDialog::CFileDialog(BOOL openFile, LPCTSTR defaultExtension, LPCTSTR fileName, DWORD flags,
                          LPCTSTR filter, CWnd* parent)
-    : m_ofn{flags, ""}, m_openFile(openFile), m_fileName(fileName), m_filter(filter), m_parent(parent) {
+    : m_ofn{flags, "", ""}, m_openFile(openFile), m_fileName(fileName), m_filter(filter), m_parent(parent) {
     if (*defaultExtension != '\0') Unsupported("file dialog", "with an extension given");
     if (openFile != FALSE && *fileName != '\0') Unsupported("file dialog", "with a name given");
 }
@@ -95,9 +95,11 @@ int CFileDialog::DoModal() {
         start = end + 1;
     }
     const HWND owner = m_parent == nullptr ? nullptr : m_parent->GetSafeHwnd();
-    const auto use = m_openFile != FALSE ? NativeToolkit::FileUse::kOpen : NativeToolkit::FileUse::kSave;
-    const auto chosen = Toolkit()->ChooseFile(owner, m_ofn.lpstrTitle, filters, use, m_fileName.Str());
-    if (!chosen.has_value()) return IDCANCEL;
-    m_path = CString(*chosen);
+    const auto chosen =
+        Toolkit()->ChooseFiles(owner, m_ofn.lpstrTitle, filters,
+                               {m_openFile == FALSE, (m_ofn.Flags & OFN_ALLOWMULTISELECT) != 0,
+                                m_ofn.lpstrInitialDir, m_fileName.Str()});
+    m_paths.assign(chosen.begin(), chosen.end());
+    if (m_paths.empty()) return IDCANCEL;
     return IDOK;
 }

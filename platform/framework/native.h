@@ -77,13 +77,17 @@ public:
 
     // Returns when the box is closed, by the person or because its owner was destroyed.
     virtual void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) = 0;
-    // filters: description and pattern in turn. Nothing when cancelled or when the owner was destroyed. For
-    // saving, `name` is what is suggested, an existing file is asked about, and a name without ending gets
-    // the pattern's.
-    enum class FileUse { kOpen, kSave };
-    virtual std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
-                                                  const std::vector<std::string>& filters, FileUse use,
-                                                  const std::string& name) = 0;
+    // For saving, an existing file is asked about, and a name without ending gets the pattern's.
+    struct FileQuestion {
+        bool saving = false;
+        bool several = false;  // may be chosen, for opening
+        std::string folder;    // where to begin, empty for wherever
+        std::string name;      // what is suggested for saving
+    };
+    // filters: description and pattern in turn. None when cancelled or when the owner was destroyed.
+    virtual std::vector<std::string> ChooseFiles(HWND owner, const std::string& title,
+                                                 const std::vector<std::string>& filters,
+                                                 const FileQuestion& question) = 0;
     // Opaque pictures. As a PNG file, which appears when it is whole; false, with nothing changed, when it
     // cannot be written.
     virtual bool SavePicture(const std::string& path, const Image& image) = 0;

@@ -152,6 +152,7 @@ inline constexpr int SM_CYICON = 12;
 
 inline constexpr UINT OFN_READONLY = 0x00000001;
 inline constexpr UINT OFN_OVERWRITEPROMPT = 0x00000002;
+inline constexpr UINT OFN_ALLOWMULTISELECT = 0x00000200;
 inline constexpr UINT OFN_PATHMUSTEXIST = 0x00000800;
 inline constexpr UINT OFN_FILEMUSTEXIST = 0x00001000;
 

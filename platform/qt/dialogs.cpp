@@ -53,10 +53,11 @@ void QtToolkit::MessageBox(HWND owner, const std::string& text, const std::strin
     delete box;
 }
 
-std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& title,
-                                                 const std::vector<std::string>& filters, FileUse use,
-                                                 const std::string& name) {
-    const QPointer<QFileDialog> dialog(new QFileDialog(OwnerWidget(owner), QString::fromStdString(title)));
+std::vector<std::string> QtToolkit::ChooseFiles(HWND owner, const std::string& title,
+                                                const std::vector<std::string>& filters,
+                                                const FileQuestion& question) {
+    const QPointer<QFileDialog> dialog(new QFileDialog(OwnerWidget(owner), QString::fromStdString(title),
+                                                       QString::fromStdString(question.folder)));
     QStringList names;
     for (std::size_t i = 0; i + 1 < filters.size(); i += 2) {
         // The toolkit takes the pattern from the last parentheses, and shows what stands before them. It gets
@@ -67,8 +68,8 @@ std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& 
     }
     dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setNameFilters(names);
-    if (use == FileUse::kOpen) {
-        dialog->setFileMode(QFileDialog::ExistingFile);
+    if (!question.saving) {
+        dialog->setFileMode(question.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
         dialog->setAcceptMode(QFileDialog::AcceptOpen);
         dialog->setOption(QFileDialog::ReadOnly);
     } else {
@@ -80,12 +81,11 @@ std::optional<std::string> QtToolkit::ChooseFile(HWND owner, const std::string& 
         };
         QObject::connect(dialog, &QFileDialog::filterSelected, dialog, follow);
         follow(names.value(0));
-        dialog->selectFile(QString::fromStdString(name));
+        dialog->selectFile(QString::fromStdString(question.name));
     }
-    std::optional<std::string> chosen;
-    if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr &&
-        !dialog->selectedFiles().isEmpty())
-        chosen = dialog->selectedFiles().constFirst().toStdString();
+    std::vector<std::string> chosen;
+    if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr)
+        for (const QString& path : dialog->selectedFiles()) chosen.push_back(path.toStdString());
     delete dialog;
     return chosen;
 }

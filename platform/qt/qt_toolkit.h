@@ -28,9 +28,9 @@ public:
     void RunModal(HWND window) override;
     void EndModal(HWND window) override;
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
-    std::optional<std::string> ChooseFile(HWND owner, const std::string& title,
-                                          const std::vector<std::string>& filters, FileUse use,
-                                          const std::string& name) override;
+    std::vector<std::string> ChooseFiles(HWND owner, const std::string& title,
+                                         const std::vector<std::string>& filters,
+                                         const FileQuestion& question) override;
     bool SavePicture(const std::string& path, const Image& image) override;
     void CopyPicture(const Image& image) override;
     void SetAppId(const std::string& id) override;

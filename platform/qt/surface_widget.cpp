@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/framework/drop_files.h"
+#include "platform/qt/file_uri.h"
 #include "platform/qt/qt_toolkit.h"
 #include "platform/qt/widgets.h"
 
@@ -66,8 +67,7 @@ void SurfaceWidget::dragMoveEvent(QDragMoveEvent* event) {
 
 void SurfaceWidget::dropEvent(QDropEvent* event) {
     DroppedFiles dropped;
-    for (const QUrl& url : event->mimeData()->urls())
-        if (url.isLocalFile()) dropped.paths.push_back(url.toLocalFile().toStdString());
+    dropped.paths = PathsOfUriList(event->mimeData()->data(QStringLiteral("text/uri-list")));
     AcceptCopy(event);
     // One that offers nothing but a move is answered that nothing was done.
     if (event->dropAction() != Qt::CopyAction) event->setDropAction(Qt::IgnoreAction);

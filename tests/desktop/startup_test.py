@@ -47,7 +47,7 @@ class StartUp(desktop.DesktopTest):
         return image
 
     def test_help_and_version_need_no_display(self):
-        usage = "usage: trvplayer [MESSAGE]"
+        usage = "usage: trvplayer [MESSAGE...]"
         for words, first in (["--help"], usage), (["x.trv", "-h"], usage), (["--version"], "trvplayer 1.0"):
             with self.subTest(words):
                 ended = subprocess.run([self.program, *words], env={}, capture_output=True, text=True, check=False)
@@ -69,7 +69,7 @@ class StartUp(desktop.DesktopTest):
             ("another extension", [self.path("hello.trv.bak")], None),
             ("no extension", ["a"], None),
             ("a switch", ["-hello.trv"], None),
-            ("a switch, then a message", ["-x", "hello.trv"], "hello.trv"),
+            ("what is none, then a message", ["-x", "hello.trv.bak", "hello.trv"], "hello.trv"),
             ("two messages", [self.path("hello.trv"), self.path("HELLO.TRV")], "hello.trv"),
             ("nothing", [], None),
         )

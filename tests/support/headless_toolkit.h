@@ -55,9 +55,9 @@ public:
     void RunModal(HWND) override {}
     void EndModal(HWND) override {}
     void MessageBox(HWND owner, const std::string& text, const std::string& caption, bool error) override;
-    std::optional<std::string> ChooseFile(HWND, const std::string&, const std::vector<std::string>&, FileUse,
-                                          const std::string&) override {
-        return std::nullopt;
+    std::vector<std::string> ChooseFiles(HWND, const std::string&, const std::vector<std::string>&,
+                                         const FileQuestion&) override {
+        return {};
     }
     void SetAppId(const std::string&) override {}
     void SetContentScale(double wanted) override { scale = wanted; }
