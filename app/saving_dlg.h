@@ -11,15 +11,15 @@
 // Posted to the dialog's parent when the saving has ended: done, failed or cancelled.
 inline constexpr UINT WM_SAVING_ENDED = WM_USER + 301;
 
-// A modeless dialog beside the main window, which goes on playing. UI thread only. Deleting it cancels the saving
-// and waits for its end; nothing is left of a file that is not whole.
+// A modeless dialog beside the main window, which goes on playing. UI thread only. Deleting it cancels the
+// saving and waits for its end; nothing is left of a file that is not whole.
 class CSavingDlg : public CDialog {
 public:
     explicit CSavingDlg(CWnd* pParent);
     ~CSavingDlg() override;
 
-    // Starts saving the message as what the path's ending says, replacing a file of that name. FALSE when there is
-    // no such form, or no thread. Once only.
+    // Starts saving the message as what the path's ending says, replacing a file of that name. FALSE when
+    // there is no such form, or no thread. Once only.
     BOOL Start(const CString& strMessage, const CString& strPath);
     // After WM_SAVING_ENDED: why it failed; empty when it did not, or was cancelled.
     CString GetFailure() const { return CString(m_failure); }
