@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#ifdef __aarch64__
+
 #include <arm_neon.h>
 
 #include <cstdint>
 
-// Two doubles at a time.
+// Two doubles at a time. For arm64; elsewhere it is not there.
 struct NeonVector {
     using Reg = float64x2_t;
     static constexpr int kLanes = 2;
@@ -33,3 +35,5 @@ struct NeonVector {
         vst2_s16(to, int16x4x2_t{{Truncate(even), Truncate(odd)}});
     }
 };
+
+#endif
