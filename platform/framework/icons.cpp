@@ -22,7 +22,7 @@ HandleTable<Icon, HICON> g_icons;
 HICON LoadImage(UINT id, UINT type) {
     const int size = GetSystemMetrics(SM_CXICON);
     auto image = type == IMAGE_CURSOR ? resources::LoadCursor(id, size) : resources::LoadIcon(id, size);
-    return image.has_value() ? g_icons.Add(std::make_shared<Icon>(id, std::move(*image), Image())) : nullptr;
+    return image.has_value() ? g_icons.Add(std::make_shared<Icon>(Icon{id, std::move(*image), {}})) : nullptr;
 }
 
 BOOL DestroyIcon(HICON icon) {
