@@ -213,7 +213,7 @@ void MonitorRecording::Read() {
 std::vector<std::int16_t> MonitorRecording::Samples() const {
     const std::scoped_lock lock(m_lock);
     std::vector<std::int16_t> samples(m_bytes.size() / sizeof(std::int16_t));
-    std::memcpy(samples.data(), m_bytes.data(), samples.size() * sizeof(std::int16_t));
+    if (!samples.empty()) std::memcpy(samples.data(), m_bytes.data(), samples.size() * sizeof(std::int16_t));
     return samples;
 }
 
