@@ -155,6 +155,7 @@ TEST_F(PulseMixer, TheMeterFollowsTheToneAndIsThereOnlyWhileRead) {
         return meters().find("float") != std::string::npos;
     })) << "a meter on the new stream";
     EXPECT_TRUE(Eventually([&] { return meters().empty(); })) << "closed when nobody reads";
+    CloseWave();  // while its blocks still live
 }
 
 TEST_F(PulseMixer, AServerThatReturnsIsFoundByReadingTheMeter) {
