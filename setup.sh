@@ -12,8 +12,8 @@
 #   fuzz       test, and the compiler for the preset fuzz
 #   bench      test, what bench/ is built with, and the programs that it measures against
 #   cross      test, and what building for arm64 and testing that under qemu need
-#   ci         test, fuzz, what bench/ is built with, the formatter, and what packages are built and tried
-#              with: what .ci/run needs
+#   ci         test, fuzz, PipeWire's sound beside PulseAudio's, what bench/ is built with, the formatter, and what
+#              packages are built and tried with: what .ci/run needs
 #
 # --check installs nothing; it names what is missing and exits 1 if anything is. On a system without apt it is
 # all that is done: programs, pkg-config modules and headers are looked for.
@@ -75,6 +75,9 @@ cross libgtest-dev:arm64 -
 cross libsndfile1-dev:arm64 -
 cross libsamplerate0-dev:arm64 -
 cross libpng-dev:arm64 -
+ci pipewire pipewire
+ci wireplumber wireplumber
+ci pipewire-pulse pipewire-pulse
 ci clang-format-14 clang-format-14
 ci build-essential -
 ci debhelper dh

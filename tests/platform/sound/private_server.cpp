@@ -33,6 +33,8 @@ const fs::path& Private() {
         setenv("HOME", folder.Path("home").c_str(), 1);
         setenv("XDG_CONFIG_HOME", folder.Path("config").c_str(), 1);
         setenv("XDG_RUNTIME_DIR", folder.Path("run").c_str(), 1);
+        // What PipeWire remembers of streams and sinks, which another process may have muted or moved.
+        setenv("XDG_STATE_HOME", folder.Path("home/.local/state").c_str(), 1);
         for (const char* name : {"PULSE_SERVER", "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE",
                                  "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "PULSE_CLIENTCONFIG", "PULSE_PROP",
                                  "PULSE_LATENCY_MSEC", "DBUS_SESSION_BUS_ADDRESS"})
