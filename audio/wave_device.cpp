@@ -21,10 +21,10 @@ CWaveDevice::CWaveDevice(CWnd* pParent, CWaveClient* pClient, int nDirection, in
       m_nStartThreshold(nStartThreshold),
       m_nBytesPerSample(nBytesPerSample),
       m_nSampleRate(nSampleRate),
-      m_written(static_cast<std::size_t>(kBlocks * nBlockLength)),
+      m_written(static_cast<std::size_t>(kSoundBlockSlots * nBlockLength)),
       m_converter(m_written, nBlockLength, nSampleRate),
-      m_buffers(static_cast<std::size_t>(kBlocks * nBlockLength)) {
-    for (int i = 0; i < kBlocks; ++i)
+      m_buffers(static_cast<std::size_t>(kSoundBlockSlots * nBlockLength)) {
+    for (int i = 0; i < kSoundBlockSlots; ++i)
         m_blocks[static_cast<std::size_t>(i)].header.lpData = reinterpret_cast<char*>(SamplesOf(i).data());
 
     CRect rect;
@@ -79,7 +79,7 @@ void CWaveDevice::Close() {
 
 void CWaveDevice::Write(const void* pBlock) {
     const CSingleLock lock(&m_lock);
-    if (!m_bOpen || CountQueued() == kMaxQueued) return;
+    if (!m_bOpen || CountQueued() == kMaxQueuedBlocks) return;
     m_bNoMore = FALSE;
     m_written.Write({static_cast<const std::int16_t*>(pBlock), static_cast<std::size_t>(m_nBlockLength)});
     MakeBlocks();
@@ -139,7 +139,7 @@ BOOL CWaveDevice::SetSpeed(int nSpeed) {
 
     const int nTakenBack = TakeBack();
     m_nMade -= nTakenBack;
-    m_nWriteIndex = (m_nWriteIndex - nTakenBack + kBlocks) % kBlocks;
+    m_nWriteIndex = (m_nWriteIndex - nTakenBack + kSoundBlockSlots) % kSoundBlockSlots;
     // What would have sounded next; it is made now where all that had been made sounds already. What is
     // paused begins anew.
     const Block& next = m_blocks[static_cast<std::size_t>(m_nWriteIndex)];
@@ -188,7 +188,7 @@ BOOL CWaveDevice::MakeBlock() {
 
 // As many as what is written suffices for. While paused they wait for Resume.
 void CWaveDevice::MakeBlocks() {
-    while (m_nMade < kMaxQueued && MakeBlock()) {
+    while (m_nMade < kMaxQueuedBlocks && MakeBlock()) {
         ++m_nMade;
         if (!m_bPaused) SendToDriver(m_nWriteIndex);
         m_nWriteIndex = NextIndex(m_nWriteIndex);

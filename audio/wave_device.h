@@ -10,6 +10,7 @@
 #include "audio/sample_ring.h"
 #include "audio/speed_converter.h"
 #include "audio/wave_client.h"
+#include "codec/queue_limits.h"
 #include "platform/framework/afxcmn.h"
 #include "platform/sound/mmsystem.h"
 
@@ -30,9 +31,6 @@ class CVolumeDlg;
 // Nothing is allocated after the constructor but by SetSpeed.
 class CWaveDevice : public CStatic {
 public:
-    static constexpr int kBlocks = 250;  // ring slots; one always stays free
-    static constexpr int kMaxQueued = kBlocks - 1;
-
     enum Direction { kRecord = 0, kPlay = 1, kBoth = 2 };
 
     // pClient may be null; neither it nor pParent is owned. nDirection: a Direction, of which only the
@@ -87,7 +85,7 @@ private:
         int nSamples = 0;        // how many
     };
 
-    static int NextIndex(int nIndex) { return (nIndex + 1) % kBlocks; }
+    static int NextIndex(int nIndex) { return (nIndex + 1) % kSoundBlockSlots; }
     BOOL HasOutput() const { return m_nDirection != kRecord; }
     // Blocks written and not yet heard, one that has been heard in part included.
     int CountQueued() const;
@@ -118,9 +116,9 @@ private:
     CSampleRing m_written;
     std::int64_t m_nHeard = 0;  // of the samples written
     CSpeedConverter m_converter;
-    std::array<Block, kBlocks> m_blocks;  // block i has buffer i
+    std::array<Block, kSoundBlockSlots> m_blocks;  // block i has buffer i
     std::vector<std::int16_t> m_buffers;
-    int m_nMade = 0;        // blocks made and not yet reported: (write index - read index) modulo kBlocks
+    int m_nMade = 0;        // blocks made and not yet reported: (write index - read index) modulo the slots
     int m_nReadIndex = 0;   // oldest of them
     int m_nWriteIndex = 0;  // the next one to be made
     // Notifications still to come for blocks that Pause has taken back from the driver. Notifications keep

@@ -117,9 +117,9 @@ TEST_F(WaveDeviceTest, DropsWhatItCannotTake) {
     EXPECT_EQ(m_device.GetQueuedCount(), 0) << "closed";
     ASSERT_TRUE(m_device.Open());
     const int first = m_written;
-    Write(CWaveDevice::kMaxQueued + 1);
+    Write(kMaxQueuedBlocks + 1);
     EXPECT_EQ(m_device.GetQueuedCount(), 249) << "full";
-    Hear(CWaveDevice::kMaxQueued);
+    Hear(kMaxQueuedBlocks);
     EXPECT_EQ(m_client.played, 249);
     EXPECT_EQ(HeardBlocks(), Whole(first, first + 249));
 }
@@ -327,7 +327,7 @@ TEST_F(WaveDeviceTest, WriterAndNotificationsMeetWithoutLosingABlock) {
     ASSERT_TRUE(m_device.Open());
     std::thread writer([this] {
         while (m_written < kTotal) {
-            if (m_device.GetQueuedCount() + 10 < CWaveDevice::kBlocks) Write(10);
+            if (m_device.GetQueuedCount() + 10 < kSoundBlockSlots) Write(10);
             if (m_written % 70 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         m_device.EndOfSound();

@@ -120,7 +120,7 @@ class Window(desktop.DesktopTest):
         window = player.main_window()
 
         def minimised():
-            # The window manager passes over what it is asked before it has taken the window in.
+            # The window manager ignores what it is asked before it has taken the window in.
             subprocess.run(["xdotool", "windowminimize", window], check=True)
             return "Iconic" in run("xprop", "-id", window, "WM_STATE")
 

@@ -255,7 +255,7 @@ TEST(TrvmakeInput, FilmToMessageAndBack) {
     const QJsonObject report = Describe(folder.Path("m.trv"));
     EXPECT_EQ(report["frame_count"].toInt(), 520);
     EXPECT_TRUE(report["warnings"].toArray().isEmpty());
-    // The last of the original's 32 is due after its end.
+    // The last of the message's 32 is due after its end.
     ASSERT_EQ(report["video_records"].toArray().size(), 31);
     ASSERT_EQ(RunTrvdump({"--bgr", folder.Path("after"), folder.Path("m.trv")}).status, 0);
     for (const char* name :
