@@ -22,7 +22,10 @@ constexpr unsigned kMenuPopup = 0x0010;
 constexpr unsigned kMenuLast = 0x0080;
 constexpr unsigned kMenuSeparator = 0x0800;
 
-std::vector<MenuItem> ReadMenuLevel(Reader& reader) {
+constexpr int kMostMenuLevels = 8;
+
+std::vector<MenuItem> ReadMenuLevel(Reader& reader, int level = 1) {
+    if (level > kMostMenuLevels) Unsupported("menu", "of too many levels");
     std::vector<MenuItem> items;
     unsigned flags = 0;
     while ((flags & kMenuLast) == 0) {
@@ -32,7 +35,7 @@ std::vector<MenuItem> ReadMenuLevel(Reader& reader) {
         MenuItem& item = items.emplace_back();
         if (!popup) item.id = reader.U16();
         item.text = reader.TextZ();
-        if (popup) item.children = ReadMenuLevel(reader);
+        if (popup) item.children = ReadMenuLevel(reader, level + 1);
     }
     return items;
 }

@@ -2,6 +2,7 @@
 // Icons, cursors and bitmaps: device-independent bitmaps, alone or chosen from a group.
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "platform/framework/native.h"
 #include "platform/framework/resources.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::uint32_t kOpaque = 0xFF000000U;
 constexpr std::uint32_t kHeaderSize = 40;
+constexpr int kMostPixels = 4096;  // of a side
 
 // A device-independent bitmap; its rows go from the bottom up.
 struct Dib {
@@ -35,6 +37,8 @@ Dib ReadDib(std::span<const std::uint8_t> data, bool withMask) {
     if (const std::uint32_t size = reader.U32(); size != kHeaderSize) Unsupported("bitmap header", size);
     dib.width = reader.I32();
     dib.height = reader.I32() / (withMask ? 2 : 1);
+    if (dib.width < 1 || dib.width > kMostPixels || dib.height < 1 || dib.height > kMostPixels)
+        Unsupported("size of a bitmap", std::to_string(dib.width) + " x " + std::to_string(dib.height));
     reader.Skip(2);  // planes
     dib.bits = reader.U16();
     if (reader.U32() != 0) Unsupported("bitmap", "with compression");
@@ -44,7 +48,8 @@ Dib ReadDib(std::span<const std::uint8_t> data, bool withMask) {
     if (dib.bits != 4 && dib.bits != 8 && dib.bits != 24 && dib.bits != 32)
         Unsupported("bits of a bitmap's pixel", dib.bits);
     if (dib.bits <= 8 && used == 0) used = std::size_t{1} << dib.bits;
-    for (std::size_t i = 0; i < used; ++i) dib.palette.at(i) = kOpaque | reader.U32();
+    if (used > dib.palette.size()) Unsupported("palette of a bitmap", used);
+    for (std::size_t i = 0; i < used; ++i) dib.palette[i] = kOpaque | reader.U32();
     const auto rows = static_cast<std::size_t>(dib.height);
     dib.colours = reader.Bytes(rows * RowBytes(dib.width, dib.bits));
     if (withMask) dib.mask = reader.Bytes(rows * RowBytes(dib.width, 1));
@@ -120,7 +125,7 @@ std::optional<Image> LoadBest(unsigned groupType, unsigned id, int size) {
         const int y = cursor ? picture.I16() : 0;
         const auto bitmap = picture.Bytes(picture.Left());
         const int width = WidthOf(bitmap);
-        if (width == 0 || (!best.empty() && rank(WidthOf(best)) <= rank(width))) continue;
+        if (width <= 0 || (!best.empty() && rank(WidthOf(best)) <= rank(width))) continue;
         best = bitmap;
         hotX = x;
         hotY = y;

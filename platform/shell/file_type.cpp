@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/shell/file_type.h"
 
-#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,10 +9,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string_view>
 #include <vector>
 
+#include "platform/shell/file_type_texts.h"
 #include "platform/shell/start_program.h"
 
 namespace {
@@ -42,18 +43,9 @@ std::vector<fs::path> DataFolders() {
     return folders;
 }
 
-// Lines of globs2 are weight:type:pattern, perhaps with :flags after them.
 bool IsPatternKnown(const fs::path& folder, const std::string& pattern) {
     std::ifstream globs(folder / "mime/globs2");
-    for (std::string line; std::getline(globs, line);) {
-        const std::size_t type = line.find(':');
-        if (line.starts_with('#') || type == std::string::npos) continue;
-        const std::size_t glob = line.find(':', type + 1);
-        if (glob == std::string::npos) continue;
-        const std::string found = line.substr(glob + 1, line.find(':', glob + 1) - glob - 1);
-        if (strcasecmp(found.c_str(), pattern.c_str()) == 0) return true;
-    }
-    return false;
+    return IsPatternIn(globs, pattern);
 }
 
 // "Trivelle.Message" becomes "trivelle-message".
@@ -64,58 +56,12 @@ std::string PlainName(std::string identifier) {
     return identifier;
 }
 
-// Puts the escape before each of the special characters.
-std::string Escaped(std::string_view text, std::string_view special, char escape) {
-    std::string result;
-    for (const char c : text) {
-        if (special.find(c) != std::string_view::npos) result += escape;
-        result += c;
-    }
-    return result;
-}
-
-// TryExec holds the path as every string of a desktop entry: with its backslashes doubled.
-std::string TryExec(const std::string& program) {
-    return Escaped(program, "\\", '\\');
-}
-
-// Exec quotes it, doubles its per cent signs, and doubles the quotes' backslashes once more.
-std::string Exec(const std::string& program) {
-    const std::string quoted = '"' + Escaped(program, "\"`$\\", '\\') + '"';
-    return Escaped(Escaped(quoted, "%", '%'), "\\", '\\');
-}
-
-std::string EntryBeforeProgram(const FileType& type, const std::string& subtype) {
-    return "[Desktop Entry]\nType=Application\nName=" + type.program_name + "\nIcon=application-" + subtype +
-           "\nMimeType=application/" + subtype + ";\nCategories=AudioVideo;Player;\nTerminal=false\nTryExec=";
-}
-
-std::string Entry(const FileType& type, const std::string& subtype, const std::string& program) {
-    return EntryBeforeProgram(type, subtype) + TryExec(program) + "\nExec=" + Exec(program) + " %f\n";
-}
-
-// Whether the entry is as Entry made it, for a program that has gone.
+// Whether the entry is as an earlier call made it, for a program that has gone.
 bool IsStale(const fs::path& path, const FileType& type, const std::string& subtype) {
     std::ifstream file(path, std::ios::binary);
     const std::string content(std::istreambuf_iterator<char>(file), {});
-    const std::string before = EntryBeforeProgram(type, subtype);
-    if (!content.starts_with(before)) return false;
-    std::string program;
-    for (std::size_t i = before.size(); i < content.size() && content[i] != '\n'; ++i) {
-        if (content[i] == '\\') ++i;
-        program += content[i];
-    }
-    return content == Entry(type, subtype, program) && !Exists(program);
-}
-
-std::string MimePackage(const FileType& type, const std::string& subtype) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
-           "  <mime-type type=\"application/" +
-           subtype + "\">\n    <comment>" + type.description +
-           "</comment>\n    <magic priority=\"50\">\n      <match type=\"string\" offset=\"0\" value=\"" +
-           type.magic + "\"/>\n    </magic>\n    <glob pattern=\"*" + type.extension +
-           "\"/>\n    <generic-icon name=\"video-x-generic\"/>\n  </mime-type>\n</mime-info>\n";
+    const std::optional<std::string> program = ProgramOfEntry(content, type, subtype);
+    return program.has_value() && !Exists(*program);
 }
 
 // The content is written beside the file and then gets its name.
@@ -152,7 +98,7 @@ void RegisterFileType(const FileType& type) {
     const fs::path entry = data / "applications" / (name + ".desktop");
     if (Exists(package)) {
         const bool renewed =
-            IsStale(entry, type, subtype) && Write(entry, Entry(type, subtype, type.program));
+            IsStale(entry, type, subtype) && Write(entry, DesktopEntry(type, subtype, type.program));
         // The update of an earlier start may have been cut short; what it writes tells.
         if (renewed || !Exists(data / "mime/application" / (subtype + ".xml"))) UpdateDatabases(data);
         return;
@@ -166,7 +112,7 @@ void RegisterFileType(const FileType& type) {
         Write(data / "icons/hicolor/scalable/mimetypes" / ("application-" + subtype + ".svg"),
               {reinterpret_cast<const char*>(type.icon.data()), type.icon.size()});
     }
-    if (!Exists(entry)) Write(entry, Entry(type, subtype, type.program));
+    if (!Exists(entry)) Write(entry, DesktopEntry(type, subtype, type.program));
     // Last, since it is what later starts look for.
     if (Write(package, MimePackage(type, subtype))) UpdateDatabases(data);
 }

@@ -20,6 +20,7 @@
 #include "codec/message_format.h"
 #include "codec/vdec.h"
 #include "tools/dump/canvas_png.h"
+#include "tools/dump/confinement.h"
 #include "tools/dump/thumbnail_levels.h"
 #include "tools/export/canvas.h"
 #include "tools/export/message_file.h"
@@ -114,7 +115,7 @@ Canvas LevelThumbnail(const MessageFile& message, int size) {
     const int step = std::max(2, size / 48);
     canvas.Fill({0, height / 2, size, 1}, kMiddleLine);
     const std::vector<float> levels =
-        LoudestPerPart(SampleLevels(message.path()), static_cast<std::size_t>(size / step));
+        LoudestPerPart(SampleLevels(message.descriptor()), static_cast<std::size_t>(size / step));
     for (std::size_t i = 0; i < levels.size(); ++i) {
         const int bar = static_cast<int>(std::lround(std::sqrt(levels[i]) * static_cast<float>(height - 2)));
         canvas.Fill({static_cast<int>(i) * step, (height - bar) / 2, std::max(1, step * 3 / 5), bar}, kTrace);
@@ -150,20 +151,20 @@ void WriteWhole(const std::string& output, std::span<const uint8_t> bytes) {
 
 }  // namespace
 
-void WriteThumbnail(const std::string& path, const std::string& output, int size) {
-    // Opening anything else could wait for ever.
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw ToolError(path + ": is no regular file");
-    }
-    if (std::filesystem::equivalent(path, output, error) && !error) {
-        throw ToolError(output + ": is the message itself, not overwritten");
-    }
-    MessageFile message(path);
+std::vector<uint8_t> DrawThumbnail(MessageFile& message, int size) {
     const std::optional<std::vector<uint8_t>> picture = ChoosePicture(message);
-    const Canvas canvas = picture ? PictureThumbnail(*picture, size) : LevelThumbnail(message, size);
-    WriteWhole(output, EncodePng(canvas));
+    return EncodePng(picture ? PictureThumbnail(*picture, size) : LevelThumbnail(message, size));
+}
+
+void WriteThumbnail(const std::string& path, const std::string& output, int size) {
+    // Anything else could keep a file manager waiting for ever.
+    MessageFile message(path, MessageFile::Kind::Regular);
+    std::error_code error;
+    if (std::filesystem::equivalent(path, output, error) && !error)
+        throw ToolError(output + ": is the message itself, not overwritten");
+    const auto png = MakeConfined([&] { return DrawThumbnail(message, size); });
+    if (!png) throw ToolError(path + ": no thumbnail can be made");
+    WriteWhole(output, *png);
 }
 
 }  // namespace tools

@@ -8,17 +8,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <span>
 
 #include "codec/message_format.h"
 #include "codec/speech_frame.h"
-#include "tools/tool_error.h"
 
 namespace tools {
 namespace {
@@ -27,20 +24,6 @@ constexpr uint64_t kMostBlocks = 128;
 constexpr std::size_t kRecordBytes = 1 + kSpeechBlockBytes;
 // The decoder predicts from what came before; after a jump its first frames are too loud or too quiet.
 constexpr int kFramesToSettle = 2;
-
-class Descriptor {
-public:
-    explicit Descriptor(const std::string& path) : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (number_ < 0) throw ToolError(path + ": cannot be opened: " + std::strerror(errno));
-    }
-    ~Descriptor() { close(number_); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return number_; }
-
-private:
-    int number_;
-};
 
 // The speech block that begins the first run of speech records in the window; empty where there is none.
 // Foreign bytes between records can have moved the records from where their count alone puts them.
@@ -62,13 +45,12 @@ float Peak(std::span<const int16_t> samples) {
 
 }  // namespace
 
-std::vector<float> SampleLevels(const std::string& path) {
+std::vector<float> SampleLevels(int descriptor) {
     struct Destroy {
         void operator()(gsm state) const { gsm_destroy(state); }
     };
-    const Descriptor file(path);
     struct stat status {};
-    if (fstat(file.number(), &status) != 0 || status.st_size <= kMessageDataStart) return {};
+    if (fstat(descriptor, &status) != 0 || status.st_size <= kMessageDataStart) return {};
     const std::unique_ptr<gsm_state, Destroy> decoder(gsm_create());
     if (!decoder) throw std::bad_alloc();
 
@@ -81,16 +63,16 @@ std::vector<float> SampleLevels(const std::string& path) {
     const bool jumps = blocks > places;
     if (jumps) {
         // The system may fetch all places at once, and nothing between them.
-        posix_fadvise(file.number(), 0, 0, POSIX_FADV_RANDOM);
+        posix_fadvise(descriptor, 0, 0, POSIX_FADV_RANDOM);
         for (uint64_t place = 0; place < places; ++place) {
-            posix_fadvise(file.number(), offset_of(place), window.size(), POSIX_FADV_WILLNEED);
+            posix_fadvise(descriptor, offset_of(place), window.size(), POSIX_FADV_WILLNEED);
         }
     }
     std::vector<float> levels;
     levels.reserve(places * kFramesPerSpeechBlock);
     std::array<int16_t, kSpeechFrameSamples> samples;
     for (uint64_t place = 0; place < places; ++place) {
-        const ssize_t count = pread(file.number(), window.data(), window.size(), offset_of(place));
+        const ssize_t count = pread(descriptor, window.data(), window.size(), offset_of(place));
         if (count <= 0) continue;
         const auto block = FindBlock(std::span(window).first(static_cast<std::size_t>(count)));
         for (int frame = 0; frame < kFramesPerSpeechBlock && !block.empty(); ++frame) {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/export/message_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -15,9 +17,11 @@ constexpr std::size_t kStreamBuffer = std::size_t{1} << 16;
 
 }  // namespace
 
-MessageFile::MessageFile(const std::string& path)
+MessageFile::MessageFile(const std::string& path, Kind kind)
     : path_(path == "-" ? "standard input" : path),
-      stream_(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
+      stream_(path == "-"         ? stdin
+              : kind == Kind::Any ? std::fopen(path.c_str(), "rbe")
+                                  : OpenRegular()) {
     if (!stream_) Fail(std::string("cannot be opened: ") + std::strerror(errno));
     struct stat status {};
     if (fstat(fileno(stream_.get()), &status) == 0) {
@@ -27,6 +31,17 @@ MessageFile::MessageFile(const std::string& path)
     }
     std::setvbuf(stream_.get(), nullptr, _IOFBF, kStreamBuffer);
     CheckHeader();
+}
+
+// What the path names is asked of what was opened, which cannot be exchanged any more; without O_NONBLOCK a
+// pipe would wait for its writer.
+std::FILE* MessageFile::OpenRegular() const {
+    const int descriptor = open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) return nullptr;
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) return fdopen(descriptor, "rb");
+    close(descriptor);
+    Fail(S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file");
 }
 
 void MessageFile::CheckHeader() {

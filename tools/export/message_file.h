@@ -15,8 +15,11 @@ namespace tools {
 // A message opened from a file, its header checked, standing at its first record.
 class MessageFile {
 public:
+    // Any: also a pipe or a device, which may keep its reader waiting.
+    enum class Kind { Any, Regular };
+
     // `path` "-" is standard input. Throws ToolError when the file cannot be opened or is no message.
-    explicit MessageFile(const std::string& path);
+    explicit MessageFile(const std::string& path, Kind kind = Kind::Any);
 
     // The next record, exactly as the player reads it.
     MessageRecord Read();
@@ -31,6 +34,7 @@ public:
     double ReadShare() const;
 
     const std::string& path() const { return path_; }
+    int descriptor() const { return fileno(stream_.get()); }
     uint64_t file_bytes() const { return file_bytes_; }
     int rate() const { return rate_; }
     uint32_t frame_count() const { return frame_count_; }
@@ -46,6 +50,7 @@ private:
     };
 
     [[noreturn]] void Fail(const std::string& what) const;
+    std::FILE* OpenRegular() const;
     void CheckHeader();
 
     std::string path_;
