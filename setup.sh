@@ -48,6 +48,7 @@ test libgtest-dev pc:gtest
 test libsndfile1-dev pc:sndfile
 test libsamplerate0-dev pc:samplerate
 test libpng-dev pc:libpng
+test libseccomp-dev pc:libseccomp
 test libglib2.0-bin gio
 test dbus-daemon dbus-daemon
 test ffmpeg ffmpeg

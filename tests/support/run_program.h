@@ -24,6 +24,7 @@ public:
     std::string Out() const;
     std::string Err() const;
 
+    pid_t Pid() const { return m_pid; }
     void Signal(int number) const;
     bool HasEnded() const;
     // Waits for its end, once: the exit status, or the negative number of the signal that ended it.

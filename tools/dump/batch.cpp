@@ -12,7 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "tools/dump/confinement.h"
 #include "tools/dump/message_task.h"
+#include "tools/dump/sound_file_output.h"
 #include "tools/ending_signal.h"
 #include "tools/progress.h"
 
@@ -21,6 +23,12 @@ namespace {
 
 void Print(const std::string& text, std::FILE* stream = stdout) {
     std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+// Films and the sound that libsndfile does not know are ffmpeg's.
+bool StartsPrograms(const DumpOptions& options) {
+    if (options.video) return true;
+    return options.audio && options.audio_form != FindSaveForm("wav") && !IsLibraryForm(*options.audio_form);
 }
 
 class Batch {
@@ -38,6 +46,9 @@ public:
     }
 
     bool Run() {
+        // A thumbnail is drawn in a process of its own, and a single message described once it is open.
+        if (options_.Writes() && !StartsPrograms(options_)) Confine(Reach::Files);
+        if (!options_.Writes() && results_.size() > 1) Confine(Reach::FilesToRead);
         // A single message stays on this thread, whose reads a signal interrupts.
         std::vector<std::jthread> workers;
         if (results_.size() == 1) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/dump/confinement.h"
 #include "tools/dump/message_report.h"
 #include "tools/dump/picture_export.h"
 #include "tools/dump/report_json.h"
@@ -46,6 +47,7 @@ public:
 private:
     void Treat() {
         MessageFile message(path_);
+        if (options_.messages.size() == 1 && !options_.Writes()) Confine(Reach::OpenFiles);
         const bool keep_pictures = options_.AsJson() || !options_.Writes();
         AddPasses();
         if (message.CanRewind() || !options_.Writes()) {

@@ -107,15 +107,24 @@ private:
     std::unique_ptr<SNDFILE, Close> sound_;  // goes before what it writes to
 };
 
-}  // namespace
-
-std::unique_ptr<SoundOutput> MakeSoundFileOutput(const SaveForm& form, OutputFile& file) {
+const LibraryForm* FindForm(const SaveForm& form) {
     const auto* const found =
         std::find_if(std::begin(kForms), std::end(kForms),
                      [&](const LibraryForm& known) { return known.ending == form.ending; });
     if (found == std::end(kForms)) return nullptr;
     const SF_INFO info = SoundFileOutput::Info(*found);
-    return sf_format_check(&info) == 0 ? nullptr : std::make_unique<SoundFileOutput>(*found, file);
+    return sf_format_check(&info) == 0 ? nullptr : found;
+}
+
+}  // namespace
+
+bool IsLibraryForm(const SaveForm& form) {
+    return FindForm(form) != nullptr;
+}
+
+std::unique_ptr<SoundOutput> MakeSoundFileOutput(const SaveForm& form, OutputFile& file) {
+    const LibraryForm* const found = FindForm(form);
+    return found == nullptr ? nullptr : std::make_unique<SoundFileOutput>(*found, file);
 }
 
 }  // namespace tools

@@ -8,8 +8,11 @@
 
 namespace tools {
 
-// Encodes to FLAC, Opus, Ogg Vorbis or MP3 through libsndfile. `file` outlives it. Null where this libsndfile
-// does not know the form. Throws ToolError.
+// Whether this libsndfile knows the form: FLAC, Opus, Ogg Vorbis or MP3.
+bool IsLibraryForm(const SaveForm& form);
+
+// Encodes to FLAC, Opus, Ogg Vorbis or MP3 through libsndfile. `file` outlives it. Null for a form
+// that is not the library's. Throws ToolError.
 std::unique_ptr<SoundOutput> MakeSoundFileOutput(const SaveForm& form, OutputFile& file);
 
 }  // namespace tools
