@@ -54,6 +54,9 @@ test dbus-daemon dbus-daemon
 test ffmpeg ffmpeg
 test playerctl playerctl
 test python3-dbusmock -
+test at-spi2-core -
+test gir1.2-atspi-2.0 -
+test python3-gi -
 test appstream appstreamcli
 fuzz clang clang++
 fuzz libclang-rt-14-dev -

@@ -63,10 +63,14 @@ void CPositionBar::StepIt() {
 }
 
 void CPositionBar::SetPosition(std::int64_t nFrame) {
+    MoveHead(nFrame);
+    AnnounceValue();
+}
+
+void CPositionBar::MoveHead(std::int64_t nFrame) {
     m_nHead = std::clamp<std::int64_t>(nFrame, 0, m_nRange);
     m_nTail = TailOf(m_nHead);
     ShowBand();
-    AnnounceValue();
 }
 
 void CPositionBar::Reset() {
@@ -144,7 +148,7 @@ CString CPositionBar::ValueText() const {
 
 void CPositionBar::SetValue(double fSeconds) {
     if (m_nRange == 0 || m_bDragging || !(fSeconds >= 0.0)) return;
-    SetPosition(static_cast<std::int64_t>(std::min(fSeconds, MaximumValue()) * kFramesPerSecond));
+    MoveHead(static_cast<std::int64_t>(std::min(fSeconds, MaximumValue()) * kFramesPerSecond));
     Tell(WM_POSITION_RELEASED, m_nHead);
 }
 
@@ -181,7 +185,7 @@ void CPositionBar::OnLButtonUp(UINT nFlags, CPoint point) {
     if (!m_bDragging) return;
     m_bDragging = FALSE;
     ReleaseCapture();
-    SetPosition(m_nDragged);
+    MoveHead(m_nDragged);
     Tell(WM_POSITION_RELEASED, m_nDragged);
 }
 

@@ -78,6 +78,8 @@ private:
         bool operator==(const Band&) const = default;
     };
 
+    // SetPosition without a word to assistive programs, who hear of it when the parent answers.
+    void MoveHead(std::int64_t nFrame);
     std::int64_t TailOf(std::int64_t nHead) const;
     std::int64_t FrameAt(int x) const;
     int PixelOf(std::int64_t nFrame, int nWidth) const;

@@ -122,8 +122,9 @@ public:
     }
     void doAction(const QString& name) override {
         auto* button = qobject_cast<QAbstractButton*>(widget());
+        // After the answer: what is clicked may bring up a dialog, and whoever asked would wait for its end.
         if (button != nullptr && (name == pressAction() || name == toggleAction()))
-            button->click();
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
         else
             QAccessibleWidget::doAction(name);
     }

@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QImage>
+#include <QLineEdit>
 #include <QTimer>
 #include <filesystem>
 
@@ -54,7 +55,8 @@ protected:
             auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             ASSERT_NE(dialog, nullptr);
             EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
-            dialog->selectFile(QString::fromStdString(name));
+            // As it is typed: choosing a file waits for its folder, which is looked at by another thread.
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(name));
             dialog->metaObject()->invokeMethod(dialog, "accept");
         };
         EXPECT_EQ(WithModal([&] { Command(ID_FILE_SAVE_AS); }, choose).title, "Save As");
