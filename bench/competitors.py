@@ -4,7 +4,7 @@
 
     bench/competitors.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...
 
-WHAT is start, first-picture, playing, lengths, dump or all. Everything runs in a session of its own (display with a
+WHAT is start, first-picture, seeking, playing, lengths, dump or all. Everything runs in a session of its own (display with a
 window manager, sound server with a null sink), and the programs of a comparison run in turn or at the same
 time, so that a slow moment of the machine falls on all of them. Results also go to DIR/competitors.json.
 """
@@ -182,6 +182,52 @@ def first_picture(options, material, results):
     results["first picture"] = late
 
 
+def seeking(options, material, results):
+    """From a key that goes five seconds on, out of a quiet stretch into a loud one, to the picture drawn, while
+    paused, and to the sound at the server, while playing. mpv is told to seek as exactly and to draw nothing else."""
+    from competitors_material import Material
+    from competitors_watch import Keyboard, ScreenWatch, SoundWatch, stop
+
+    own = Material(material.path("seeking"), material.trvdump)
+    own.alternate(5)
+    programs = {name: commands(options.build, own, 3, True)[name] for name in ("player", "mpv")}
+    keys = own.path("keys.conf")
+    with open(keys, "w", encoding="ascii") as file:
+        file.write("HOME seek 0 absolute+exact\nRIGHT seek 5 exact\n")
+    programs["mpv"][1:1] = [f"--input-conf={keys}", "--osd-level=0", "--no-osd-bar", "--osc=no"]
+    screen, sound, keyboard = ScreenWatch(), SoundWatch(), Keyboard()
+    figures = {what: {name: [] for name in programs} for what in ("picture", "sound")}
+    for name, command in programs.items():
+        begin = time.monotonic()
+        process = subprocess.Popen(command, **QUIET)
+        while screen.drawn_since(begin, 320, 240) is None:
+            time.sleep(0.05)
+        time.sleep(1)
+        for what, watch in (("sound", sound.loud_since),
+                            ("picture", lambda since: screen.drawn_since(since, 320, 240))):
+            if what == "picture":
+                keyboard.tap("space")  # Play/Pause has the focus in the one, and is the key in the other
+            for _ in range(options.rounds):
+                keyboard.tap("Home")
+                time.sleep(0.3)
+                sound.wait_quiet()
+                asked = keyboard.tap("Right")
+                end = asked + 3
+                while (seen := watch(asked)) is None and time.monotonic() < end:
+                    time.sleep(0.005)
+                if seen is None:
+                    sys.exit(f"{name}: no {what} after a seek")
+                figures[what][name].append(1000 * (seen - asked))
+        stop(process)
+    sound.close()
+    for what, by_name in figures.items():
+        for name, values in by_name.items():
+            print(f"seeking, {what:7} {name:7} {spread(values)} ms")
+        by_round = ratios(by_name, ("mpv",))
+        print(f"seeking, {what:7} player / mpv {spread(by_round)}  (limit 0.5)")
+        results[f"seeking {what}"] = {**by_name, "ratio": by_round}
+
+
 def lengths(options, material, results):
     """Processor time per minute of message and memory, over the whole of voice messages of 1, 10 and 100
     minutes, played as many times faster as the sound server takes the sound; and over the first minute of
@@ -221,7 +267,7 @@ def report_length(kind, minutes, rows, results):
     results[f"length {kind} {minutes}"] = rows
 
 
-WHAT = {"start": start, "first-picture": first_picture, "playing": playing, "lengths": lengths, "dump": dump}
+WHAT = {"start": start, "first-picture": first_picture, "seeking": seeking, "playing": playing, "lengths": lengths, "dump": dump}
 
 
 def main():

@@ -78,6 +78,15 @@ class Material:
         first = max(range(len(self.blocks)), key=lambda i: max(map(abs, pcm[i * step:i * step + step // 10])))
         self.blocks = self.blocks[first:] + self.blocks[:first]
 
+    def alternate(self, seconds):
+        """Has the messages made from now on be quiet and loud in turn, for that many seconds each."""
+        write_message(self.path("once.trv"), self.blocks, [], len(self.blocks) / BLOCKS_PER_MINUTE)
+        pcm = self.pcm("once.trv")
+        step = SAMPLE_RATE // 5
+        quiet = min(range(len(self.blocks)), key=lambda i: max(map(abs, pcm[i * step:(i + 1) * step])))
+        count = round(5 * seconds)
+        self.blocks = [self.blocks[quiet]] * count + [self.blocks[0]] * count
+
     def pcm(self, message):
         raw = self.path(message) + ".raw"
         run(self.trvdump, "--force", "--pcm", raw, self.path(message))

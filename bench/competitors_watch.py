@@ -112,6 +112,15 @@ class Keyboard:
     def __init__(self):
         self._display = display.Display()
 
+    def tap(self, key):
+        """Gives time.monotonic() just before the key went down; programs that seek do it then."""
+        code = self._display.keysym_to_keycode(XK.string_to_keysym(key))
+        down = time.monotonic()
+        for kind in (X.KeyPress, X.KeyRelease):
+            xtest.fake_input(self._display, kind, code)
+        self._display.sync()
+        return down
+
     def press(self, key, held=None):
         """Gives time.monotonic() just before the key went up again."""
         codes = [self._display.keysym_to_keycode(XK.string_to_keysym(k)) for k in (held, key) if k]
