@@ -13,6 +13,7 @@ void PulseSinkLevel::Lose() {
     m_question.Cancel();
     m_context = nullptr;
     m_known = false;
+    m_own.Clear();
     m_followed.reset();
 }
 
@@ -22,12 +23,13 @@ void PulseSinkLevel::Follow(std::optional<std::uint32_t> sink) {
 
 void PulseSinkLevel::SetVolume(DWORD value) {
     m_question.MakeStale();
-    const bool differs = value != LoudestOf(m_volume);
+    const DWORD before = LoudestOf(m_volume);
+    m_own.Set(before, value);
     // The loudest channel takes the value and the others keep their share.
     m_volume = m_balance;
     pa_cvolume_scale(&m_volume, ToServer(value));
     Forget(pa_context_set_sink_volume_by_index(m_context, m_index, &m_volume, nullptr, nullptr));
-    if (differs) NotifyControlChange(kMasterVolume);
+    if (value != before) NotifyControlChange(kMasterVolume);
 }
 
 void PulseSinkLevel::SetMuted(bool muted) {
@@ -60,13 +62,16 @@ void PulseSinkLevel::OnSink(const pa_sink_info* info, int end) {
     if (m_known) {
         m_index = m_answer->index;
         m_description = std::move(m_answer->description);
+        m_muted = m_answer->muted;
+    }
+    if (other) m_own.Clear();
+    if (m_known && !m_own.IsOutdated(LoudestOf(m_answer->volume))) {
         // A volume of one's own making comes back rounded, and at 0 without shares.
         const bool silent = pa_cvolume_max(&m_answer->volume) == PA_VOLUME_MUTED;
         const bool own = !other && pa_cvolume_equal(&m_answer->volume, &m_volume) != 0;
         if (other || m_balance.channels != m_answer->volume.channels || (!own && !silent))
             m_balance = m_answer->volume;
         m_volume = m_answer->volume;
-        m_muted = m_answer->muted;
     }
     const PulseLevel now = Level();
     if (m_known && (other || now.volume != before.volume)) NotifyControlChange(kMasterVolume);

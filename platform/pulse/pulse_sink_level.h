@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/pulse/own_volumes.h"
 #include "platform/pulse/pulse_level.h"
 #include "platform/pulse/pulse_loop.h"
 #include "platform/pulse/pulse_question.h"
@@ -50,6 +51,7 @@ private:
     pa_cvolume m_volume{};
     pa_cvolume m_balance{};  // the channels' shares, which a volume of 0 has not
     bool m_muted = false;
+    OwnVolumes m_own;
 
     // The answer being received.
     struct Answer {

@@ -24,6 +24,7 @@ void PulseStreamLevel::Lose() {
     if (m_context != nullptr) pa_ext_stream_restore_set_subscribe_cb(m_context, nullptr, nullptr);
     m_context = nullptr;
     m_stream.reset();
+    m_own.Clear();
 }
 
 void PulseStreamLevel::OnStreamEvent(pa_subscription_event_type_t event, std::uint32_t index) {
@@ -37,6 +38,7 @@ void PulseStreamLevel::OnStreamEvent(pa_subscription_event_type_t event, std::ui
 }
 
 void PulseStreamLevel::SetVolume(DWORD value) {
+    if (m_stream) m_own.Set(m_level.volume, value);
     Adopt({value, m_level.muted});
     Send(true, false);
 }
@@ -90,6 +92,7 @@ void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
     if (!m_streamQuestion.IsCurrent()) return AskStreams();
     const bool started = m_newStream && m_stream != m_newStream->index;
     m_stream.reset();
+    if (!m_newStream || started) m_own.Clear();
     if (m_newStream) {
         m_stream = m_newStream->index;
         m_sink = m_newStream->sink;
@@ -98,7 +101,8 @@ void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
         if (started && m_read && !m_restores)
             Send(true, true);
         else
-            Adopt(m_newStream->level);
+            Adopt({m_own.IsOutdated(m_newStream->level.volume) ? m_level.volume : m_newStream->level.volume,
+                   m_newStream->level.muted});
     }
     m_listed = true;
     m_onAnswered();

@@ -16,6 +16,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/pulse/own_volumes.h"
 #include "platform/pulse/pulse_connection.h"
 #include "platform/pulse/pulse_level.h"
 #include "platform/pulse/pulse_question.h"
@@ -74,6 +75,7 @@ private:
     std::uint8_t m_channels = 1;
     bool m_corked = false;
     PulseLevel m_level;
+    OwnVolumes m_own;
     PulseLevel m_restored;  // what the server last said, or was told, that it remembers
     std::string m_device;   // that the server remembers for this program, kept when its entry is written
 
