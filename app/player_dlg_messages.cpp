@@ -34,6 +34,7 @@ void CPlayerDlg::OpenFiles(const std::vector<CString>& files) {
 void CPlayerDlg::OpenCurrent() {
     const HWND hWnd = m_hWnd;
     const CString strPath = m_queue.Current();
+    const BOOL bFullScreen = m_pFullScreen != nullptr;
     LeaveFullScreen();
 
     // The panel reports a missing sound device in a message box of its own.
@@ -48,6 +49,8 @@ void CPlayerDlg::OpenCurrent() {
         SetTitle(LoadText(IDS_APP_TITLE) + " - " + FileName(strPath));
         m_pSession->Opened();
         OnPlayPause();
+        // The next of a queue goes on where the last one was shown.
+        if (bFullScreen) OnFullScreen();
         return;
     }
 

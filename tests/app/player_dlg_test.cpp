@@ -347,6 +347,12 @@ TEST_F(PlayerDlg, TheContentsHaveASizeOfTheirOwnAndThePictureTheWholeScreen) {
     EXPECT_FALSE(full());
     Command(ID_VIEW_FULL_SCREEN);
     EXPECT_TRUE(full());
+    Open(Sample("greeting-video.trv"));
+    EXPECT_TRUE(full()) << "the next one";
+    Open(Sample("greeting-voice.trv"));
+    EXPECT_FALSE(full()) << "nothing to show";
+    Open(Sample("greeting-video.trv"));
+    Command(ID_VIEW_FULL_SCREEN);
     Command(ID_FILE_CLOSE);
     EXPECT_FALSE(full());
     EXPECT_EQ(window->width(), width);
