@@ -12,6 +12,7 @@
 #   fuzz       test, and the compiler for the preset fuzz
 #   bench      test, what bench/ is built with, and the programs that it measures against
 #   cross      test, and what building for arm64 and testing that under qemu need
+#   cross32    test, and what building for i386 needs, which a 64-bit x86 machine runs by itself
 #   ci         test, fuzz, PipeWire's sound beside PulseAudio's, what bench/ is built with, the formatter, and what
 #              packages are built and tried with: what .ci/run needs
 #
@@ -79,6 +80,16 @@ cross libgtest-dev:arm64 -
 cross libsndfile1-dev:arm64 -
 cross libsamplerate0-dev:arm64 -
 cross libpng-dev:arm64 -
+cross32 g++-i686-linux-gnu i686-linux-gnu-g++
+cross32 qt6-base-dev:i386 -
+cross32 libpulse-dev:i386 -
+cross32 libgsm1-dev:i386 -
+cross32 libsonic-dev:i386 -
+cross32 libgtest-dev:i386 -
+cross32 libsndfile1-dev:i386 -
+cross32 libsamplerate0-dev:i386 -
+cross32 libpng-dev:i386 -
+cross32 libseccomp-dev:i386 -
 ci pipewire pipewire
 ci wireplumber wireplumber
 ci pipewire-pulse pipewire-pulse
@@ -108,11 +119,11 @@ for argument in "$@"; do
     case $argument in
         --check) check=1 ;;
         play | display | sound) levels+="$argument " ;;
-        test | fuzz | cross) levels+="play display sound test $argument " ;;
+        test | fuzz | cross | cross32) levels+="play display sound test $argument " ;;
         bench) levels+="play display sound test build-bench bench " ;;
         ci) levels+="play display sound test fuzz build-bench ci " ;;
         *)
-            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|cross|ci]..." >&2
+            echo "usage: setup.sh [--check] [play|display|sound|test|fuzz|bench|cross|cross32|ci]..." >&2
             exit 2
             ;;
     esac
@@ -170,7 +181,9 @@ simulate() {
     apt-get -s "${options[@]}" install "$@" 2>&1
 }
 
-[[ " ${missing[*]} " != *":arm64 "* ]] || "${as_root[@]}" dpkg --add-architecture arm64
+for architecture in arm64 i386; do
+    [[ " ${missing[*]} " != *":$architecture "* ]] || "${as_root[@]}" dpkg --add-architecture $architecture
+done
 "${as_root[@]}" apt-get update -qq
 if ! plan=$(simulate "${missing[@]}") || grep -q '^Remv' <<<"$plan"; then
     echo "setup.sh: nothing was installed." >&2

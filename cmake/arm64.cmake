@@ -8,8 +8,4 @@ set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 find_program(QEMU_AARCH64 qemu-aarch64 REQUIRED)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${QEMU_AARCH64})
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
-# Qt's own build tools are this machine's.
-set(QT_HOST_PATH /usr)
-execute_process(COMMAND c++ -print-multiarch OUTPUT_VARIABLE build_machine
-                OUTPUT_STRIP_TRAILING_WHITESPACE)
-set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${build_machine}/cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/qt_host.cmake)

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // trvdump --thumbnail, as file managers call it.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QImage>
+#include <array>
 
 #include "tests/support/message_builder.h"
 #include "tests/tools/run_tool.h"
@@ -68,7 +71,8 @@ TEST(TrvdumpThumbnail, OfSpeechShowsItsLevelsOverItsWholeLength) {
     const TestFolder folder;
     const Bytes speech = ReadBytes(Sample("greeting-voice.trv"));
     // As much of the silence at the sample's end as there is speech, before it; then foreign bytes between
-    // them; then a message of a terabyte, mostly silent, which would take hours to read.
+    // them; then a message of a terabyte, mostly silent, which would take hours to read, of a date that 32
+    // bits do not hold.
     const std::ptrdiff_t blocks = static_cast<std::ptrdiff_t>(speech.size() - 13) / 331;
     for (const std::size_t foreign : {0U, 150U}) {
         Bytes message(speech.begin(), speech.begin() + 13);
@@ -82,6 +86,8 @@ TEST(TrvdumpThumbnail, OfSpeechShowsItsLevelsOverItsWholeLength) {
         EXPECT_GT(TracePixels(image, 128, 256), 4 * TracePixels(image, 0, 124)) << foreign;
     }
     ASSERT_EQ(truncate(folder.Path("m.trv").c_str(), off_t{1} << 40), 0);
+    const std::array<timespec, 2> times{{{time_t{1} << 33, 0}, {time_t{1} << 33, 0}}};
+    ASSERT_EQ(utimensat(AT_FDCWD, folder.Path("m.trv").c_str(), times.data(), 0), 0);
     Thumbnail(folder.Path("m.trv"), "256");
     // No speech at all, and the longest duration, in the least room.
     MessageBuilder(0, 0xFFFFFFFF).Write(folder.Path("m.trv"));

@@ -80,6 +80,7 @@ bool AllowOpenFiles(const Filter& filter) {
            // Whether something open is a terminal, and other facts of it.
            AllowWhere(filter, SCMP_SYS(ioctl), 1, kAll, TCGETS) &&
            AllowWhere(filter, SCMP_SYS(newfstatat), 3, AT_EMPTY_PATH, AT_EMPTY_PATH) &&
+           AllowWhere(filter, SCMP_SYS(statx), 2, AT_EMPTY_PATH, AT_EMPTY_PATH) &&
            // Its own end by a signal.
            AllowWhere(filter, SCMP_SYS(tgkill), 0, kAll, static_cast<scmp_datum_t>(getpid()));
 }

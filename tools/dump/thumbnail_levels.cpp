@@ -69,7 +69,7 @@ std::vector<float> SampleLevels(int descriptor) {
         }
     }
     std::vector<float> levels;
-    levels.reserve(places * kFramesPerSpeechBlock);
+    levels.reserve(static_cast<std::size_t>(places) * kFramesPerSpeechBlock);
     std::array<int16_t, kSpeechFrameSamples> samples;
     for (uint64_t place = 0; place < places; ++place) {
         const ssize_t count = pread(descriptor, window.data(), window.size(), offset_of(place));
