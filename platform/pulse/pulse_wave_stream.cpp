@@ -16,11 +16,17 @@ using namespace std::chrono_literals;
 constexpr auto kOpenTime = 1s;
 constexpr DWORD kBytesPerSample = 2;
 constexpr auto kTick = 20ms;
-// The player's blocks are 20 ms. Asking just after every second one has ended is as prompt as asking every
-// 20 ms at any moment, and wakes this thread and the window's half as often.
+// The player's blocks are 20 ms. Reporting just after every second one has ended is as prompt as reporting
+// every 20 ms at any moment, and wakes this thread and the window's half as often.
 constexpr DWORD kReportsPerSecond = 25;
+// The server is asked so often, and between two answers the time says where it is; but only after an answer
+// that was where the time had said, give or take so much.
+constexpr auto kAskEvery = 400ms;
+constexpr auto kAgrees = 5ms;
 constexpr auto kJustAfter = 1ms;
 constexpr DWORD kBlocksPerSecond = 50;
+constexpr DWORD kStepBlocks = 20;
+constexpr DWORD kLatencyBlocks = 3;
 // How much waits at the server, so that a busy machine may wake this thread late.
 constexpr auto kAhead = 1s;
 // What is nearer to being played than this is not taken back: the server may be at it before the news reaches
@@ -110,14 +116,16 @@ void PulseWaveStream::Create() {
     pa_stream_set_moved_callback(m_stream, PulseCallback<&PulseWaveStream::OnMoved>{}, this);
     pa_stream_set_event_callback(m_stream, PulseCallback<&PulseWaveStream::OnRequest>{}, this);
 
-    // 100 ms asked for ahead, in steps of 20 ms; the server starts with the first 20 ms. Left to themselves
-    // these would be two seconds. Without a prebuffer the server would play on past the end of what is there.
+    // The server starts with the first 20 ms; left to itself it would with two seconds. Without a prebuffer
+    // it would play on past the end of what is there. It asks for more in steps, which wakes this thread for
+    // nothing, as the sound is sent by the position; so the steps are large. The sink's latency is what is
+    // left when two steps are taken from what is asked for ahead: 60 ms.
     const std::uint32_t block = m_rate / kBlocksPerSecond * kBytesPerSample;
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<std::uint32_t>(-1);
-    buffer.tlength = 5 * block;
+    buffer.tlength = 2 * kStepBlocks * block + kLatencyBlocks * block;
     buffer.prebuf = block;
-    buffer.minreq = block;
+    buffer.minreq = kStepBlocks * block;
     buffer.fragsize = static_cast<std::uint32_t>(-1);
     if (pa_stream_connect_playback(m_stream, nullptr, &buffer, PA_STREAM_START_CORKED, nullptr, nullptr) < 0)
         ReleaseStream();
@@ -142,6 +150,7 @@ void PulseWaveStream::OnState() {
 }
 
 void PulseWaveStream::OnMoved() {
+    m_steady = false;
     m_output.Follow(m_connection->Ready(), pa_stream_get_device_index(m_stream));
     m_connection->Announce(PA_SUBSCRIPTION_EVENT_SINK_INPUT, PA_SUBSCRIPTION_EVENT_CHANGE,
                            pa_stream_get_index(m_stream));
@@ -202,6 +211,7 @@ void PulseWaveStream::Reset() {
     }
     m_heard = m_left = m_sent = m_written;
     m_seek = 0;
+    m_steady = false;
 }
 
 std::uint64_t PulseWaveStream::TakeBack() {
@@ -224,10 +234,11 @@ void PulseWaveStream::SetCork(bool corked) {
     if (!m_live || m_corked == corked) return;
     Forget(pa_stream_cork(m_stream, corked ? 1 : 0, nullptr, nullptr));
     m_corked = corked;
+    m_steady = false;
 }
 
 void PulseWaveStream::Tick() {
-    if (m_live) return AskPosition();
+    if (m_live) return FollowServer();
     Reach(m_clock.Heard(NowUs()));
     const auto now = PulseLoop::Clock::now();
     if (m_stream == nullptr && now >= m_nextTry) {
@@ -258,6 +269,20 @@ void PulseWaveStream::Send() {
     }
 }
 
+// The end of what is there is never taken for heard on the word of the time alone.
+void PulseWaveStream::FollowServer() {
+    const auto now = PulseLoop::Clock::now();
+    const std::uint64_t expected = Expected(now);
+    if (m_steady && now - m_answered < kAskEvery && expected + ReportBytes() <= m_sent)
+        Reach(expected);
+    else
+        AskPosition();
+}
+
+std::uint64_t PulseWaveStream::Expected(PulseLoop::Clock::time_point now) const {
+    return m_answer + Bytes(now - m_answered);
+}
+
 void PulseWaveStream::AskPosition() {
     if (m_position.UnderWay()) return;
     m_position.Ask([this] {
@@ -285,6 +310,11 @@ void PulseWaveStream::OnPosition(int) {
     m_left = m_sent + m_seek - std::min(m_sent + m_seek, inStream);
     m_asOf = PulseLoop::Clock::now();
     const std::uint64_t position = m_left - std::min(m_left, latency - std::min(latency, silence));
+    const std::uint64_t expected = Expected(m_asOf);
+    const std::uint64_t apart = std::max(position, expected) - std::min(position, expected);
+    m_steady = info->playing != 0 && !m_corked && apart <= Bytes(kAgrees);
+    m_answer = position;
+    m_answered = m_asOf;
     Send();
     if (m_live) Reach(position);
 }
@@ -298,8 +328,12 @@ void PulseWaveStream::Reach(std::uint64_t position) {
     if (m_heard != m_written && (m_running || (m_live && m_heard < m_left))) TickSoon(UntilReport(position));
 }
 
+std::uint64_t PulseWaveStream::ReportBytes() const {
+    return std::uint64_t{m_rate / kReportsPerSecond * kBytesPerSample};
+}
+
 PulseLoop::Clock::duration PulseWaveStream::UntilReport(std::uint64_t position) const {
-    const std::uint64_t step = m_rate / kReportsPerSecond * kBytesPerSample;
+    const std::uint64_t step = ReportBytes();
     const std::uint64_t bytes = std::min(step - position % step, m_written - m_heard);
     return std::chrono::microseconds(bytes * 1000000 / (m_rate * kBytesPerSample)) + kJustAfter;
 }

@@ -29,8 +29,8 @@ private:
 };
 
 // At the server up to a second waits behind the cork or behind what sounds. While there is something to be
-// heard the server is asked for its position every 40 ms, and is sent what it has played meanwhile; otherwise
-// no timer runs.
+// heard it is reported every 40 ms. The server is asked for its position each time until it keeps time, and
+// then every 200 ms, and is sent what it has played meanwhile. Otherwise no timer runs.
 //
 // When the server or its stream goes, a clock says what would have been heard until there is a stream again,
 // which is tried ten times a second, and once a second while paused.
@@ -63,9 +63,12 @@ private:
     void SetCork(bool corked);
     void Tick();
     void Send();
+    void FollowServer();
+    std::uint64_t Expected(PulseLoop::Clock::time_point now) const;
     void AskPosition();
     void OnPosition(int success);
     void Reach(std::uint64_t position);
+    std::uint64_t ReportBytes() const;
     // From a position to the end of a block whose report is due.
     PulseLoop::Clock::duration UntilReport(std::uint64_t position) const;
     std::uint64_t Bytes(PulseLoop::Clock::duration time) const;
@@ -93,6 +96,10 @@ private:
     std::uint64_t m_left = 0;  // has left the stream for the sink, as of the last answer
     std::uint64_t m_seek = 0;  // bytes beyond m_sent that the next write replaces
     PulseLoop::Clock::time_point m_asOf{};
+    // The last answer, and whether the time says where the server is from there on.
+    std::uint64_t m_answer = 0;
+    PulseLoop::Clock::time_point m_answered{};
+    bool m_steady = false;
     PulseLoop::Clock::time_point m_lastSent{};
     std::uint64_t m_heard = 0;  // never decreases
 };
