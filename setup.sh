@@ -181,8 +181,19 @@ simulate() {
     apt-get -s "${options[@]}" install "$@" 2>&1
 }
 
+# Where it comes to nothing, the system knows no more architectures than before.
+added=()
+forget_added() {
+    for architecture in "${added[@]}"; do
+        "${as_root[@]}" dpkg --remove-architecture "$architecture" || true
+    done
+}
+trap '[ $? -eq 0 ] || forget_added' EXIT
 for architecture in arm64 i386; do
-    [[ " ${missing[*]} " != *":$architecture "* ]] || "${as_root[@]}" dpkg --add-architecture $architecture
+    [[ " ${missing[*]} " == *":$architecture "* ]] || continue
+    ! dpkg --print-foreign-architectures | grep -qx "$architecture" || continue
+    "${as_root[@]}" dpkg --add-architecture "$architecture"
+    added+=("$architecture")
 done
 "${as_root[@]}" apt-get update -qq
 if ! plan=$(simulate "${missing[@]}") || grep -q '^Remv' <<<"$plan"; then
