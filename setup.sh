@@ -93,6 +93,7 @@ cross32 libseccomp-dev:i386 -
 ci pipewire pipewire
 ci wireplumber wireplumber
 ci pipewire-pulse pipewire-pulse
+ci python3-xlib -
 ci clang-format-14 clang-format-14
 ci build-essential -
 ci debhelper dh
