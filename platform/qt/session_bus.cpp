@@ -3,8 +3,8 @@
 
 #include <QFileInfo>
 #include <QTimer>
+#include <chrono>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -13,6 +13,7 @@ namespace {
 const QString kConnection = QStringLiteral("trvplayer");
 // By then the window is there and a message sounds.
 constexpr int kAfterStartMs = 400;
+constexpr std::chrono::milliseconds kPatience{1000};
 
 // Where nothing says so, the library would start a bus.
 bool HasAddress() {
@@ -24,13 +25,24 @@ bool HasAddress() {
 }  // namespace
 
 SessionBus::SessionBus(std::function<void(const QDBusConnection&)> ready) : m_ready(std::move(ready)) {
+    m_reply->bus = this;
     if (HasAddress()) QTimer::singleShot(kAfterStartMs, this, [this] { Connect(); });
 }
 
+// At the program's end what the library keeps is taken down, so a thread that is inside it has to be out of
+// it; but for a bus that does not answer, whose thread sleeps until the process has gone.
 SessionBus::~SessionBus() {
-    const std::scoped_lock lock(m_reply->mutex);
+    std::unique_lock lock(m_reply->mutex);
     m_reply->bus = nullptr;
-    if (m_connected) QDBusConnection::disconnectFromBus(kConnection);
+    if (!m_thread.joinable()) return;
+    const bool ended = m_reply->end.wait_for(lock, kPatience, [this] { return m_reply->ended; });
+    lock.unlock();
+    if (ended) {
+        m_thread.join();
+        QDBusConnection::disconnectFromBus(kConnection);
+    } else {
+        m_thread.detach();
+    }
 }
 
 void SessionBus::Connect() {
@@ -42,15 +54,16 @@ void SessionBus::Connect() {
         if (connected && bus != nullptr)
             QMetaObject::invokeMethod(
                 bus, [bus] { bus->Connected(); }, Qt::QueuedConnection);
+        reply->ended = true;
+        reply->end.notify_one();
     };
     try {
-        std::thread(connect).detach();
+        m_thread = std::thread(connect);
     } catch (const std::system_error&) {
         // As without a bus.
     }
 }
 
 void SessionBus::Connected() {
-    m_connected = true;
     m_ready(QDBusConnection(kConnection));
 }

@@ -4,9 +4,11 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 // Lets the program start first and then connects on a thread of its own; `ready` is called from the message
 // loop, never where there is no bus. The connection is closed with the object. One at a time; UI thread.
@@ -21,12 +23,14 @@ private:
     // What the thread that connects reports to; it may outlive this object.
     struct Reply {
         std::mutex mutex;
-        SessionBus* bus;
+        SessionBus* bus = nullptr;
+        std::condition_variable end;
+        bool ended = false;
     };
     void Connect();
     void Connected();
 
     std::function<void(const QDBusConnection&)> m_ready;
-    std::shared_ptr<Reply> m_reply{new Reply{{}, this}};
-    bool m_connected = false;
+    std::shared_ptr<Reply> m_reply = std::make_shared<Reply>();
+    std::thread m_thread;
 };
