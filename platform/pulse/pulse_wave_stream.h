@@ -30,7 +30,7 @@ private:
 
 // At the server up to a second waits behind the cork or behind what sounds. While there is something to be
 // heard it is reported every 40 ms. The server is asked for its position each time until it keeps time, and
-// then every 200 ms, and is sent what it has played meanwhile. Otherwise no timer runs.
+// then every 400 ms, and is sent what it has played meanwhile. Otherwise no timer runs.
 //
 // When the server or its stream goes, a clock says what would have been heard until there is a stream again,
 // which is tried ten times a second, and once a second while paused.
