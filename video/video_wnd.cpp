@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "video/video_wnd.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -11,12 +13,6 @@ constexpr UINT kTimerResolutionMs = 1;
 // Rows of a bitmap take whole groups of four bytes.
 std::size_t BitmapRowBytes(int width) {
     return (static_cast<std::size_t>(width) * kBytesPerPixel + 3U) & ~std::size_t{3};
-}
-
-// What is left of the period in which a moment falls; the moment counts from a tick, and may lie before it.
-int MsToNextTick(std::chrono::steady_clock::duration sinceTick, int periodMs) {
-    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(sinceTick).count();
-    return static_cast<int>(ms < 0 ? -ms : periodMs - ms % periodMs);
 }
 
 }  // namespace
@@ -117,7 +113,7 @@ BOOL CVideoWnd::Play() {
 BOOL CVideoWnd::StartPacing() {
     timeBeginPeriod(kTimerResolutionMs);
     const int nDelay = m_nNextTickMs < 0 ? PeriodMs() : m_nNextTickMs;
-    m_firstTick = std::chrono::steady_clock::now() + std::chrono::milliseconds(nDelay);
+    m_nextTick = std::chrono::steady_clock::now() + std::chrono::milliseconds(nDelay);
     m_pThread = AfxBeginThread(PacingThreadProc, &m_params, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
     if (m_pThread == nullptr) return FALSE;
     m_pThread->m_bAutoDelete = FALSE;  // Pause waits for its end
@@ -133,13 +129,18 @@ void CVideoWnd::Pause() {
     timeKillEvent(m_nTimer);
     m_nTimer = 0;
     timeEndPeriod(kTimerResolutionMs);
-    m_nNextTickMs = MsToNextTick(std::chrono::steady_clock::now() - m_firstTick, PeriodMs());
-    if (m_pThread == nullptr) return;
-    // A pulse would be lost on a thread that has seen the flag set but does not wait yet; a set event stays.
-    m_evTick.SetEvent();
-    WaitForSingleObject(m_pThread->m_hThread, INFINITE);
-    delete m_pThread;
-    m_pThread = nullptr;
+    const auto now = std::chrono::steady_clock::now();
+    if (m_pThread != nullptr) {
+        // A pulse would be lost on a thread that has seen the flag set but does not wait yet; a set event
+        // stays.
+        m_evTick.SetEvent();
+        WaitForSingleObject(m_pThread->m_hThread, INFINITE);
+        delete m_pThread;
+        m_pThread = nullptr;
+    }
+    // A tick that was due while the threads ended, and showed nothing, comes with the next Play.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_nextTick - now).count();
+    m_nNextTickMs = static_cast<int>(std::clamp<std::int64_t>(left, 0, PeriodMs()));
 }
 
 void CVideoWnd::Stop() {
@@ -221,12 +222,20 @@ void CVideoWnd::TimerProc(UINT, UINT, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR) {
     reinterpret_cast<CVideoWnd*>(dwUser)->m_evTick.PulseEvent();
 }
 
+// Ticks during a drawing are lost.
+void CVideoWnd::AfterTick() {
+    const auto now = std::chrono::steady_clock::now();
+    do m_nextTick += std::chrono::milliseconds(PeriodMs());
+    while (m_nextTick <= now);
+}
+
 UINT CVideoWnd::PacingThreadProc(LPVOID pParams) {
     const auto& params = *static_cast<const PacingParams*>(pParams);
     while (params.pRunning->load() != 0) {
         params.pWindow->m_evTick.Lock(INFINITE);
         if (params.pRunning->load() == 0) break;
         params.pWindow->ShowNextFrame();
+        params.pWindow->AfterTick();
     }
     return 0;
 }

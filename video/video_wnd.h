@@ -94,6 +94,7 @@ private:
     void RemoveOldest();
     void CopyToBitmap(const BYTE* pPicture);
     static void TimerProc(UINT nTimerId, UINT nMessage, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR);
+    void AfterTick();
     static UINT PacingThreadProc(LPVOID pParams);
 
     CEvent m_evTick;  // auto-reset; pulsed per tick, set to end the pacing thread
@@ -123,8 +124,8 @@ private:
     BITMAPINFOHEADER m_bmih = {};
     CDC m_dcFrame;  // has the bitmap selected, so that showing a picture makes no context
     PacingParams m_params;
-    CWinThread* m_pThread = nullptr;  // while playing
-    MMTIMERID m_nTimer = 0;           // while playing
-    int m_nNextTickMs = -1;           // from Play to its first tick; -1: a period
-    std::chrono::steady_clock::time_point m_firstTick;
+    CWinThread* m_pThread = nullptr;                   // while playing
+    MMTIMERID m_nTimer = 0;                            // while playing
+    int m_nNextTickMs = -1;                            // from Play to its first tick; -1: a period
+    std::chrono::steady_clock::time_point m_nextTick;  // the pacing thread's while there is one
 };
