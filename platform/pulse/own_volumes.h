@@ -23,9 +23,12 @@ public:
     bool IsOutdated(DWORD volume) {
         const auto end = m_waiting.begin() + static_cast<std::ptrdiff_t>(m_count);
         const auto found = std::find(std::make_reverse_iterator(end), m_waiting.rend(), volume);
+        if (found == m_waiting.rend()) {
+            Clear();
+            return false;
+        }
         m_count =
             static_cast<std::size_t>(std::copy(found.base(), end, m_waiting.begin()) - m_waiting.begin());
-        if (found == m_waiting.rend()) m_count = 0;
         return m_count != 0;
     }
 

@@ -124,7 +124,7 @@ public:
         auto* button = qobject_cast<QAbstractButton*>(widget());
         // After the answer: what is clicked may bring up a dialog, and whoever asked would wait for its end.
         if (button != nullptr && (name == pressAction() || name == toggleAction()))
-            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+            QMetaObject::invokeMethod(button, &QAbstractButton::click, Qt::QueuedConnection);
         else
             QAccessibleWidget::doAction(name);
     }

@@ -32,12 +32,12 @@ SessionBus::SessionBus(std::function<void(const QDBusConnection&)> ready) : m_re
 // At the program's end what the library keeps is taken down, so a thread that is inside it has to be out of
 // it; but for a bus that does not answer, whose thread sleeps until the process has gone.
 SessionBus::~SessionBus() {
-    std::unique_lock lock(m_reply->mutex);
-    m_reply->bus = nullptr;
+    {
+        const std::scoped_lock lock(m_reply->mutex);
+        m_reply->bus = nullptr;
+    }
     if (!m_thread.joinable()) return;
-    const bool ended = m_reply->end.wait_for(lock, kPatience, [this] { return m_reply->ended; });
-    lock.unlock();
-    if (ended) {
+    if (m_ended.wait_for(kPatience) == std::future_status::ready) {
         m_thread.join();
         QDBusConnection::disconnectFromBus(kConnection);
     } else {
@@ -54,11 +54,11 @@ void SessionBus::Connect() {
         if (connected && bus != nullptr)
             QMetaObject::invokeMethod(
                 bus, [bus] { bus->Connected(); }, Qt::QueuedConnection);
-        reply->ended = true;
-        reply->end.notify_one();
     };
+    std::packaged_task<void()> task(connect);
+    m_ended = task.get_future();
     try {
-        m_thread = std::thread(connect);
+        m_thread = std::thread(std::move(task));
     } catch (const std::system_error&) {
         // As without a bus.
     }

@@ -4,8 +4,8 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <condition_variable>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -24,8 +24,6 @@ private:
     struct Reply {
         std::mutex mutex;
         SessionBus* bus = nullptr;
-        std::condition_variable end;
-        bool ended = false;
     };
     void Connect();
     void Connected();
@@ -33,4 +31,5 @@ private:
     std::function<void(const QDBusConnection&)> m_ready;
     std::shared_ptr<Reply> m_reply = std::make_shared<Reply>();
     std::thread m_thread;
+    std::future<void> m_ended;
 };
