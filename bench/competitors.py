@@ -4,8 +4,8 @@
 
     bench/competitors.py [--build DIR] [--rounds N] [--seconds N] [--speed N] WHAT...
 
-WHAT is start, first-picture, seeking, playing, lengths, dump or all. Everything runs in a session of its own (display with a
-window manager, sound server with a null sink), and the programs of a comparison run in turn or at the same
+WHAT is start, first-picture, seeking, playing, lengths, dump or all. Everything runs in a session of its own (display
+with a window manager, sound server with a null sink), and the programs of a comparison run in turn or at the same
 time, so that a slow moment of the machine falls on all of them. Results also go to DIR/competitors.json.
 """
 
@@ -267,7 +267,8 @@ def report_length(kind, minutes, rows, results):
     results[f"length {kind} {minutes}"] = rows
 
 
-WHAT = {"start": start, "first-picture": first_picture, "seeking": seeking, "playing": playing, "lengths": lengths, "dump": dump}
+WHAT = {"start": start, "first-picture": first_picture, "seeking": seeking, "playing": playing, "lengths": lengths,
+        "dump": dump}
 
 
 def main():

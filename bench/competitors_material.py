@@ -70,18 +70,21 @@ class Material:
     def path(self, name):
         return os.path.join(self.folder, name)
 
+    def _blocks_pcm(self):
+        """What the blocks decode to, one after the other."""
+        write_message(self.path("once.trv"), self.blocks, [], len(self.blocks) / BLOCKS_PER_MINUTE)
+        return self.pcm("once.trv")
+
     def _start_loud(self):
         """Turns the blocks round so that a message begins with sound."""
-        write_message(self.path("once.trv"), self.blocks, [], len(self.blocks) / BLOCKS_PER_MINUTE)
-        pcm = self.pcm("once.trv")
+        pcm = self._blocks_pcm()
         step = SAMPLE_RATE // 5
         first = max(range(len(self.blocks)), key=lambda i: max(map(abs, pcm[i * step:i * step + step // 10])))
         self.blocks = self.blocks[first:] + self.blocks[:first]
 
     def alternate(self, seconds):
         """Has the messages made from now on be quiet and loud in turn, for that many seconds each."""
-        write_message(self.path("once.trv"), self.blocks, [], len(self.blocks) / BLOCKS_PER_MINUTE)
-        pcm = self.pcm("once.trv")
+        pcm = self._blocks_pcm()
         step = SAMPLE_RATE // 5
         quiet = min(range(len(self.blocks)), key=lambda i: max(map(abs, pcm[i * step:(i + 1) * step])))
         count = round(5 * seconds)

@@ -40,6 +40,8 @@ class Monkey:
         self.folder = tempfile.mkdtemp(dir=os.environ["TRV_SESSION"])
         self.err = open(os.path.join(self.folder, "err"), "w+", encoding="utf-8", errors="replace")
         self.pulse = int(os.environ["TRV_PULSE_PID"])
+        with open(f"/proc/{self.pulse}/cmdline", encoding="utf-8") as file:
+            self.server = file.read().split("\0")[:-1]
         self.started = []  # servers of the monkey's own
         self.done = collections.Counter()
         self.last = collections.deque(maxlen=30)
@@ -144,14 +146,12 @@ class Monkey:
         os.kill(self.pulse, signal.SIGCONT)
 
     def restart_server(self):
-        script = os.path.join(os.environ["TRV_SESSION"], "pulse.pa")
-        if not os.path.exists(script):
+        if os.environ["TRV_SOUND"] != "pulseaudio":
             return
         os.kill(self.pulse, self.random.choice((signal.SIGTERM, signal.SIGKILL)))
         time.sleep(self.random.random())
-        self.started.append(subprocess.Popen(
-            ["pulseaudio", "-n", "-F", script, "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-             "--log-target=null"], stdin=subprocess.DEVNULL))
+        self.started.append(subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *self.server],
+                                             stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
         self.pulse = self.started[-1].pid
 
     def sink(self):
@@ -216,8 +216,8 @@ class Monkey:
         if any(fault in text for fault in FAULTS):
             raise AssertionError("it complained")
 
-    def act(self, weights):
-        name = self.random.choices(list(weights), weights=weights.values())[0]
+    def act(self):
+        name = self.random.choices(list(self.WEIGHTS), weights=self.WEIGHTS.values())[0]
         self.done[name] += 1
         self.last.append(name)
         getattr(self, name)()
@@ -240,7 +240,14 @@ class Monkey:
             process.wait()
 
 
-def play(arguments, weights=None, each=lambda monkey: None):
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("program", "dump", "samples"):
+        parser.add_argument(name)
+    parser.add_argument("--actions", type=int, default=500)
+    parser.add_argument("--seed", type=int)
+    parser.add_argument("--minutes", type=float, default=0)
+    arguments = parser.parse_args()
     seed = arguments.seed if arguments.seed is not None else random.SystemRandom().randrange(1 << 32)
     print(f"seed {seed}", flush=True)
     monkey = Monkey(os.path.abspath(arguments.program), os.path.abspath(arguments.samples), seed)
@@ -250,8 +257,7 @@ def play(arguments, weights=None, each=lambda monkey: None):
         while deadline is None or time.monotonic() < deadline:
             if deadline is None and monkey.done.total() >= arguments.actions:
                 break
-            monkey.act(weights or monkey.WEIGHTS)
-            each(monkey)
+            monkey.act()
             if monkey.done.total() % 20 == 0:
                 monkey.check()
         monkey.finish()
@@ -266,16 +272,5 @@ def play(arguments, weights=None, each=lambda monkey: None):
     print(f"{monkey.done.total()} actions, {monkey.ends} players ended in peace: {dict(monkey.done)}")
 
 
-def arguments():
-    parser = argparse.ArgumentParser()
-    for name in ("program", "dump", "samples"):
-        parser.add_argument(name)
-    parser.add_argument("--actions", type=int, default=500)
-    parser.add_argument("--seed", type=int)
-    parser.add_argument("--minutes", type=float, default=0)
-    return parser
-
-
 if __name__ == "__main__":
-    play(arguments().parse_args())
-    sys.exit(0)
+    main()

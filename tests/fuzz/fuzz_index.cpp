@@ -4,14 +4,11 @@
 
 #include "codec/message_index.h"
 #include "tests/fuzz/memory_file.h"
+#include "tests/fuzz/require.h"
 
 // Any bytes as a message that grows: its index must find what the reader does.
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 void CompareWithReader(const MessageIndex& index, std::FILE* file, int rate) {
     static MessageReader reader;

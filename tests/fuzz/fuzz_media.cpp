@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 #include <QByteArray>
 
 #include "app/media_decisions.h"
 #include "platform/qt/file_uri.h"
+#include "tests/fuzz/require.h"
 
 // What other programs may pass over the bus, or drop: times, rates and addresses of any value.
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 template <class T>
 T Take(const uint8_t*& data, size_t& size) {

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "codec/message_reader.h"
 #include "tests/fuzz/memory_file.h"
+#include "tests/fuzz/require.h"
 
 // Any bytes as a message: its header, every record to the end, once more, and from one record on.
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 struct Sum {
     int64_t records = 0;

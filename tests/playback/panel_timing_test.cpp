@@ -10,14 +10,8 @@
 
 namespace {
 
-// The sanitizers slow the decoders down many times.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double kLimitMs = 200;
-constexpr std::size_t kRounds = 100;
-#else
-constexpr double kLimitMs = 20;
-constexpr std::size_t kRounds = 1000;
-#endif
+constexpr double kLimitMs = watch::kSanitized ? 200 : 20;
+constexpr std::size_t kRounds = watch::kSanitized ? 100 : 1000;
 constexpr int kAttempts = 3;
 
 class PanelTiming : public PlayerTest {

@@ -45,11 +45,7 @@ UINT KillTicks(MMTIMERID) {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kActions = 1000;
-#else
-constexpr int kActions = 5000;
-#endif
+constexpr int kActions = watch::kSanitized ? 1000 : 5000;
 
 int Setting(const char* name, int otherwise) {
     const char* value = std::getenv(name);

@@ -11,6 +11,13 @@ namespace watch {
 
 using Clock = std::chrono::steady_clock;
 
+// Whether a sanitizer slows this build down many times.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kSanitized = true;
+#else
+inline constexpr bool kSanitized = false;
+#endif
+
 inline double Ms(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }

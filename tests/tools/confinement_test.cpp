@@ -16,6 +16,7 @@
 
 #include "tests/support/run_program.h"
 #include "tests/support/test_files.h"
+#include "tests/support/watch.h"
 
 namespace {
 
@@ -92,14 +93,15 @@ TEST(Confinement, HoldsWhileTrvdumpReads) {
         ChildProcess program(command);
         const int writer = open(pipe.c_str(), O_WRONLY);
         ASSERT_EQ(write(writer, "TRV01.01\0\0\0\0\0", 13), 13);
-        const std::string line = "\nSeccomp:\t";
-        std::string status;
-        for (int i = 0; i < 500 && status.find(line + mode) == std::string::npos; ++i) {
-            usleep(10000);
-            std::ifstream file("/proc/" + std::to_string(program.Pid()) + "/status");
-            status.assign(std::istreambuf_iterator<char>(file), {});
-        }
-        EXPECT_NE(status.find(line + mode), std::string::npos) << words.size();
+        const std::string wanted = std::string("\nSeccomp:\t") + mode;
+        EXPECT_TRUE(watch::Eventually(
+            [&] {
+                std::ifstream file("/proc/" + std::to_string(program.Pid()) + "/status");
+                const std::string status(std::istreambuf_iterator<char>(file), {});
+                return status.find(wanted) != std::string::npos;
+            },
+            std::chrono::seconds(5)))
+            << words.size();
         close(writer);
         program.Wait();
     }
