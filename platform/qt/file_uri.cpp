@@ -23,9 +23,13 @@ std::optional<std::string> PathOfFileUri(const QByteArray& uri) {
     return path.toStdString();
 }
 
-std::vector<std::string> PathsOfUriList(const QByteArray& list) {
+std::vector<std::string> PathsOfUriList(const QByteArray& list, std::size_t most) {
     std::vector<std::string> paths;
-    for (const QByteArray& line : list.split('\n'))
-        if (auto path = PathOfFileUri(line.trimmed())) paths.push_back(std::move(*path));
+    for (qsizetype from = 0; from < list.size() && paths.size() < most;) {
+        const qsizetype end = list.indexOf('\n', from);
+        const qsizetype length = end < 0 ? list.size() - from : end - from;
+        if (auto path = PathOfFileUri(list.mid(from, length).trimmed())) paths.push_back(std::move(*path));
+        from += length + 1;
+    }
     return paths;
 }

@@ -11,5 +11,5 @@
 QByteArray FileUri(const std::string& path);
 // Nothing for another scheme or computer, and for a path that is not absolute or holds a zero byte.
 std::optional<std::string> PathOfFileUri(const QByteArray& uri);
-// The paths of a text/uri-list (RFC 2483); what is no local file is left out.
-std::vector<std::string> PathsOfUriList(const QByteArray& list);
+// The first `most` paths of a text/uri-list (RFC 2483); what is no local file is left out.
+std::vector<std::string> PathsOfUriList(const QByteArray& list, std::size_t most);

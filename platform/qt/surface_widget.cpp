@@ -4,8 +4,6 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTimer>
-#include <QUrl>
-#include <algorithm>
 #include <utility>
 
 #include "platform/framework/drop_files.h"
@@ -14,6 +12,14 @@
 #include "platform/qt/widgets.h"
 
 namespace {
+
+// Some weeks of messages; the rest of a drop is left.
+constexpr std::size_t most_dropped = 10000;
+
+// Not the toolkit's list of URLs: that loses names and takes all of a long list apart, at each move.
+std::vector<std::string> DroppedPaths(const QDropEvent& event, std::size_t most) {
+    return PathsOfUriList(event.mimeData()->data(QStringLiteral("text/uri-list")), most);
+}
 
 // A program that is answered with a move would delete its file.
 void AcceptCopy(QDropEvent* event) {
@@ -60,14 +66,12 @@ void SurfaceWidget::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void SurfaceWidget::dragMoveEvent(QDragMoveEvent* event) {
-    const QList<QUrl> urls = event->mimeData()->urls();
-    if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
-        AcceptCopy(event);
+    if (!DroppedPaths(*event, 1).empty()) AcceptCopy(event);
 }
 
 void SurfaceWidget::dropEvent(QDropEvent* event) {
     DroppedFiles dropped;
-    dropped.paths = PathsOfUriList(event->mimeData()->data(QStringLiteral("text/uri-list")));
+    dropped.paths = DroppedPaths(*event, most_dropped);
     AcceptCopy(event);
     // One that offers nothing but a move is answered that nothing was done.
     if (event->dropAction() != Qt::CopyAction) event->setDropAction(Qt::IgnoreAction);

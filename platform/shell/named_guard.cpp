@@ -30,6 +30,9 @@ constexpr std::chrono::milliseconds glance{10};
 // A holder of the lock gives way within a glance or the patience. One that is stopped with the lock held is
 // not waited for longer than this.
 constexpr std::chrono::milliseconds lock_patience{8000};
+// A newcomer asks as soon as it is connected. Of more than so many connections the oldest is closed, so that
+// programs that connect and say nothing do not use up the descriptors.
+constexpr std::size_t most_waiting = 64;
 
 std::string FileName(std::string_view name, std::string_view display) {
     std::string readable;
@@ -234,11 +237,15 @@ bool NamedGuard::TakeCloseRequest() {
 bool NamedGuard::TakeNewcomer() {
     const int newcomer = accept4(m_nListen, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (newcomer < 0) return false;
-    if (IsSameUser(newcomer) && Watch(m_nWatch, newcomer)) {
-        m_waiting.push_back(newcomer);
-    } else {
+    if (!IsSameUser(newcomer) || !Watch(m_nWatch, newcomer)) {
         close(newcomer);
+        return true;
     }
+    if (m_waiting.size() == most_waiting) {
+        close(m_waiting.front());
+        m_waiting.erase(m_waiting.begin());
+    }
+    m_waiting.push_back(newcomer);
     return true;
 }
 

@@ -181,6 +181,8 @@ TEST_F(PanelFile, AMessageThatIsStillBeingWrittenGoesOn) {
     Panel().Play();
     WaitForReader();
     ASSERT_TRUE(Hear(50));
+    // It looks for more now: what is written before it has looked moves all later looks.
+    WaitForReader();
     grow(before, before + 331 * 3);
     ASSERT_TRUE(Hear(28));
     WaitForReader();

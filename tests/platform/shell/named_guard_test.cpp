@@ -146,11 +146,23 @@ TEST_F(NamedGuardTest, WhoeverConnectsWithoutAskingClosesNothing) {
     address.sun_family = AF_UNIX;
     ASSERT_LT(path.size(), sizeof address.sun_path);
     std::ranges::copy(path, address.sun_path);
-    // Without a packet the connection just ends.
-    for (const std::string packet : {"", "clos", "closed", "close"}) {
-        const bool request = packet == "close";
+    const auto connected = [&] {
         const int newer = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(0, connect(newer, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        EXPECT_EQ(0, connect(newer, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        return newer;
+    };
+    // Those that stay and say nothing use up no descriptors.
+    std::vector<int> silent;
+    for (int i = 0; i < 300; ++i) {
+        silent.push_back(connected());
+        EXPECT_FALSE(guard.TakeCloseRequest());
+    }
+    EXPECT_LT(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}), 300 + 100);
+    // Without a packet the connection just ends.
+    for (const std::string& packet : {std::string(), std::string("clos"), std::string("closed"),
+                                      std::string(100000, 'c'), std::string("close")}) {
+        const bool request = packet == "close";
+        const int newer = connected();
         if (!packet.empty()) {
             EXPECT_LT(0, send(newer, packet.data(), packet.size(), MSG_NOSIGNAL));
         }
@@ -162,6 +174,7 @@ TEST_F(NamedGuardTest, WhoeverConnectsWithoutAskingClosesNothing) {
         EXPECT_EQ(0, poll(&watch, 1, 0));
         if (request) close(newer);
     }
+    for (const int connection : silent) close(connection);
 }
 
 TEST_F(NamedGuardTest, AFolderThatOthersCanEnterIsNotUsedAndALongOneIs) {
