@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QWindow>
 
+#include "platform/qt/other_names.h"
 #include "platform/qt/qt_toolkit.h"
 #include "platform/qt/toolkit.h"
 
@@ -68,10 +69,12 @@ std::vector<std::string> QtToolkit::ChooseFiles(HWND owner, const std::string& t
     }
     dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setNameFilters(names);
+    const OtherNames* others = nullptr;
     if (!question.saving) {
         dialog->setFileMode(question.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
         dialog->setAcceptMode(QFileDialog::AcceptOpen);
         dialog->setOption(QFileDialog::ReadOnly);
+        others = new OtherNames(*dialog, question.several);
     } else {
         dialog->setFileMode(QFileDialog::AnyFile);
         dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -84,8 +87,11 @@ std::vector<std::string> QtToolkit::ChooseFiles(HWND owner, const std::string& t
         dialog->selectFile(QString::fromStdString(question.name));
     }
     std::vector<std::string> chosen;
-    if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr)
-        for (const QString& path : dialog->selectedFiles()) chosen.push_back(path.toStdString());
+    if (RunDialog(owner, dialog) == QDialog::Accepted && dialog != nullptr) {
+        if (others != nullptr) chosen = others->Paths();
+        if (chosen.empty())
+            for (const QString& path : dialog->selectedFiles()) chosen.push_back(path.toStdString());
+    }
     delete dialog;
     return chosen;
 }

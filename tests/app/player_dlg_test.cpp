@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QListWidget>
 #include <QSlider>
 #include <QTest>
 #include <QTimer>
@@ -199,6 +200,23 @@ TEST_F(PlayerDlg, TheOpenDialogChoosesAMessageOrNothing) {
     WithModal([&] { Command(ID_FILE_OPEN); });
     EXPECT_EQ(Title(), kVoiceTitle);
     EXPECT_EQ(Face(), "Pause");
+}
+
+// The toolkit's own list has no names that are not UTF-8.
+TEST_F(PlayerDlg, TheOpenDialogAlsoHasNamesOfOtherEncodings) {
+    const TestFolder folder;
+    for (const char* name : {"caf\xE9.trv", "gr\xFC\xDF.TRV", "caf\xE9.txt", "gr\xC3\xBC\xC3\x9F.trv"})
+        std::filesystem::copy(Sample("greeting-voice.trv"), folder.Path(name));
+    Open(folder.Path("gr\xC3\xBC\xC3\x9F.trv"));
+    WithModal([&] { Command(ID_FILE_OPEN); },
+              [](const Modal&) {
+                  QWidget* dialog = QApplication::activeModalWidget();
+                  auto* names = dialog->findChild<QListWidget*>();
+                  ASSERT_EQ(names->count(), 2);
+                  names->item(1)->setSelected(true);
+                  names->itemActivated(names->item(1));
+              });
+    EXPECT_EQ(Title(), std::string(kTitle) + " - gr\xFC\xDF.TRV");
 }
 
 TEST_F(PlayerDlg, TheVolumeButtonTogglesWithTheDialog) {

@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: MIT
 """Does anything to the player, in any order, and watches that it only ends when it is told to, and in peace.
 
-    monkey.py TRVPLAYER TRVDUMP SAMPLES [--actions N] [--seed N] [--minutes N]
+    monkey.py TRVPLAYER TRVDUMP SAMPLES [--seed N] [--actions N | --soak MINUTES]
 
 in a private session with a display and a sound server, where there is a bus over that too. The same seed does the same
-actions; when they meet the player is for the machine to say.
+actions; when they meet the player is for the machine to say. A soak keeps one player, and watches what that holds at rest.
 """
 
 import argparse
@@ -30,12 +30,16 @@ KEYS = ("space", "Left", "Right", "shift+Left", "shift+Right", "Prior", "Next", 
         "shift+Tab", "alt+f", "alt+p", "alt+h", "ctrl+w", "ctrl+c", "ctrl+o", "ctrl+n", "ctrl+plus", "ctrl+minus",
         "ctrl+0", "XF86AudioPlay", "XF86AudioStop", "XF86AudioNext", "XF86AudioPrev", "F10", "Menu", "a", "x")
 RATES = ("nan", "inf", "-1", "0", "0.5", "1", "3", "1e300")
+SOAK_GROWTH_KIB = 2048
 TIMES = ("0", "1000000", "-5000000", "9223372036854775807", "-9223372036854775808")
 
 
 class Monkey:
-    def __init__(self, program, samples, seed):
+    def __init__(self, program, samples, seed, soak=False):
         self.program = program
+        # What may end the player: of a soak that is the end.
+        self.weights = {k: w for k, w in self.WEIGHTS.items() if not soak or k not in ("second", "close")}
+        self.pressed = [key for key in KEYS if not soak or key not in ("alt+f", "F10")]
         self.random = random.Random(seed)
         self.folder = tempfile.mkdtemp(dir=os.environ["TRV_SESSION"])
         self.err = open(os.path.join(self.folder, "err"), "w+", encoding="utf-8", errors="replace")
@@ -85,7 +89,7 @@ class Monkey:
 
     def keys(self):
         count = self.random.randrange(1, 6)
-        run("xdotool", "key", "--delay", str(self.random.choice((0, 5, 30))), *self.random.choices(KEYS, k=count))
+        run("xdotool", "key", "--delay", str(self.random.choice((0, 5, 30))), *self.random.choices(self.pressed, k=count))
 
     def held_key(self):
         key = self.random.choice(("Right", "Left", "period", "comma", "Up", "Down"))
@@ -217,13 +221,46 @@ class Monkey:
             raise AssertionError("it complained")
 
     def act(self):
-        name = self.random.choices(list(self.WEIGHTS), weights=self.WEIGHTS.values())[0]
+        name = self.random.choices(list(self.weights), weights=self.weights.values())[0]
         self.done[name] += 1
         self.last.append(name)
         getattr(self, name)()
         if self.player.poll() is not None:
             self.expect_end(self.player)
             self.start(*self.random.choices(self.files, k=self.random.randrange(2)))
+
+    def at_rest(self):
+        """Whether only the main window is left; else one more of the others is closed."""
+        main = windows(self.player.pid, f"^{desktop.TITLE}")
+        others = set(windows(self.player.pid)) - set(main)
+        for window in others or main:
+            run("xdotool", "windowmap", window, "windowactivate", window, "key", "Escape")
+        return main and not others
+
+    def held(self):
+        """KiB of its own memory, descriptors and threads, with no message and no dialog open."""
+        wait_for(self.at_rest, what="rest")
+        run("xdotool", "key", "ctrl+w", "sleep", "3")
+        process = f"/proc/{self.player.pid}"
+        with open(f"{process}/smaps_rollup", encoding="ascii") as file:
+            memory = int(re.search(r"Anonymous: +(\d+)", file.read()).group(1))
+        return memory, len(os.listdir(f"{process}/fd")), len(os.listdir(f"{process}/task"))
+
+    def soak(self, minutes):
+        """Growth is counted from what was held after the first minute; of the later minutes the last counts."""
+        player, held = self.player, []
+        for minute in range(1, minutes + 1):
+            end = time.monotonic() + 60
+            while time.monotonic() < end:
+                self.act()
+                if self.player is not player:
+                    raise AssertionError("it ended")
+            held.append(self.held())
+            print(f"minute {minute}: {held[-1][0]} KiB, {held[-1][1]} descriptors, {held[-1][2]} threads", flush=True)
+            self.check()
+        growth = [last - first for first, last in zip(held[0], held[-1])]
+        if growth[0] > SOAK_GROWTH_KIB or growth[1] > 0 or growth[2] > 0:
+            raise AssertionError(f"more KiB, descriptors, threads: {growth}")
 
     def finish(self):
         """The last one ends by being closed, as a newer player does it."""
@@ -246,17 +283,16 @@ def main():
         parser.add_argument(name)
     parser.add_argument("--actions", type=int, default=500)
     parser.add_argument("--seed", type=int)
-    parser.add_argument("--minutes", type=float, default=0)
+    parser.add_argument("--soak", type=int, default=0)
     arguments = parser.parse_args()
     seed = arguments.seed if arguments.seed is not None else random.SystemRandom().randrange(1 << 32)
     print(f"seed {seed}", flush=True)
-    monkey = Monkey(os.path.abspath(arguments.program), os.path.abspath(arguments.samples), seed)
-    deadline = time.monotonic() + 60 * arguments.minutes if arguments.minutes else None
+    monkey = Monkey(os.path.abspath(arguments.program), os.path.abspath(arguments.samples), seed, arguments.soak > 0)
     try:
         wait_for(monkey.window, what="a window")
-        while deadline is None or time.monotonic() < deadline:
-            if deadline is None and monkey.done.total() >= arguments.actions:
-                break
+        if arguments.soak:
+            monkey.soak(arguments.soak)
+        while not arguments.soak and monkey.done.total() < arguments.actions:
             monkey.act()
             if monkey.done.total() % 20 == 0:
                 monkey.check()
