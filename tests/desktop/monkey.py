@@ -30,6 +30,7 @@ KEYS = ("space", "Left", "Right", "shift+Left", "shift+Right", "Prior", "Next", 
         "shift+Tab", "alt+f", "alt+p", "alt+h", "ctrl+w", "ctrl+c", "ctrl+o", "ctrl+n", "ctrl+plus", "ctrl+minus",
         "ctrl+0", "XF86AudioPlay", "XF86AudioStop", "XF86AudioNext", "XF86AudioPrev", "F10", "Menu", "a", "x")
 RATES = ("nan", "inf", "-1", "0", "0.5", "1", "3", "1e300")
+MENU_BAR = 30  # pixels
 SOAK_GROWTH_KIB = 2048
 TIMES = ("0", "1000000", "-5000000", "9223372036854775807", "-9223372036854775808")
 
@@ -37,9 +38,10 @@ TIMES = ("0", "1000000", "-5000000", "9223372036854775807", "-922337203685477580
 class Monkey:
     def __init__(self, program, samples, seed, soak=False):
         self.program = program
-        # What may end the player: of a soak that is the end.
+        # A soak needs one player: it leaves alone what may end that, the menu bar too.
         self.weights = {k: w for k, w in self.WEIGHTS.items() if not soak or k not in ("second", "close")}
-        self.pressed = [key for key in KEYS if not soak or key not in ("alt+f", "F10")]
+        self.pressed = [key for key in KEYS if not soak or key not in ("alt+f", "alt+p", "alt+h", "F10")]
+        self.top = MENU_BAR if soak else 0
         self.random = random.Random(seed)
         self.folder = tempfile.mkdtemp(dir=os.environ["TRV_SESSION"])
         self.err = open(os.path.join(self.folder, "err"), "w+", encoding="utf-8", errors="replace")
@@ -104,7 +106,7 @@ class Monkey:
 
         def move():
             return ["mousemove", "--window", window, str(self.random.randrange(width)),
-                    str(self.random.randrange(height))]
+                    str(self.random.randrange(min(self.top, height - 1), height))]
 
         what = self.random.choice((["click", "1"], ["click", "--repeat", "2", "1"], ["click", "3"], ["click", "4"],
                                    ["click", "--repeat", "5", "5"], ["mousedown", "1", *move(), *move(), "mouseup", "1"]))
@@ -231,10 +233,14 @@ class Monkey:
 
     def at_rest(self):
         """Whether only the main window is left; else one more of the others is closed."""
+        # Minimised, it is not among the visible ones.
+        run("xdotool", "search", "--all", "--pid", str(self.player.pid), "--name", f"^{desktop.TITLE}", "windowmap", "%@")
         main = windows(self.player.pid, f"^{desktop.TITLE}")
         others = set(windows(self.player.pid)) - set(main)
         for window in others or main:
-            run("xdotool", "windowmap", window, "windowactivate", window, "key", "Escape")
+            run("timeout", "5", "xdotool", "windowactivate", "--sync", window)
+            if desktop.keyboard_window() == window:
+                run("xdotool", "key", "alt+F4" if desktop.title(window) == "Audio Volume Controls" else "Escape")
         return main and not others
 
     def held(self):
