@@ -43,6 +43,7 @@ display openbox openbox
 display x11-utils xprop
 display xdotool xdotool
 display imagemagick import
+test x11-xserver-utils xrandr
 test git git
 test python3 python3
 test libgtest-dev pc:gtest

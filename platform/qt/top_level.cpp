@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeySequence>
+#include <QTimer>
 
 #include "platform/framework/message_queue.h"
 #include "platform/framework/resources.h"
@@ -67,6 +68,7 @@ void TopLevelWidget::BuildMenu(unsigned menuId) {
 
 void TopLevelWidget::SetClientSize(const QSize& size) {
     m_clientSize = size;
+    m_ratio = devicePixelRatioF();
     if (m_cover != nullptr) return;
     const int menuHeight = m_menuBar == nullptr ? 0 : m_menuBar->heightForWidth(size.width());
     if (m_menuBar != nullptr) {
@@ -81,8 +83,7 @@ void TopLevelWidget::CoverWith(QtNativeWidget* alone) {
     m_cover->setPalette(QPalette(Qt::black));
     m_cover->setAutoFillBackground(true);
     m_alone = alone;
-    setMinimumSize(0, 0);
-    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    LiftLimits();
     LayOutCover();
     m_cover->show();
     showFullScreen();
@@ -105,7 +106,22 @@ void TopLevelWidget::LayOutCover() {
 
 void TopLevelWidget::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    if (m_cover != nullptr) LayOutCover();
+    if (m_cover != nullptr)
+        LayOutCover();
+    else if (devicePixelRatioF() != m_ratio)
+        QTimer::singleShot(0, this, [this] { FollowScreen(); });
+}
+
+// An X server's window keeps its pixels on a screen of another scale, and its limits with them: setting the
+// same ones again would change nothing.
+void TopLevelWidget::FollowScreen() {
+    if (m_cover == nullptr) LiftLimits();
+    SetClientSize(m_clientSize);
+}
+
+void TopLevelWidget::LiftLimits() {
+    setMinimumSize(0, 0);
+    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
 }
 
 void TopLevelWidget::SetShortcut(unsigned command, const QString& shortcuts) {

@@ -101,10 +101,13 @@ protected:
 private:
     void BuildMenu(unsigned menuId);
     void LayOutCover();
+    void FollowScreen();
+    void LiftLimits();
     HWND m_window;
     QMenuBar* m_menuBar = nullptr;
     QWidget* m_holder;
     QSize m_clientSize;
+    double m_ratio = 0;  // of device pixels, when the size was set
     QWidget* m_cover = nullptr;
     QtNativeWidget* m_alone = nullptr;
 };

@@ -10,6 +10,7 @@ import os
 import subprocess
 import time
 import unittest
+import unittest.mock
 
 import desktop
 from desktop import TITLE, run, wait_for, windows
@@ -142,6 +143,19 @@ class Window(desktop.DesktopTest):
         _, _, width, height = desktop.geometry(player.main_window())
         self.assertEqual(552, width)
         self.assertTrue(1.5 * desktop.CLIENT_HEIGHT < height < 1.5 * desktop.CLIENT_HEIGHT + 60)
+        self.click(player, desktop.BUTTONS["volume"])
+        player.dialog("^Audio Volume Controls$")
+
+    def test_moved_to_a_screen_of_another_scale_it_keeps_its_size(self):
+        for name, left, output in (("left", 0, "screen"), ("right", 512, "none")):
+            subprocess.run(["xrandr", "--setmonitor", name, f"512/135x768/203+{left}+0", output], check=True)
+            self.addCleanup(run, "xrandr", "--delmonitor", name)
+        with unittest.mock.patch.dict(os.environ, QT_SCREEN_SCALE_FACTORS="left=1;right=1.5"):
+            player = self.start()
+        window = player.main_window()
+        for x, width in ((560, 552), (40, 368)):
+            run("xdotool", "windowmove", window, str(x), "40")
+            wait_for(lambda: desktop.geometry(window)[2] == width, what=f"a width of {width} pixels")
         self.click(player, desktop.BUTTONS["volume"])
         player.dialog("^Audio Volume Controls$")
 
