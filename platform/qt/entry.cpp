@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program's entry.
+#include <malloc.h>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <cstdio>
@@ -9,12 +10,22 @@
 #include "platform/framework/window.h"
 #include "platform/qt/toolkit.h"
 
+namespace {
+
+// A picture or a window's surface is larger than this. Each then has pages of its own, which the system has
+// back when it goes. Left to itself the allocator learns from the first ones freed to keep all later ones in
+// its heap, where a few small things that live on hold tens of megabytes.
+constexpr int large_block = 128 * 1024;
+
+}  // namespace
+
 int AfxWinMain(int argc, char** argv) {
     if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr &&
         std::getenv("QT_QPA_PLATFORM") == nullptr) {
         std::fprintf(stderr, "%s: there is no display to show a window on.\n", argv[0]);
         return 1;
     }
+    mallopt(M_MMAP_THRESHOLD, large_block);
     const auto toolkit = CreateQtToolkit(argc, argv);
     SetToolkit(toolkit.get());
     CWinApp* app = AfxGetApp();
