@@ -56,10 +56,17 @@ void CPositionBar::SetLead(int nFrames) {
     m_nLead = nFrames;
 }
 
-void CPositionBar::StepIt() {
+void CPositionBar::StepIt(BOOL bMayWait) {
     m_nHead = std::min(m_nHead + m_nStep, m_nRange);
     if (m_nHead >= m_nLead) m_nTail = std::min(m_nTail + m_nStep, m_nRange);
-    ShowBand();
+    if (!bMayWait || IsFarOff()) ShowBand();
+}
+
+BOOL CPositionBar::IsFarOff() const {
+    CRect client;
+    GetClientRect(client);
+    const Band band = BandIn(client.right);
+    return band.nHead - m_painted.nHead > 1 || band.nTail - m_painted.nTail > 1;
 }
 
 void CPositionBar::SetPosition(std::int64_t nFrame) {

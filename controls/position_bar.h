@@ -36,7 +36,10 @@ public:
     void SetLead(int nFrames);
     // Moves the band by one frame. When that moves an edge of it by a pixel, the bar is repainted before the
     // call returns; so it is by SetPosition. While the pointer holds the head neither is seen.
-    void StepIt();
+    //
+    // With bMayWait one pixel waits for ShowBand, so that it can fall together with something else.
+    void StepIt(BOOL bMayWait = FALSE);
+    void ShowBand();
     // Puts the head at the frame, or the nearer end of the bar, and the tail where steps would have left it.
     void SetPosition(std::int64_t nFrame);
     std::int64_t GetPosition() const { return m_nHead; }
@@ -84,7 +87,7 @@ private:
     std::int64_t FrameAt(int x) const;
     int PixelOf(std::int64_t nFrame, int nWidth) const;
     Band BandIn(int nWidth) const;
-    void ShowBand();
+    BOOL IsFarOff() const;
     void DragTo(int x);
     void Tell(UINT nMessage, std::int64_t nFrame) const;
 

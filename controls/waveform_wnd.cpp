@@ -137,10 +137,7 @@ void CWaveformWnd::RedrawAll() {
 
 void CWaveformWnd::DrawCanvases() {
     if (GetSafeHwnd() == nullptr) return;
-    CClientDC dc(this);
-    if (!m_grid.Exists()) m_grid.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
     if (m_grid.Exists()) DrawGrid();
-    if (!m_trace.Exists()) m_trace.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
     if (m_trace.Exists()) {
         FillBackground(m_trace.dc, m_rectClient, m_clrBackground);
         CRect clip = m_rectPlot;
@@ -209,8 +206,8 @@ void CWaveformWnd::AppendPoint(float fValue) {
         dc.MoveTo(plot.right - m_nShiftPlusHalf, PlotY(m_fLast));
         dc.LineTo(plot.right - m_nHalfShift, PlotY(fValue));
         dc.SelectObject(pPrevPen);
-        m_fLast = fValue;
     }
+    m_fLast = fValue;
     Invalidate(TRUE);
 }
 
@@ -230,7 +227,9 @@ void CWaveformWnd::ShowValues(const float* pValues, int nCount) {
 void CWaveformWnd::DrawShown() {
     DrawCanvases();
     const int count = m_shown.GetSize();
-    if (count <= 0 || !m_trace.Exists()) return;
+    if (count <= 0) return;
+    m_fLast = m_shown.GetAt(count - 1);
+    if (!m_trace.Exists()) return;
     const CRect plot = m_rectPlot;
     CDC& dc = m_trace.dc;
     CPen* const pPrevPen = dc.SelectObject(&m_penPlot);
@@ -243,7 +242,6 @@ void CWaveformWnd::DrawShown() {
     dc.SelectObject(pPrevPen);
     // What has scrolled out of the plot is not seen beside it.
     FillBackground(dc, CRect(0, plot.top, plot.left, plot.bottom + 1), m_clrBackground);
-    m_fLast = m_shown.GetAt(count - 1);
 }
 
 LRESULT CWaveformWnd::OnScaleChanged(WPARAM, LPARAM) {
@@ -253,7 +251,16 @@ LRESULT CWaveformWnd::OnScaleChanged(WPARAM, LPARAM) {
     return 0;
 }
 
+void CWaveformWnd::CreateCanvases() {
+    CClientDC dc(this);
+    m_grid.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
+    m_trace.Create(&dc, m_rectClient.Width(), m_rectClient.Height());
+    DrawShown();
+}
+
 void CWaveformWnd::OnPaint() {
+    // Not before: beside a message with pictures this window is never seen.
+    if (!m_trace.Exists()) CreateCanvases();
     CPaintDC dc(this);
     CMemDC mem(&dc, m_clrBackground);
     mem.BitBlt(0, 0, m_rectClient.Width(), m_rectClient.Height(), &m_grid.dc, 0, 0, SRCCOPY);

@@ -15,7 +15,8 @@ public:
     ~CWaveformWnd() override;
 
     // Creates the window, with a static edge. rect is the outer rectangle in the parent's client coordinates.
-    // The canvases take the client size of this moment and keep it. FALSE when the window cannot be created.
+    // The canvases take the client size of the first painting and keep it. FALSE when the window cannot be
+    // created.
     virtual BOOL Create(DWORD dwStyle, const RECT& rect, CWnd* pParent, UINT nID);
 
     // Values shown at the bottom and at the top. Refused unless fUpper >= fLower and fUpper >= 0. Without
@@ -68,6 +69,7 @@ private:
 
     void RecalcLayout();
     void RedrawAll();
+    void CreateCanvases();
     void DrawCanvases();
     void DrawGrid();
     void DrawShown();

@@ -18,6 +18,7 @@ constexpr int kDefaultFrameRate = 5;  // pictures per second, until a message sa
 constexpr signed char kQuality = 3;
 constexpr int kLead = 88;  // frames of the position bar's band
 constexpr int kFramesPerSecond = 50;
+constexpr int kFramesPerTenth = kFramesPerSecond / 10;
 constexpr int kFramesPerMinute = 60 * kFramesPerSecond;
 CString LoadText(UINT nTextID) {
     CString strText;
@@ -185,15 +186,17 @@ void CMessagePanel::ShowVolumeControls(BOOL bShow) {
     m_pWaveDevice->ShowVolumeControls(bShow);
 }
 
-void CMessagePanel::ShowElapsed() {
+BOOL CMessagePanel::ShowElapsed() {
     const auto nFrame = static_cast<int>(Frame());
-    const CString strElapsed = FormatTime(nFrame / kFramesPerMinute,
-                                          static_cast<double>(nFrame % kFramesPerMinute) / kFramesPerSecond);
-    // Four of five blocks leave the tenths as they are.
-    if (strElapsed == m_strElapsed && !m_bWaiting) return;
+    // Four of five blocks leave the rounded tenths as they are.
+    const int nMinutes = nFrame / kFramesPerMinute;
+    const int nRest = nFrame % kFramesPerMinute;
+    const int nTenths = nMinutes * kFramesPerMinute + (nRest + kFramesPerTenth / 2) / kFramesPerTenth;
+    if (nTenths == m_nTenths && !m_bWaiting) return FALSE;
+    m_nTenths = nTenths;
     m_bWaiting = FALSE;
-    m_strElapsed = strElapsed;
-    m_current.SetWindowText(m_strElapsed);
+    m_current.SetWindowText(FormatTime(nMinutes, static_cast<double>(nRest) / kFramesPerSecond));
+    return TRUE;
 }
 
 void CMessagePanel::ShowWaiting() {

@@ -136,7 +136,7 @@ private:
     int PictureToShow(int nFrame) const;
 
     int64_t Frame() const { return m_nSamplesPlayed.load() / kSpeechFrameSamples; }
-    void ShowElapsed();
+    BOOL ShowElapsed();  // whether it has changed
     void ShowWaiting();
     // One box for each message opened: the panel may be gone afterwards.
     void ReportFault(UINT nTextID);
@@ -163,7 +163,7 @@ private:
     BOOL m_bDragging = FALSE;     // the bar's head is held
     BOOL m_bDragResumes = FALSE;  // the message plays on once it is let go
     int m_nDragFrom = 0;
-    CString m_strElapsed;
+    int m_nTenths = -1;  // of the elapsed text, so many to a minute as it has frames; -1: none
     MessageEnd m_end = MessageEnd::None;  // why there is no more to read
     int m_nBlocksSinceEnd = 0;
     BOOL m_bWaiting = FALSE;  // the elapsed text says that the file is waited for

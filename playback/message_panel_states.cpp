@@ -155,6 +155,7 @@ void CMessagePanel::Hold() {
     m_pWaveDevice->Pause();
     m_pVideo->Pause();
     if (m_bWaiting) ShowElapsed();
+    m_positionBar.ShowBand();
     m_positionBar.AnnounceValue();
 }
 
@@ -178,8 +179,8 @@ void CMessagePanel::Rewind() {
     m_nSamplesPlayed = 0;
     m_positionBar.Reset();
     m_bWaiting = FALSE;
-    m_strElapsed.Empty();
-    m_current.SetWindowText(m_strElapsed);
+    m_nTenths = -1;
+    m_current.SetWindowText("");
 }
 
 // The picture that is due at a frame; the last one before it that the reader comes by when pictures are fewer
@@ -248,10 +249,10 @@ void CMessagePanel::OnBlockPlayed(int nSamples) {
     const int64_t nBefore = Frame();
     m_nSamplesPlayed += nSamples;
     for (int64_t nFrame = nBefore; nFrame < Frame(); ++nFrame) {
-        m_positionBar.StepIt();
+        m_positionBar.StepIt(TRUE);
         if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
     }
-    ShowElapsed();
+    if (ShowElapsed()) m_positionBar.ShowBand();
     if (m_pVideo->GetSpeed() != m_nSpeed && nSamples == kSpeechFrameSamples * m_nSpeed / kNormalSpeed)
         SetPictureSpeed();
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });

@@ -29,9 +29,9 @@ CVideoWnd::CVideoWnd(CWnd* pParent, CVideoWndClient* pClient, int nWidth, int nH
       m_nHeight(nHeight),
       m_nFramesPerSecond(nFramesPerSecond),
       m_nPictureBytes(nWidth * nHeight * kBytesPerPixel),
-      m_nCapacity(nCapacity),
+      m_nCapacity(nCapacity - 1),
       m_params{&m_bRunning, this} {
-    m_slots.resize(static_cast<std::size_t>(nCapacity));
+    m_slots.resize(static_cast<std::size_t>(nCapacity - 1));
     // Not set to zero: a message of speech alone never touches these four megabytes.
     for (Slot& slot : m_slots)
         slot.pixels = std::make_unique_for_overwrite<BYTE[]>(static_cast<std::size_t>(m_nPictureBytes));
@@ -64,7 +64,6 @@ void CVideoWnd::CreateFrameBitmap() {
     m_pBitmap = std::make_unique<CBitmap>();
     if (m_pBitmap->Attach(hBitmap)) {
         m_pDisplayBits = static_cast<BYTE*>(bits);
-        std::memset(m_pDisplayBits, 0, BitmapRowBytes(m_nWidth) * static_cast<std::size_t>(m_nHeight));
         CClientDC dc(this);
         m_dcFrame.CreateCompatibleDC(&dc);
         m_dcFrame.SelectObject(m_pBitmap.get());
@@ -90,7 +89,7 @@ void CVideoWnd::SetSpeed(int nPercent) {
 
 BOOL CVideoWnd::QueueFrame(const BYTE* pPicture, int nNumber) {
     if (m_bDrops) return TRUE;
-    if (m_nCount.load(std::memory_order_acquire) == m_nCapacity - 1) return FALSE;
+    if (m_nCount.load(std::memory_order_acquire) == m_nCapacity) return FALSE;
     Slot& slot = m_slots[static_cast<std::size_t>(m_nWrite)];
     std::memcpy(slot.pixels.get(), pPicture, static_cast<std::size_t>(m_nPictureBytes));
     slot.number = nNumber;

@@ -111,7 +111,7 @@ private:
         int number = 0;
     };
     std::vector<Slot> m_slots;
-    int m_nCapacity;
+    int m_nCapacity;              // how many may wait, and slots
     CCriticalSection m_showLock;  // one showing at a time: guards m_nRead and the bitmap
     int m_nRead = 0;
     int m_nWrite = 0;  // moved by the producer alone

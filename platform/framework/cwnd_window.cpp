@@ -74,7 +74,7 @@ BOOL CWnd::ShowWindow(int cmdShow) {
     window->visible = cmdShow != SW_HIDE;
     window->native->Show(cmdShow);
     // What was invalidated while hidden is painted now.
-    if (window->visible) Toolkit()->Wake();
+    if (window->visible) windows::PaintSoon();
     return was;
 }
 

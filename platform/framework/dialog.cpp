@@ -160,6 +160,7 @@ int CDialog::DoModal() {
     m_modal = true;
     const HWND handle = m_hWnd;
     if (Window* window = windows::Find(handle)) window->visible = true;
+    windows::PaintSoon();
     Toolkit()->RunModal(handle);
     // The object outlives its window: a modal dialog's belongs to the caller of DoModal.
     if (IsWindow(handle) != FALSE) DestroyWindow();

@@ -14,7 +14,9 @@ Image Copy(const CBitmap& bitmap) {
     const std::scoped_lock lock(surface.mutex());
     const std::size_t count =
         static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.height());
-    return {surface.width(), surface.height(), {surface.pixels(), surface.pixels() + count}};
+    Image image{surface.width(), surface.height(), {surface.pixels(), surface.pixels() + count}};
+    for (std::uint32_t& pixel : image.pixels) pixel |= 0xFF000000U;
+    return image;
 }
 
 }  // namespace

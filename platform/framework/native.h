@@ -46,8 +46,9 @@ public:
         double factor;
     };
     virtual Extent DeviceExtent() const = 0;
-    // Shows this part of the window's picture, in device pixels.
-    virtual void ShowSurface(const RECT& area) = 0;
+    // Shows this part of the window's picture, in device pixels, and what still waits to be shown beside it
+    // in the same top-level window: at once, or when the event loop comes to it.
+    virtual void ShowSurface(const RECT& area, bool now) = 0;
     // Where a point of the client area is on the screen, and back. The screen's units are the toolkit's.
     virtual CPoint ToScreen(POINT client) const = 0;
     virtual CPoint FromScreen(POINT screen) const = 0;

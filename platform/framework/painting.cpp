@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: MIT
 // When windows are painted. Their pictures are retained, so WM_PAINT comes only for what the player has
 // invalidated, never because another window was in front.
+#include <utility>
+
 #include "platform/framework/afxcmn.h"
 #include "platform/framework/window.h"
 
+namespace {
+
+// Whether a window may wait for WM_PAINT. Most of what is posted while a message plays changes no pixel.
+bool g_unpainted = false;
+
+}  // namespace
+
 namespace windows {
+
+void PaintSoon() {
+    g_unpainted = true;
+    if (Toolkit() != nullptr) Toolkit()->Wake();
+}
 
 void Invalidate(Window& window, const RECT& area, bool erase) {
     if (!window.PaintsSurface()) return;
@@ -18,7 +32,7 @@ void Invalidate(Window& window, const RECT& area, bool erase) {
                       std::max(window.invalid.right, inside.right),
                       std::max(window.invalid.bottom, inside.bottom));
     window.erase = window.erase || erase;
-    if (first && Toolkit() != nullptr) Toolkit()->Wake();
+    if (first) PaintSoon();
 }
 
 void PaintNow(HWND handle) {
@@ -72,13 +86,22 @@ void SystemColorsChanged() {
 }
 
 void PaintAll() {
+    if (std::exchange(g_unpainted, false))
+        for (const HWND handle : All()) PaintNow(handle);
+    if (!TakeDrawn()) return;
+    NativeWidget* last = nullptr;
+    CRect lastDamage;
     for (const HWND handle : All()) {
-        PaintNow(handle);
         Window* window = Find(handle);
         if (window == nullptr || !window->surfaceDrawn.exchange(false)) continue;
         const CRect damage = window->surface->TakeDamage();
-        if (damage.IsRectEmpty() == FALSE) window->native->ShowSurface(damage);
+        if (damage.IsRectEmpty() != FALSE) continue;
+        if (last != nullptr) last->ShowSurface(lastDamage, false);
+        last = window->native.get();
+        lastDamage = damage;
     }
+    // The rest goes to the screen with it, in one piece.
+    if (last != nullptr) last->ShowSurface(lastDamage, true);
 }
 
 }  // namespace windows

@@ -29,15 +29,15 @@ Surface::Surface(int width, int height, SurfaceScale scale)
     : m_width(std::max(width, 0)),
       m_height(std::max(height, 0)),
       m_scale(scale),
-      m_pixels(Area(width, height), kOpaque),
-      m_stretched(scale == SurfaceScale() ? 0 : Area(width, 2)) {}
+      m_pixels(Area(width, height)),
+      m_stretched(scale == SurfaceScale() ? 0 : Area(width, 2)),
+      m_dib(0) {}
 
-Surface::Surface(DibTag, int width, int height) : m_width(width), m_height(height) {
-    m_dib.resize(Area(dibStride(), height));
-}
+Surface::Surface(DibTag, int width, int height)
+    : m_width(width), m_height(height), m_isDib(true), m_pixels(0), m_dib(Area(dibStride(), height)) {}
 
 std::uint32_t Surface::ReadPixel(int x, int y) const {
-    if (!isDib()) return m_pixels[Index(x, y)];
+    if (!isDib()) return m_pixels.data()[Index(x, y)];
     const std::uint8_t* p = DibPixel(x, y);
     return kOpaque | static_cast<std::uint32_t>(p[2]) << 16U | static_cast<std::uint32_t>(p[1]) << 8U | p[0];
 }
@@ -71,7 +71,7 @@ void Surface::Fill(const RECT& area, COLORREF color, const RECT& clip) {
     const std::uint32_t value = FromColorRef(color);
     const std::scoped_lock lock(m_mutex);
     for (int y = inside.top; y < inside.bottom; ++y)
-        std::fill_n(m_pixels.begin() + static_cast<std::ptrdiff_t>(y) * m_width + inside.left, inside.Width(),
+        std::fill_n(m_pixels.data() + static_cast<std::ptrdiff_t>(y) * m_width + inside.left, inside.Width(),
                     value);
     AddDamage(inside);
 }
@@ -88,7 +88,7 @@ void Surface::Line(POINT from, POINT to, COLORREF color, const RECT& clip) {
     POINT at = from;
     const std::scoped_lock lock(m_mutex);
     while (at.x != to.x || at.y != to.y) {
-        if (inside.PtInRect(at) != FALSE) m_pixels[Index(at.x, at.y)] = value;
+        if (inside.PtInRect(at) != FALSE) m_pixels.data()[Index(at.x, at.y)] = value;
         const int doubled = 2 * error;
         if (doubled >= dy) {
             error += dy;
@@ -157,7 +157,7 @@ void Surface::Blend(int x, int y, const std::uint32_t* image, int width, int hei
     for (int row = inside.top; row < inside.bottom; ++row) {
         for (int column = inside.left; column < inside.right; ++column) {
             const std::uint32_t over = image[static_cast<std::ptrdiff_t>(row - y) * width + (column - x)];
-            std::uint32_t& under = m_pixels[Index(column, row)];
+            std::uint32_t& under = m_pixels.data()[Index(column, row)];
             const std::uint32_t alpha = over >> 24U;
             std::uint32_t mixed = kOpaque;
             for (unsigned shift = 0; shift <= 16; shift += 8) {

@@ -5,16 +5,35 @@
 // toolkit takes the lock while it copies the picture to the screen.
 #pragma once
 
+#include <cstdlib>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <span>
 #include <vector>
 
 #include "platform/framework/afxtypes.h"
 #include "platform/framework/surface_scale.h"
 
+// Zeros that take no memory until they are written: a window that is never shown is never drawn on.
+template <class T>
+class Zeros {
+public:
+    explicit Zeros(std::size_t count) : m_data(static_cast<T*>(std::calloc(count + 1, sizeof(T)))) {
+        if (m_data == nullptr) throw std::bad_alloc();
+    }
+    T* data() const { return m_data.get(); }
+
+private:
+    struct Free {
+        void operator()(T* data) const { std::free(data); }
+    };
+    std::unique_ptr<T, Free> m_data;
+};
+
 class Surface {
 public:
-    // 32-bit pixels 0xFFRRGGBB, row 0 on top, all black. The size is in device pixels; a negative one counts
+    // 32-bit pixels 0x??RRGGBB, row 0 on top, all black. The size is in device pixels; a negative one counts
     // as 0.
     Surface(int width, int height, SurfaceScale scale = {});
 
@@ -26,7 +45,7 @@ public:
     int width() const { return m_width; }
     int height() const { return m_height; }
     const SurfaceScale& scale() const { return m_scale; }
-    bool isDib() const { return !m_dib.empty(); }
+    bool isDib() const { return m_isDib; }
     // Pixels of a 32-bit surface, row after row without gaps; hold mutex() while reading.
     const std::uint32_t* pixels() const { return m_pixels.data(); }
     std::uint8_t* dibBits() { return m_dib.data(); }
@@ -79,10 +98,11 @@ private:
 
     int m_width;
     int m_height;
+    bool m_isDib = false;
     SurfaceScale m_scale;
-    std::vector<std::uint32_t> m_pixels;
+    Zeros<std::uint32_t> m_pixels;
     std::vector<std::uint32_t> m_stretched;  // two rows to stretch by; none where nothing is stretched
-    std::vector<std::uint8_t> m_dib;
+    Zeros<std::uint8_t> m_dib;
     mutable std::mutex m_mutex;
     CRect m_damage;
 };

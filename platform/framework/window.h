@@ -91,6 +91,8 @@ void ReplaceSurface(Window& window);
 void Rescale();
 // Notes that the window's picture was drawn on, and has the toolkit show it soon. Any thread.
 void SurfaceDrawn(HWND handle);
+// Whether that was so for any window since the last call. UI thread.
+bool TakeDrawn();
 
 // Creation shared by CWnd and the dialogs: creates the picture and the native widget and notifies the object
 // (WM_CREATE, WM_SIZE). The window stays hidden.
@@ -107,6 +109,9 @@ LRESULT CallDefault(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);
 // Sends an input message on its way: the application's PreTranslateMessage first, then the window.
 LRESULT DeliverInput(const MSG& message);
 
+// Has the toolkit call PaintAll, which then looks at every window: something was invalidated, or is shown
+// now.
+void PaintSoon();
 void Invalidate(Window& window, const RECT& area, bool erase);
 // Paints one window now, if a part of it waits and it is shown.
 void PaintNow(HWND handle);

@@ -7,6 +7,7 @@ namespace {
 // Only the UI thread adds, removes and changes windows.
 HandleTable<Window, HWND> g_windows;
 NativeToolkit* g_toolkit = nullptr;
+std::atomic<bool> g_drawn = false;
 
 }  // namespace
 
@@ -78,9 +79,14 @@ void ReplaceSurface(Window& window) {
 void SurfaceDrawn(HWND handle) {
     // No toolkit goes before its last window, so it cannot go meanwhile.
     g_windows.With(handle, [](Window* window) {
-        if (window != nullptr && !window->surfaceDrawn.exchange(true) && g_toolkit != nullptr)
-            g_toolkit->Wake();
+        if (window == nullptr || window->surfaceDrawn.exchange(true)) return;
+        g_drawn = true;
+        if (g_toolkit != nullptr) g_toolkit->Wake();
     });
+}
+
+bool TakeDrawn() {
+    return g_drawn.exchange(false);
 }
 
 }  // namespace windows

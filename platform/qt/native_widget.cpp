@@ -245,11 +245,15 @@ NativeWidget::Extent QtNativeWidget::DeviceExtent() const {
             qRound(to.y() * ratio) - qRound(from.y() * ratio), ratio * Zoom()};
 }
 
-void QtNativeWidget::ShowSurface(const RECT& area) {
+void QtNativeWidget::ShowSurface(const RECT& area, bool now) {
     const double ratio = m_client->devicePixelRatioF();
-    const QRect shown = ToQRect(area, 1.0 / ratio);
+    QRect shown = ToQRect(area, 1.0 / ratio);
     // Uneven ratios share pixels at the borders.
-    m_client->update(ratio == 1.0 ? shown : shown.adjusted(-1, -1, 2, 2));
+    if (ratio != 1.0) shown.adjust(-1, -1, 2, 2);
+    if (now)
+        m_client->repaint(shown);
+    else
+        m_client->update(shown);
 }
 
 CPoint QtNativeWidget::ToScreen(POINT client) const {

@@ -29,7 +29,7 @@ public:
     void AcceptDrops(bool accept) override;
     void SetShortcut(unsigned command, const std::string& shortcuts) override;
     Extent DeviceExtent() const override;
-    void ShowSurface(const RECT& area) override;
+    void ShowSurface(const RECT& area, bool now) override;
     CPoint ToScreen(POINT client) const override;
     CPoint FromScreen(POINT screen) const override;
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override;

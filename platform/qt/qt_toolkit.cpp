@@ -77,11 +77,14 @@ void QtToolkit::Wake() {
 }
 
 void QtToolkit::OnWake() {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const ssize_t got = read(m_wakeFd, &count, sizeof count);
-    m_wakePending = false;
-    DispatchPostedMessages();
-    windows::PaintAll();
+    // What is handled mostly asks for another round itself, to have painted what has just been painted.
+    for (int round = 0; round < 2 && (round == 0 || m_wakePending); ++round) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const ssize_t got = read(m_wakeFd, &count, sizeof count);
+        m_wakePending = false;
+        DispatchPostedMessages();
+        windows::PaintAll();
+    }
 }
 
 void QtToolkit::Run() {

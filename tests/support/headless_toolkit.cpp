@@ -26,7 +26,7 @@ public:
     void SetIcon(const std::vector<Image>&) override {}
     void AcceptDrops(bool) override {}
     void SetShortcut(unsigned, const std::string&) override {}
-    void ShowSurface(const RECT&) override {}
+    void ShowSurface(const RECT&, bool) override {}
     Extent DeviceExtent() const override {
         const CRect client = m_window.ClientRect();
         const CPoint size =
