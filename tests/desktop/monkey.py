@@ -235,13 +235,12 @@ class Monkey:
         """Whether only the main window is left; else one more of the others is closed."""
         # Minimised, it is not among the visible ones.
         run("xdotool", "search", "--all", "--pid", str(self.player.pid), "--name", f"^{desktop.TITLE}", "windowmap", "%@")
-        main = windows(self.player.pid, f"^{desktop.TITLE}")
-        others = set(windows(self.player.pid)) - set(main)
-        for window in others or main:
+        shown = windows(self.player.pid)
+        for window in shown:
             run("timeout", "5", "xdotool", "windowactivate", "--sync", window)
             if desktop.keyboard_window() == window:
                 run("xdotool", "key", "alt+F4" if desktop.title(window) == "Audio Volume Controls" else "Escape")
-        return main and not others
+        return len(shown) == 1
 
     def held(self):
         """KiB of its own memory, descriptors and threads, with no message and no dialog open."""
