@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "controls/mem_dc.h"
+
 namespace {
 
 constexpr int kMargin = 4;
@@ -137,7 +139,7 @@ void CWaveformWnd::DrawCanvases() {
     if (GetSafeHwnd() == nullptr) return;
     if (m_grid.Exists()) DrawGrid();
     if (m_trace.Exists()) {
-        m_trace.dc.FillSolidRect(m_rectClient, m_clrBackground);
+        FillBackground(m_trace.dc, m_rectClient, m_clrBackground);
         CRect clip = m_rectPlot;
         clip.InflateRect(1, 1);
         m_trace.dc.IntersectClipRect(clip);
@@ -149,7 +151,7 @@ void CWaveformWnd::DrawGrid() {
     CDC& dc = m_grid.dc;
     const CRect plot = m_rectPlot;
     dc.FillSolidRect(m_rectClient, m_clrBackground);
-    dc.FillSolidRect(plot, m_clrBackground);
+    FillBackground(dc, plot, m_clrBackground);
 
     CPen penGrid(PS_SOLID, 0, m_clrGrid);
     CPen* const pPrevPen = dc.SelectObject(&penGrid);
@@ -198,7 +200,7 @@ void CWaveformWnd::AppendPoint(float fValue) {
         // The row under the plot takes part, because the lowest values are drawn there.
         dc.BitBlt(plot.left, plot.top + 1, plot.Width(), plot.Height(), &dc, plot.left + m_nShift,
                   plot.top + 1, SRCCOPY);
-        dc.FillSolidRect(CRect(plot.right - m_nShift, plot.top, plot.right, plot.bottom), m_clrBackground);
+        FillBackground(dc, CRect(plot.right - m_nShift, plot.top, plot.right, plot.bottom), m_clrBackground);
 
         CPen* const pPrevPen = dc.SelectObject(&m_penPlot);
         dc.MoveTo(plot.right - m_nShiftPlusHalf, PlotY(m_fLast));
@@ -239,7 +241,7 @@ void CWaveformWnd::DrawShown() {
     }
     dc.SelectObject(pPrevPen);
     // What has scrolled out of the plot is not seen beside it.
-    dc.FillSolidRect(CRect(0, plot.top, plot.left, plot.bottom + 1), m_clrBackground);
+    FillBackground(dc, CRect(0, plot.top, plot.left, plot.bottom + 1), m_clrBackground);
 }
 
 LRESULT CWaveformWnd::OnScaleChanged(WPARAM, LPARAM) {
@@ -259,12 +261,12 @@ void CWaveformWnd::CreateCanvases() {
 void CWaveformWnd::OnPaint() {
     // Not before: beside a message with pictures this window is never seen.
     if (!m_trace.Exists()) CreateCanvases();
-    // The window's picture goes to the screen only when all of it is drawn.
     CPaintDC dc(this);
-    dc.FillSolidRect(m_rectClient, m_clrBackground);
-    dc.BitBlt(0, 0, m_rectClient.Width(), m_rectClient.Height(), &m_grid.dc, 0, 0, SRCCOPY);
+    CMemDC mem(&dc, m_clrBackground);
+    mem.BitBlt(0, 0, m_rectClient.Width(), m_rectClient.Height(), &m_grid.dc, 0, 0, SRCCOPY);
     // By OR the trace shows over the grid, and its black ground lets the grid through.
-    dc.BitBlt(0, 0, m_rectClient.Width(), m_rectClient.Height(), &m_trace.dc, 0, 0, SRCPAINT);
+    mem.BitBlt(0, 0, m_rectClient.Width(), m_rectClient.Height(), &m_trace.dc, 0, 0, SRCPAINT);
+    mem.CopyBack(FALSE, nullptr);
 }
 
 void CWaveformWnd::OnSize(UINT nType, int cx, int cy) {
