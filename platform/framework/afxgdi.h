@@ -90,8 +90,9 @@ private:
 
 class CBitmap : public CGdiObject {
 public:
-    // A bitmap of the screen's format and the context's scale, all black. The size is in logical units; no
-    // context counts as one of a memory bitmap's. FALSE for an empty or absurd size.
+    // A bitmap of the screen's format and the context's scale; what it shows is for the caller to draw. The
+    // size is in logical units; no context counts as one of a memory bitmap's. FALSE for an empty or absurd
+    // size.
     BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
     // Takes the bitmap over; null is refused.
     BOOL Attach(HBITMAP bitmap);

@@ -12,6 +12,10 @@ bool SaneSize(int width, int height) {
     return width > 0 && height > 0 && static_cast<std::int64_t>(width) * height * 4 <= kLargestBitmap;
 }
 
+// The latest bitmap for a window's context. A window that paints through one needs the same one again each
+// time; new ones would cost it as much as all of its drawing.
+std::shared_ptr<Surface> g_latest;
+
 }  // namespace
 
 HBITMAP CreateDIBSection(const BITMAPINFOHEADER* header, UINT usage, void** bits) {
@@ -44,7 +48,10 @@ BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height) {
     const CPoint size = scale.Device(width, height);
     const int more = scale == SurfaceScale() ? 0 : 1;
     if (!SaneSize(width, height) || !SaneSize(size.x + more, size.y + more)) return FALSE;
-    m_pixels = std::make_shared<Surface>(size.x + more, size.y + more, scale);
+    const bool again = dc != nullptr && g_latest.use_count() == 1 && g_latest->width() == size.x + more &&
+                       g_latest->height() == size.y + more && g_latest->scale() == scale;
+    m_pixels = again ? g_latest : std::make_shared<Surface>(size.x + more, size.y + more, scale);
+    if (dc != nullptr) g_latest = m_pixels;
     return TRUE;
 }
 
