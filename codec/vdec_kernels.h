@@ -25,9 +25,14 @@ struct VdecKernels {
     // mirrored values on either side; `high` may be null. `half_width` is a multiple of 4.
     void (*synth_rows)(const double* low, const double* high, int half_width, double* line);
 
-    // The same without a high-pass half, into 16-bit samples: truncated toward 0, low 16 bits kept.
-    // `half_width` is a multiple of 8.
-    void (*synth_samples)(const double* low, int half_width, int16_t* samples);
+    // The same into a row of a half plane. `peak` is raised to the largest magnitude of a result where
+    // synth_samples asks for it.
+    void (*synth_half_row)(const double* low, const double* high, int half_width, float* row, float& peak);
+
+    // Two rows of kPictureWidth samples, truncated toward 0, low 16 bits kept: a vertical, then a horizontal
+    // synthesis without high-pass halves. rows[i] is row k - 1 + i of a half plane, none of its values above
+    // `peak`.
+    void (*synth_samples)(const float* const* rows, float peak, int16_t* even, int16_t* odd);
 
     // Y, U, V samples to the bytes B, G, R. `width` is a multiple of 16.
     void (*bgr_row)(const int16_t* y, const int16_t* u, const int16_t* v, int width, uint8_t* bgr);

@@ -29,6 +29,10 @@ void BgrRow(const int16_t* y, const int16_t* u, const int16_t* v, int width, uin
 }  // namespace
 
 const VdecKernels vdec_kernels_neon = {
-    "NEON", vdec_synth_columns<NeonVector>, vdec_synth_rows<NeonVector>, vdec_synth_samples<NeonVector>,
+    "NEON",
+    vdec_synth_columns<NeonVector>,
+    vdec_synth_rows<NeonVector>,
+    vdec_synth_half_row<NeonVector>,
+    vdec_synth_samples<NeonVector>,
     BgrRow,
 };

@@ -27,6 +27,7 @@ const VdecKernels vdec_kernels_scalar = {
     "scalar",
     vdec_synth_columns<ScalarVector>,
     vdec_synth_rows<ScalarVector>,
+    vdec_synth_half_row<ScalarVector>,
     vdec_synth_samples<ScalarVector>,
     BgrRow,
 };

@@ -58,6 +58,10 @@ void BgrRow(const int16_t* y, const int16_t* u, const int16_t* v, int width, uin
 }  // namespace
 
 const VdecKernels vdec_kernels_sse2 = {
-    "SSE2", vdec_synth_columns<Sse2Vector>, vdec_synth_rows<Sse2Vector>, vdec_synth_samples<Sse2Vector>,
+    "SSE2",
+    vdec_synth_columns<Sse2Vector>,
+    vdec_synth_rows<Sse2Vector>,
+    vdec_synth_half_row<Sse2Vector>,
+    vdec_synth_samples<Sse2Vector>,
     BgrRow,
 };

@@ -68,11 +68,20 @@ void vdec_reconstruct(const VdecSymbols& symbols, int quality, VdecCoefficients&
 struct VdecHalfPlanes {
     static constexpr int kWidth = LevelWidth(1);
     static constexpr int kHeight = LevelHeight(1);
-    using Plane = std::array<double, LevelSize(1)>;
+    static constexpr int kMargin = 8;
+    static constexpr int kStride = kMargin + kWidth + kMargin;
+    // Rows with mirrored values on both sides.
+    struct Plane {
+        float* Row(int y) { return values.data() + kStride * y + kMargin; }
+        const float* Row(int y) const { return values.data() + kStride * y + kMargin; }
 
-    alignas(64) Plane y;
-    alignas(64) Plane u;
-    alignas(64) Plane v;
+        float peak;
+        alignas(64) std::array<float, size_t{kStride}* kHeight> values = {};
+    };
+
+    Plane y;
+    Plane u;
+    Plane v;
     // The levels on the way, for one plane at a time.
     alignas(64) std::array<double, LevelSize(2)> quarter;
     alignas(64) std::array<double, LevelSize(3)> eighth;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "codec/vdec_kernels.h"
@@ -15,11 +16,14 @@ template <class V>
 struct SynthFilter {
     using Reg = typename V::Reg;
 
-    const Reg e0 = V::Set(double{synth_taps.e0}), e1 = V::Set(double{synth_taps.e1});
-    const Reg e2 = V::Set(double{synth_taps.e2}), e3 = V::Set(double{synth_taps.e3});
-    const Reg o0 = V::Set(double{synth_taps.o0}), o1 = V::Set(double{synth_taps.o1});
-    const Reg o2 = V::Set(double{synth_taps.o2}), o3 = V::Set(double{synth_taps.o3});
-    const Reg o4 = V::Set(double{synth_taps.o4});
+    explicit SynthFilter(double by = 1) : scale(by) {}
+
+    const double scale;  // of the results
+    const Reg e0 = V::Set(scale * double{synth_taps.e0}), e1 = V::Set(scale * double{synth_taps.e1});
+    const Reg e2 = V::Set(scale * double{synth_taps.e2}), e3 = V::Set(scale * double{synth_taps.e3});
+    const Reg o0 = V::Set(scale * double{synth_taps.o0}), o1 = V::Set(scale * double{synth_taps.o1});
+    const Reg o2 = V::Set(scale * double{synth_taps.o2}), o3 = V::Set(scale * double{synth_taps.o3});
+    const Reg o4 = V::Set(scale * double{synth_taps.o4});
 
     // s holds low-pass values k - 1 to k + 2, d high-pass values k - 2 to k + 2.
     Reg Even(const Reg (&s)[kLowTaps], const Reg (&d)[kHighTaps]) const {
@@ -65,8 +69,8 @@ void vdec_synth_columns(const double* const* low, const double* const* high, int
     }
 }
 
-template <class V>
-void vdec_synth_rows(const double* low, const double* high, int half_width, double* line) {
+template <class V, class T>
+void vdec_synth_rows(const double* low, const double* high, int half_width, T* line) {
     using Reg = typename V::Reg;
     const SynthFilter<V> filter;
     for (int k = 0; k < half_width; k += V::kLanes) {
@@ -84,25 +88,41 @@ void vdec_synth_rows(const double* low, const double* high, int half_width, doub
             even = filter.Even(s, d);
             odd = filter.Odd(s, d);
         }
-        V::StoreInterleaved(line + 2 * k, V::RoundToFloat(even), V::RoundToFloat(odd));
+        V::StoreInterleaved(line + 2 * k, even, odd);
     }
 }
 
 template <class V>
-void vdec_synth_samples(const double* low, int half_width, int16_t* samples) {
+void vdec_synth_half_row(const double* low, const double* high, int half_width, float* row, float&) {
+    vdec_synth_rows<V>(low, high, half_width, row);
+}
+
+// `width` values of a half plane, from rows[0 … 3] on: the last level in double precision.
+template <class V, int width = kPictureWidth / 2>
+void vdec_synth_samples(const float* const* rows, float, int16_t* even_row, int16_t* odd_row) {
     using Reg = typename V::Reg;
-    const SynthFilter<V> filter;
     using SampleRegs = typename V::SampleRegs;
     constexpr int kRegs = static_cast<int>(sizeof(SampleRegs) / sizeof(Reg));
-    for (int k = 0; k < half_width; k += kRegs * V::kLanes) {
-        SampleRegs even;
-        SampleRegs odd;
-        for (int i = 0; i < kRegs; ++i) {
-            const double* at = low + k + i * V::kLanes;
-            const Reg s[] = {V::Load(at - 1), V::Load(at), V::Load(at + 1), V::Load(at + 2)};
-            even[i] = filter.EvenLow(s);
-            odd[i] = filter.OddLow(s);
+    const SynthFilter<V> filter;
+    double lines[2][size_t{width} + kLowTaps];  // from value -1 on
+    for (int x = 0; x < width + kLowTaps; x += V::kLanes) {
+        const Reg s[] = {V::Load(rows[0] + x - 1), V::Load(rows[1] + x - 1), V::Load(rows[2] + x - 1),
+                         V::Load(rows[3] + x - 1)};
+        V::Store(lines[0] + x, V::RoundToFloat(filter.EvenLow(s)));
+        V::Store(lines[1] + x, V::RoundToFloat(filter.OddLow(s)));
+    }
+    int16_t* const to[] = {even_row, odd_row};
+    for (int row = 0; row < 2; ++row) {
+        for (int k = 0; k < width; k += kRegs * V::kLanes) {
+            SampleRegs even;
+            SampleRegs odd;
+            for (int i = 0; i < kRegs; ++i) {
+                const double* at = lines[row] + k + i * V::kLanes;
+                const Reg s[] = {V::Load(at), V::Load(at + 1), V::Load(at + 2), V::Load(at + 3)};
+                even[i] = filter.EvenLow(s);
+                odd[i] = filter.OddLow(s);
+            }
+            V::StoreSamples(to[row] + 2 * k, even, odd);
         }
-        V::StoreSamples(samples + 2 * k, even, odd);
     }
 }

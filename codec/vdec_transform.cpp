@@ -17,6 +17,11 @@ int MirrorHigh(int index, int count) {
     return index < count ? index : 2 * count - 2 - index;
 }
 
+template <class T>
+void MirrorLowLine(T* values, int count) {
+    for (const int outside : {-1, count, count + 1}) values[outside] = values[MirrorLow(outside, count)];
+}
+
 // A line's half with room for the mirrored values.
 class LineHalf {
 public:
@@ -24,7 +29,7 @@ public:
 
     const double* MirrorAsLow(int count) {
         double* values = Values();
-        for (const int outside : {-1, count, count + 1}) values[outside] = values[MirrorLow(outside, count)];
+        MirrorLowLine(values, count);
         return values;
     }
     const double* MirrorAsHigh(int count) {
@@ -61,8 +66,10 @@ void SynthRowPair(const VdecKernels& kernels, const double* low, const double* h
                           odd.Values());
 }
 
-// One level of synthesis: the region from its subbands; columns first, then rows.
-void SynthLevel(const VdecKernels& kernels, const Subbands& subbands, double* region) {
+// One level of synthesis: the region from its subbands; columns first, then rows. put(low, high, y) is given
+// the halves of row y.
+template <class Put>
+void SynthRegion(const VdecKernels& kernels, const Subbands& subbands, const Put& put) {
     const int width = LevelWidth(subbands.level);
     const int height = LevelHeight(subbands.level);
     LineHalf low_even, low_odd, high_even, high_odd;
@@ -75,17 +82,31 @@ void SynthLevel(const VdecKernels& kernels, const Subbands& subbands, double* re
             high_even_line = high_even.MirrorAsHigh(width);
             high_odd_line = high_odd.MirrorAsHigh(width);
         }
-        double* row = region + 4 * width * k;
-        kernels.synth_rows(low_even.MirrorAsLow(width), high_even_line, width, row);
-        kernels.synth_rows(low_odd.MirrorAsLow(width), high_odd_line, width, row + 2 * width);
+        put(low_even.MirrorAsLow(width), high_even_line, 2 * k);
+        put(low_odd.MirrorAsLow(width), high_odd_line, 2 * k + 1);
     }
+}
+
+void SynthLevel(const VdecKernels& kernels, const Subbands& subbands, double* region) {
+    const int width = LevelWidth(subbands.level);
+    SynthRegion(kernels, subbands, [&](const double* low, const double* high, int y) {
+        kernels.synth_rows(low, high, width, region + 2 * width * y);
+    });
+}
+
+void SynthHalfPlane(const VdecKernels& kernels, const Subbands& subbands, VdecHalfPlanes::Plane& plane) {
+    plane.peak = 0;
+    SynthRegion(kernels, subbands, [&](const double* low, const double* high, int y) {
+        kernels.synth_half_row(low, high, VdecHalfPlanes::kWidth / 2, plane.Row(y), plane.peak);
+        MirrorLowLine(plane.Row(y), VdecHalfPlanes::kWidth);
+    });
 }
 
 void SynthChroma(const VdecKernels& kernels, const double* ll4, VdecHalfPlanes& planes,
                  VdecHalfPlanes::Plane& plane) {
     SynthLevel(kernels, {4, ll4}, planes.eighth.data());
     SynthLevel(kernels, {3, planes.eighth.data()}, planes.quarter.data());
-    SynthLevel(kernels, {2, planes.quarter.data()}, plane.data());
+    SynthHalfPlane(kernels, {2, planes.quarter.data()}, plane);
 }
 
 }  // namespace
@@ -95,22 +116,20 @@ void vdec_inverse_dwt(const VdecKernels& kernels, const VdecCoefficients& coeffi
     const VdecCoefficients& c = coefficients;
     SynthLevel(kernels, {3, c.y_ll3.data(), c.y_hl3.data(), c.y_lh3.data(), c.y_hh3.data()},
                planes.quarter.data());
-    SynthLevel(kernels, {2, planes.quarter.data(), c.y_hl2.data(), c.y_lh2.data()}, planes.y.data());
+    SynthHalfPlane(kernels, {2, planes.quarter.data(), c.y_hl2.data(), c.y_lh2.data()}, planes.y);
     SynthChroma(kernels, c.u_ll4.data(), planes, planes.u);
     SynthChroma(kernels, c.v_ll4.data(), planes, planes.v);
 }
 
 void vdec_to_bgr(const VdecKernels& kernels, const VdecHalfPlanes& planes, uint8_t* picture) {
-    constexpr int kHalfWidth = VdecHalfPlanes::kWidth;
     const VdecHalfPlanes::Plane* const sources[] = {&planes.y, &planes.u, &planes.v};
-    LineHalf even, odd;
     alignas(64) int16_t samples[2][3][kPictureWidth];
     for (int k = 0; k < VdecHalfPlanes::kHeight; ++k) {
         for (int plane = 0; plane < 3; ++plane) {
-            SynthRowPair(kernels, sources[plane]->data(), nullptr, kHalfWidth, VdecHalfPlanes::kHeight, k,
-                         even, odd);
-            kernels.synth_samples(even.MirrorAsLow(kHalfWidth), kHalfWidth, samples[0][plane]);
-            kernels.synth_samples(odd.MirrorAsLow(kHalfWidth), kHalfWidth, samples[1][plane]);
+            const float* rows[kLowTaps];
+            for (int i = 0; i < kLowTaps; ++i)
+                rows[i] = sources[plane]->Row(MirrorLow(k - 1 + i, VdecHalfPlanes::kHeight));
+            kernels.synth_samples(rows, sources[plane]->peak, samples[0][plane], samples[1][plane]);
         }
         for (const auto& row : samples) {
             kernels.bgr_row(row[0], row[1], row[2], kPictureWidth, picture);

@@ -15,13 +15,22 @@ struct Avx2Vector {
 
     static Reg Set(double value) { return _mm256_set1_pd(value); }
     static Reg Load(const double* from) { return _mm256_loadu_pd(from); }
+    static Reg Load(const float* from) { return _mm256_cvtps_pd(_mm_loadu_ps(from)); }
     static void Store(double* to, Reg value) { _mm256_storeu_pd(to, value); }
     static Reg Add(Reg a, Reg b) { return _mm256_add_pd(a, b); }
     static Reg Sub(Reg a, Reg b) { return _mm256_sub_pd(a, b); }
     static Reg Mul(Reg a, Reg b) { return _mm256_mul_pd(a, b); }
     static Reg RoundToFloat(Reg value) { return _mm256_cvtps_pd(_mm256_cvtpd_ps(value)); }
 
+    static void StoreInterleaved(float* to, Reg even, Reg odd) {
+        const __m128 evens = _mm256_cvtpd_ps(even);
+        const __m128 odds = _mm256_cvtpd_ps(odd);
+        _mm_storeu_ps(to, _mm_unpacklo_ps(evens, odds));
+        _mm_storeu_ps(to + 4, _mm_unpackhi_ps(evens, odds));
+    }
     static void StoreInterleaved(double* to, Reg even, Reg odd) {
+        even = RoundToFloat(even);
+        odd = RoundToFloat(odd);
         const Reg first = _mm256_unpacklo_pd(even, odd);
         const Reg second = _mm256_unpackhi_pd(even, odd);
         _mm256_storeu_pd(to, _mm256_permute2f128_pd(first, second, 0x20));

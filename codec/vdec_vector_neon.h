@@ -15,13 +15,19 @@ struct NeonVector {
 
     static Reg Set(double value) { return vdupq_n_f64(value); }
     static Reg Load(const double* from) { return vld1q_f64(from); }
+    static Reg Load(const float* from) { return vcvt_f64_f32(vld1_f32(from)); }
     static void Store(double* to, Reg value) { vst1q_f64(to, value); }
     static Reg Add(Reg a, Reg b) { return vaddq_f64(a, b); }
     static Reg Sub(Reg a, Reg b) { return vsubq_f64(a, b); }
     static Reg Mul(Reg a, Reg b) { return vmulq_f64(a, b); }
     static Reg RoundToFloat(Reg value) { return vcvt_f64_f32(vcvt_f32_f64(value)); }
 
+    static void StoreInterleaved(float* to, Reg even, Reg odd) {
+        vst2_f32(to, float32x2x2_t{{vcvt_f32_f64(even), vcvt_f32_f64(odd)}});
+    }
     static void StoreInterleaved(double* to, Reg even, Reg odd) {
+        even = RoundToFloat(even);
+        odd = RoundToFloat(odd);
         vst1q_f64(to, vzip1q_f64(even, odd));
         vst1q_f64(to + 2, vzip2q_f64(even, odd));
     }

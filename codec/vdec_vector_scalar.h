@@ -11,15 +11,17 @@ struct ScalarVector {
 
     static Reg Set(double value) { return value; }
     static Reg Load(const double* from) { return *from; }
+    static Reg Load(const float* from) { return double{*from}; }
     static void Store(double* to, Reg value) { *to = value; }
     static Reg Add(Reg a, Reg b) { return a + b; }
     static Reg Sub(Reg a, Reg b) { return a - b; }
     static Reg Mul(Reg a, Reg b) { return a * b; }
     static Reg RoundToFloat(Reg value) { return double{static_cast<float>(value)}; }
 
-    static void StoreInterleaved(double* to, Reg even, Reg odd) {
-        to[0] = even;
-        to[1] = odd;
+    template <class T>
+    static void StoreInterleaved(T* to, Reg even, Reg odd) {
+        to[0] = static_cast<float>(even);
+        to[1] = static_cast<float>(odd);
     }
 
     // Coefficients are 16 bits and a level amplifies less than five times, so 32 bits hold every sample.

@@ -13,13 +13,21 @@ struct Sse2Vector {
 
     static Reg Set(double value) { return _mm_set1_pd(value); }
     static Reg Load(const double* from) { return _mm_loadu_pd(from); }
+    static Reg Load(const float* from) {
+        return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
+    }
     static void Store(double* to, Reg value) { _mm_storeu_pd(to, value); }
     static Reg Add(Reg a, Reg b) { return _mm_add_pd(a, b); }
     static Reg Sub(Reg a, Reg b) { return _mm_sub_pd(a, b); }
     static Reg Mul(Reg a, Reg b) { return _mm_mul_pd(a, b); }
     static Reg RoundToFloat(Reg value) { return _mm_cvtps_pd(_mm_cvtpd_ps(value)); }
 
+    static void StoreInterleaved(float* to, Reg even, Reg odd) {
+        _mm_storeu_ps(to, _mm_unpacklo_ps(_mm_cvtpd_ps(even), _mm_cvtpd_ps(odd)));
+    }
     static void StoreInterleaved(double* to, Reg even, Reg odd) {
+        even = RoundToFloat(even);
+        odd = RoundToFloat(odd);
         _mm_storeu_pd(to, _mm_unpacklo_pd(even, odd));
         _mm_storeu_pd(to + 2, _mm_unpackhi_pd(even, odd));
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -39,9 +40,11 @@ protected:
     void ExpectHalfPlanes(const VdecHalfPlanes& halves, const ReferencePlanes& planes, int round) {
         const VdecHalfPlanes::Plane* half_planes[] = {&halves.y, &halves.u, &halves.v};
         for (size_t p = 0; p < 3; ++p) {
-            for (size_t i = 0; i < half_planes[p]->size(); ++i) {
-                const size_t at = i / VdecHalfPlanes::kWidth * kPictureWidth + i % VdecHalfPlanes::kWidth;
-                ASSERT_EQ((*half_planes[p])[i], double{planes.planes[p][at]})
+            for (int i = 0; i < VdecHalfPlanes::kWidth * VdecHalfPlanes::kHeight; ++i) {
+                const int x = i % VdecHalfPlanes::kWidth;
+                const int y = i / VdecHalfPlanes::kWidth;
+                ASSERT_EQ(half_planes[p]->Row(y)[x],
+                          planes.planes[p][static_cast<size_t>(y * kPictureWidth + x)])
                     << "plane " << p << ", round " << round;
             }
         }
@@ -69,6 +72,35 @@ TEST_P(Kernels, FormSumsInTheOrderOfTheFormat) {
         vdec_inverse_dwt(*m_kernels, c, *m_halves);
         ReferenceInverseDwt(planes, 1);
         ExpectHalfPlanes(*m_halves, planes, round);
+    }
+}
+
+// Next to a step of the truncation, at every magnitude: rows that are flat but for a few units in the last
+// place, and random ones. One value at a time is the measure.
+TEST_P(Kernels, TruncateWhatDoublePrecisionGives) {
+    constexpr int kHalf = VdecHalfPlanes::kWidth, kMargin = VdecHalfPlanes::kMargin;
+    alignas(64) float values[kLowTaps][VdecHalfPlanes::kStride] = {};
+    const float* const rows[] = {values[0] + kMargin, values[1] + kMargin, values[2] + kMargin,
+                                 values[3] + kMargin};
+    int16_t samples[2][2][kPictureWidth];
+    for (int round = 0; round < 6000; ++round) {
+        const double size = std::ldexp(1, static_cast<int>(m_random() % 20));
+        const double step = std::round(size * Unit()) * (round % 3 == 1 ? 2 : 2.0000002);
+        float peak = 0;
+        for (auto& row : values) {
+            for (int x = -1; x < kHalf + 2; ++x) {
+                const double value = round % 3 == 0 ? size * Unit() : step + std::ldexp(size * Unit(), -22);
+                row[kMargin + x] = static_cast<float>(value);
+                peak = std::max(peak, std::abs(row[kMargin + x]));
+            }
+        }
+        m_kernels->synth_samples(rows, peak, samples[0][0], samples[0][1]);
+        vdec_kernels_for(VdecIsa::Scalar)->synth_samples(rows, peak, samples[1][0], samples[1][1]);
+        for (int i = 0; i < 2 * kPictureWidth; ++i) {
+            ASSERT_EQ(samples[0][i / kPictureWidth][i % kPictureWidth],
+                      samples[1][i / kPictureWidth][i % kPictureWidth])
+                << round << " " << step;
+        }
     }
 }
 
