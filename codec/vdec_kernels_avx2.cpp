@@ -78,6 +78,13 @@ void SynthSamples(const float* const* rows, float peak, int16_t* even_row, int16
         }
         const __m256i nearest = _mm256_min_epi16(_mm256_abs_epi16(part[0]), _mm256_abs_epi16(part[1]));
         if (_mm256_movemask_epi8(_mm256_cmpgt_epi16(nearest, tolerance)) != -1) [[unlikely]] {
+            // Both sides of 0 are truncated to it: zero areas, as grey pictures have them, are right already.
+            const auto settled = [&](int row) {
+                const __m256i away = _mm256_cmpgt_epi16(_mm256_abs_epi16(part[row]), tolerance);
+                const __m256i zero = _mm256_cmpeq_epi16(whole[row], _mm256_srai_epi16(part[row], 15));
+                return _mm256_movemask_epi8(_mm256_or_si256(away, zero)) == -1;
+            };
+            if (peak < 32768 && settled(0) && settled(1)) continue;
             const float* const from[] = {rows[0] + x, rows[1] + x, rows[2] + x, rows[3] + x};
             vdec_synth_samples<Avx2Vector, 8>(from, 0, even_row + 2 * x, odd_row + 2 * x);
         }

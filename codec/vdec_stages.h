@@ -72,8 +72,8 @@ struct VdecHalfPlanes {
     static constexpr int kStride = kMargin + kWidth + kMargin;
     // Rows with mirrored values on both sides.
     struct Plane {
-        float* Row(int y) { return values.data() + kStride * y + kMargin; }
-        const float* Row(int y) const { return values.data() + kStride * y + kMargin; }
+        float* Row(int row) { return values.data() + kStride * row + kMargin; }
+        const float* Row(int row) const { return values.data() + kStride * row + kMargin; }
 
         float peak;
         alignas(64) std::array<float, size_t{kStride}* kHeight> values = {};

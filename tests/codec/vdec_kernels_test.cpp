@@ -85,7 +85,8 @@ TEST_P(Kernels, TruncateWhatDoublePrecisionGives) {
     int16_t samples[2][2][kPictureWidth];
     for (int round = 0; round < 6000; ++round) {
         const double size = std::ldexp(1, static_cast<int>(m_random() % 20));
-        const double step = std::round(size * Unit()) * (round % 3 == 1 ? 2 : 2.0000002);
+        const double step =
+            (round % 7 == 0 ? 0 : std::round(size * Unit())) * (round % 3 == 1 ? 2 : 2.0000002);
         float peak = 0;
         for (auto& row : values) {
             for (int x = -1; x < kHalf + 2; ++x) {
