@@ -15,9 +15,9 @@ void SynthHalfRow(const double* low, const double* high, int half_width, float* 
     __m256 peaks = _mm256_set1_ps(peak);
     for (int x = 0; x < 2 * half_width; x += 8)
         peaks = _mm256_max_ps(peaks, _mm256_andnot_ps(_mm256_set1_ps(-0.0F), _mm256_loadu_ps(row + x)));
-    alignas(32) float lanes[8];
-    _mm256_store_ps(lanes, peaks);
-    for (const float lane : lanes) peak = lane > peak ? lane : peak;
+    __m128 four = _mm_max_ps(_mm256_castps256_ps128(peaks), _mm256_extractf128_ps(peaks, 1));
+    four = _mm_max_ps(four, _mm_movehl_ps(four, four));
+    peak = _mm_cvtss_f32(_mm_max_ss(four, _mm_movehdup_ps(four)));
 }
 
 // Eight singles at a time.
