@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/qt/qt_toolkit.h"
 
+#include <malloc.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -53,7 +54,10 @@ QtToolkit::QtToolkit(int& argc, char** argv)
     m_tipTimer.setSingleShot(true);
     m_tipGone.setSingleShot(true);
     m_rescale.setSingleShot(true);
-    QObject::connect(&m_rescale, &QTimer::timeout, [] { windows::Rescale(); });
+    QObject::connect(&m_rescale, &QTimer::timeout, [] {
+        windows::Rescale();
+        malloc_trim(0);
+    });
     QObject::connect(&m_tipTimer, &QTimer::timeout, [this] { ShowTip(); });
 }
 

@@ -251,9 +251,21 @@ class Monkey:
             memory = int(re.search(r"Anonymous: +(\d+)", file.read()).group(1))
         return memory, len(os.listdir(f"{process}/fd")), len(os.listdir(f"{process}/task"))
 
+    def tour(self):
+        """What fills the toolkit's caches for good: each dialog and each size of the window, once."""
+        main = wait_for(lambda: windows(self.player.pid, f"^{desktop.TITLE}"), what="the main window")[0]
+        for file in (self.files[0], self.files[5]):
+            run(sys.executable, "-B", os.path.join(HERE, "drop.py"), main, file)
+            run("xdotool", "windowactivate", "--sync", main)
+            for key in ("ctrl+o", "Escape", "alt+h", "a", "Escape", *["ctrl+plus"] * 8, "ctrl+0", "F11", "F11"):
+                run("xdotool", "key", key, "sleep", "0.5")
+        x, y = desktop.BUTTONS["volume"]
+        run("xdotool", "mousemove", "--window", main, str(x), str(y + 20), "click", "1", "sleep", "1")
+
     def soak(self, minutes):
         """Growth is counted from what was held after the first minute; of the later minutes the last counts."""
         player, held = self.player, []
+        self.tour()
         for minute in range(1, minutes + 1):
             end = time.monotonic() + 60
             while time.monotonic() < end:
