@@ -34,17 +34,18 @@ struct Avx2Singles {
 // Let u = 2^-24, P the peak and A = 2 (o1 + o3) < 0.9653, the larger sum of a filter's magnitudes. Both forms
 // stand for the same sums; c and r are what these give in real numbers, from the rows and from the exact
 // columns.
-// - Columns: at most three roundings lie on the way of each product, so single precision is off c by no more
-// than
-//   3 A u P < 2.90 u P. The exact form rounds c once: A u P < 0.97 u P. They differ by less than 3.87 u P.
-// - Rows: that difference arrives as A * 3.87 u P < 3.74 u P. Three more roundings: 3 A * A u P < 2.80 u P.
-// The exact
-//   form rounds r once: A * A u P < 0.94 u P. Together less than 7.5 u P.
+//
+// Columns: at most three roundings lie on the way of each product, so single precision is off c by no more
+// than 3 A u P < 2.90 u P. The exact form rounds c once: A u P < 0.97 u P. They differ by less than 3.87 u P.
+//
+// Rows: that difference arrives as A * 3.87 u P < 3.74 u P. Three more roundings: 3 A * A u P < 2.80 u P. The
+// exact form rounds r once: A * A u P < 0.94 u P. Together less than 7.5 u P.
+//
 // What is left out (products of two such errors, the roundings of double precision, denormals) is far below
-// the 0.5 u P up to 8 u P = P / 32 in units of 2^-16. Results are taken in these units, a scale that is
-// exact; rounding them to integers adds a half. So where a result is further than P / 32 + 1 from every whole
-// number, the exact one lies between the same two, none of which it can reach by its own rounding. All
-// magnitudes being below A * A * 32768, the whole part fits 16 bits.
+// the 0.5 u P that are missing to 8 u P, which is P / 32 in units of 2^-16. Results are taken in these units,
+// a scale that is exact; rounding them to integers adds a half. So where a result is further than P / 32 + 1
+// from every whole number, the exact one lies between the same two, none of which it can reach by its own
+// rounding. All magnitudes being below A * A * 32768, the whole part fits 16 bits.
 void SynthSamples(const float* const* rows, float peak, int16_t* even_row, int16_t* odd_row) {
     constexpr int kWidth = kPictureWidth / 2;
     constexpr int kMargin = 8;
