@@ -243,9 +243,9 @@ class Monkey:
         return len(shown) == 1
 
     def held(self):
-        """KiB of its own memory, descriptors and threads, with no message and no dialog open."""
+        """KiB of its own memory, descriptors and threads, at its usual size, with no message and no dialog open."""
         wait_for(self.at_rest, what="rest")
-        run("xdotool", "key", "ctrl+w", "sleep", "3")
+        run("xdotool", "key", "ctrl+w", "ctrl+0", "sleep", "3")
         process = f"/proc/{self.player.pid}"
         with open(f"{process}/smaps_rollup", encoding="ascii") as file:
             memory = int(re.search(r"Anonymous: +(\d+)", file.read()).group(1))
