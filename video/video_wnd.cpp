@@ -103,6 +103,7 @@ BOOL CVideoWnd::Play() {
     if (m_bRunning.load() != 0) return TRUE;
     m_bRunning = 1;
     m_evTick.ResetEvent();
+    m_bFirstTick = true;
     const BOOL bPaced = StartPacing();
     m_bDrops = !bPaced || m_pDisplayBits == nullptr;
     if (!bPaced) Pause();
@@ -217,8 +218,13 @@ void CVideoWnd::CopyToBitmap(const BYTE* pPicture) {
     }
 }
 
+// The first tick may find the pacing thread not waiting yet: it is kept. Later ones are not.
 void CVideoWnd::TimerProc(UINT, UINT, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR) {
-    reinterpret_cast<CVideoWnd*>(dwUser)->m_evTick.PulseEvent();
+    auto& window = *reinterpret_cast<CVideoWnd*>(dwUser);
+    if (window.m_bFirstTick.exchange(false))
+        window.m_evTick.SetEvent();
+    else
+        window.m_evTick.PulseEvent();
 }
 
 // Ticks during a drawing are lost.

@@ -97,7 +97,8 @@ private:
     void AfterTick();
     static UINT PacingThreadProc(LPVOID pParams);
 
-    CEvent m_evTick;  // auto-reset; pulsed per tick, set to end the pacing thread
+    CEvent m_evTick;  // auto-reset; pulsed per tick, set at the first one and to end the pacing thread
+    std::atomic<bool> m_bFirstTick = false;  // still to come since Play
     std::atomic<int> m_bRunning = 0;
     CWnd* m_pParent;
     CVideoWndClient* m_pClient;
