@@ -17,6 +17,10 @@ namespace {
 // its heap, where a few small things that live on hold tens of megabytes.
 constexpr int large_block = 128 * 1024;
 
+// Each message starts threads, and each thread would go to another heap, up to eight a processor. They
+// allocate too little to be in each other's way.
+constexpr int heaps = 2;
+
 }  // namespace
 
 int AfxWinMain(int argc, char** argv) {
@@ -26,6 +30,7 @@ int AfxWinMain(int argc, char** argv) {
         return 1;
     }
     mallopt(M_MMAP_THRESHOLD, large_block);
+    mallopt(M_ARENA_MAX, heaps);
     const auto toolkit = CreateQtToolkit(argc, argv);
     SetToolkit(toolkit.get());
     CWinApp* app = AfxGetApp();
