@@ -140,7 +140,9 @@ void CMessagePanel::StartPictures() {
     if (m_nViewMode == kVideo && m_pSource->outputs.bSound) {
         const Timeline timeline(m_pSource->nVideoRate);
         const int nDue = timeline.PictureAt(Frame());
-        if (m_pVideo->GetLastShown() < nDue) m_pVideo->ShowNextFrame();
+        // Not as a tick would, which may be early: the reader may have shown the due one by now and queued
+        // the next.
+        m_pVideo->ShowUpTo(nDue);
         m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_pVideo->GetSpeed()));
     }
     if (m_pVideo->Play() || m_nViewMode != kVideo) return;

@@ -150,7 +150,6 @@ void CVideoWnd::Stop() {
     m_nRead = 0;
     m_nWrite = 0;
     m_nCount = 0;
-    m_nLastShown = -1;
 }
 
 void CVideoWnd::Clear() {
@@ -167,27 +166,29 @@ void CVideoWnd::ShowNextFrame() {
     int nNumber = 0;
     {
         const CSingleLock lock(&m_showLock);
-        if (m_bDrops || m_nCount.load(std::memory_order_acquire) == 0) return;
+        if (m_nCount.load(std::memory_order_acquire) == 0) return;
         nNumber = m_slots[static_cast<std::size_t>(m_nRead)].number;
     }
     if (m_pClient != nullptr) nNumber = m_pClient->GetDuePicture(nNumber);
-    if (ShowUpTo(nNumber) && m_pClient != nullptr) m_pClient->OnFrameShown();
+    ShowUpTo(nNumber);
 }
 
-// Shows the newest waiting picture up to a number. The queue may have changed since it was looked at.
-BOOL CVideoWnd::ShowUpTo(int nNumber) {
-    const CSingleLock lock(&m_showLock);
-    const auto slot = [this](int nAhead) -> const Slot& {
-        return m_slots[static_cast<std::size_t>((m_nRead + nAhead) % m_nCapacity)];
-    };
-    while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= nNumber) RemoveOldest();
-    if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > nNumber) return FALSE;
-    CopyToBitmap(slot(0).pixels.get());
-    m_nLastShown = slot(0).number;
-    RemoveOldest();
-    m_bBlack = FALSE;
-    DrawFrame();
-    return TRUE;
+// The queue may have changed since it was looked at.
+void CVideoWnd::ShowUpTo(int nNumber) {
+    {
+        const CSingleLock lock(&m_showLock);
+        const auto slot = [this](int nAhead) -> const Slot& {
+            return m_slots[static_cast<std::size_t>((m_nRead + nAhead) % m_nCapacity)];
+        };
+        if (m_bDrops) return;
+        while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= nNumber) RemoveOldest();
+        if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > nNumber) return;
+        CopyToBitmap(slot(0).pixels.get());
+        RemoveOldest();
+        m_bBlack = FALSE;
+        DrawFrame();
+    }
+    if (m_pClient != nullptr) m_pClient->OnFrameShown();
 }
 
 void CVideoWnd::DrawFrame() {

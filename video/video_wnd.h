@@ -10,9 +10,9 @@
 #include "platform/framework/afxwin.h"
 #include "platform/framework/mmtimer.h"
 
-// Asked and told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame,
-// with no lock held. Neither call may wait for the UI thread, which may be waiting in Pause or Stop for it to
-// return.
+// Asked and told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame
+// or ShowUpTo, with no lock held. Neither call may wait for the UI thread, which may be waiting in Pause or
+// Stop for it to return.
 class CVideoWndClient {
 public:
     virtual ~CVideoWndClient() = default;
@@ -56,8 +56,6 @@ public:
     BOOL QueueFrame(const BYTE* pPicture, int nNumber);
     // Pictures that wait. Any thread.
     int GetQueuedCount() const { return m_bDrops ? 0 : m_nCount.load(std::memory_order_acquire); }
-    // The number of the picture shown last; -1 after the start and after a Stop. Any thread.
-    int GetLastShown() const { return m_nLastShown; }
 
     // Whether there is a bitmap to show pictures in.
     BOOL HasBitmap() const { return m_pDisplayBits != nullptr; }
@@ -77,6 +75,9 @@ public:
 
     // What a tick does. Any thread.
     void ShowNextFrame();
+    // Shows the newest picture that waits and has this number or one below; those before it are dropped. Any
+    // thread.
+    void ShowUpTo(int nNumber);
 
 private:
     struct PacingParams {
@@ -89,7 +90,6 @@ private:
     void CreateFrameBitmap();
     int PeriodMs() const { return (1000 / m_nFramesPerSecond * 100 + m_nSpeed / 2) / m_nSpeed; }
     BOOL StartPacing();
-    BOOL ShowUpTo(int nNumber);
     void DrawFrame();
     void RemoveOldest();
     void CopyToBitmap(const BYTE* pPicture);
@@ -117,7 +117,6 @@ private:
     int m_nRead = 0;
     int m_nWrite = 0;  // moved by the producer alone
     std::atomic<int> m_nCount = 0;
-    std::atomic<int> m_nLastShown = -1;
     BOOL m_bBlack = TRUE;                // no picture is seen; guarded by m_showLock
     std::atomic<BOOL> m_bDrops = FALSE;  // pictures cannot be shown
     BYTE* m_pDisplayBits = nullptr;      // the bitmap's pixels; null when it could not be made
