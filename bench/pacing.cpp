@@ -44,10 +44,11 @@ public:
 
 private:
     void Run(CVideoWnd& video) const {
-        std::vector<BYTE> picture(static_cast<std::size_t>(kWidth) * kHeight * 3);
-        for (int number = 0; !m_end; ++number) {
-            std::fill(picture.begin(), picture.end(), static_cast<BYTE>(number));
-            while (!m_end && !video.QueueFrame(picture.data(), number)) {
+        for (int number = 0; !m_end;) {
+            if (BYTE* picture = video.GetFreeFrame()) {
+                std::fill_n(picture, kWidth * kHeight * 3, static_cast<BYTE>(number));
+                video.QueueFrame(number++);
+            } else {
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             }
         }

@@ -145,7 +145,7 @@ void CMessagePanel::StartPictures() {
         m_pVideo->ShowUpTo(nDue);
         m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_pVideo->GetSpeed()));
     }
-    if (m_pVideo->Play() || m_nViewMode != kVideo) return;
+    if (m_nViewMode != kVideo || m_pVideo->Play()) return;
     // Pictures are not waited for any more.
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
     ReportFault(IDS_NO_PICTURES);

@@ -6,10 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <span>
-#include <vector>
 
 #include "audio/wave_device.h"
-#include "codec/picture_geometry.h"
 #include "codec/speech_frame.h"
 #include "codec/vdec.h"
 #include "controls/waveform_wnd.h"
@@ -30,7 +28,7 @@ constexpr float kSilentLevel = 1.0F;
 
 class CReader {
 public:
-    explicit CReader(MessageSource& source) : m_source(source), m_picture(kPictureBytes) {}
+    explicit CReader(MessageSource& source) : m_source(source) {}
 
     void Run() {
         for (;;) {
@@ -116,19 +114,23 @@ private:
     Turn PlayPicture(std::span<const uint8_t> body) {
         const int64_t nNumber = m_clock.Pictures();
         m_clock.AddPicture();
+        if (const Turn turn = FillTo(m_clock.NextSpeechFrame()); turn != Turn::GoOn) return turn;
+        if (nNumber < m_plan.nFirstPicture) return Turn::GoOn;
+
+        CVideoWnd& video = *m_source.outputs.pVideo;
+        constexpr Need kOnePicture = {.nPictures = 1};
+        BYTE* pFrame = nullptr;
+        Turn turn = Pass(kOnePicture, [&] { pFrame = video.GetFreeFrame(); });
+        if (turn != Turn::GoOn || pFrame == nullptr) return turn;
+        if (turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
         // In a message of speech alone the decoder is not ready and the renderer hidden: the picture is
         // skipped like the rest.
-        const BOOL bPicture = nNumber >= m_plan.nFirstPicture &&
-                              vdec_decode(body.data(), body.size(), m_picture.data()) != FALSE;
-        if (const Turn turn = FillTo(m_clock.NextSpeechFrame()); turn != Turn::GoOn) return turn;
-        if (!bPicture) return Turn::GoOn;
-        const Turn turn = Pass({.nPictures = 1}, [this, nNumber] {
-            m_source.outputs.pVideo->QueueFrame(m_picture.data(), static_cast<int>(nNumber));
-        });
+        if (vdec_decode(body.data(), body.size(), pFrame) == FALSE) return Turn::GoOn;
+        turn = Pass(kOnePicture, [&] { video.QueueFrame(static_cast<int>(nNumber)); });
         if (turn != Turn::GoOn || !m_bShowNext) return turn;
-        if (const Turn work = m_source.gate.BeginWork(); work != Turn::GoOn) return work;
+        if (turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
         m_bShowNext = FALSE;
-        m_source.outputs.pVideo->ShowNextFrame();
+        video.ShowNextFrame();
         return Turn::GoOn;
     }
 
@@ -237,7 +239,6 @@ private:
     std::array<float, kFramesPerSpeechBlock> m_levels = {};
     MessageTrace m_trace = {};  // levels before the target, to be handed over with its first block
     size_t m_nTrace = 0;
-    std::vector<uint8_t> m_picture;
 };
 
 }  // namespace

@@ -87,12 +87,15 @@ void CVideoWnd::SetSpeed(int nPercent) {
     m_nSpeed = nPercent;
 }
 
-BOOL CVideoWnd::QueueFrame(const BYTE* pPicture, int nNumber) {
+BYTE* CVideoWnd::GetFreeFrame() {
+    if (m_bDrops || m_nCount.load(std::memory_order_acquire) == m_nCapacity) return nullptr;
+    return m_slots[static_cast<std::size_t>(m_nWrite)].pixels.get();
+}
+
+BOOL CVideoWnd::QueueFrame(int nNumber) {
     if (m_bDrops) return TRUE;
     if (m_nCount.load(std::memory_order_acquire) == m_nCapacity) return FALSE;
-    Slot& slot = m_slots[static_cast<std::size_t>(m_nWrite)];
-    std::memcpy(slot.pixels.get(), pPicture, static_cast<std::size_t>(m_nPictureBytes));
-    slot.number = nNumber;
+    m_slots[static_cast<std::size_t>(m_nWrite)].number = nNumber;
     m_nWrite = (m_nWrite + 1) % m_nCapacity;
     // Only now may the pacing thread see the picture.
     m_nCount.fetch_add(1, std::memory_order_acq_rel);

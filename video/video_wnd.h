@@ -52,8 +52,11 @@ public:
     // grows with it; ignored while playing.
     void SetSpeed(int nPercent);
     int GetSpeed() const { return m_nSpeed; }
-    // Copies the picture into the queue. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
-    BOOL QueueFrame(const BYTE* pPicture, int nNumber);
+    // Where the producer writes the picture that it queues next, as it stands until that or a Stop; null when
+    // nCapacity - 1 pictures wait already and where they are dropped. Producer's thread.
+    BYTE* GetFreeFrame();
+    // Queues what was written there. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
+    BOOL QueueFrame(int nNumber);
     // Pictures that wait. Any thread.
     int GetQueuedCount() const { return m_bDrops ? 0 : m_nCount.load(std::memory_order_acquire); }
 

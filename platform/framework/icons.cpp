@@ -49,7 +49,7 @@ const Image* IconImage(HICON icon, int size) {
 std::vector<Image> IconImages(HICON icon) {
     std::vector<Image> images;
     const std::shared_ptr<Icon> found = g_icons.Find(icon);
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
         auto image = found == nullptr ? std::nullopt : resources::LoadIcon(found->id, size);
         if (image.has_value() && image->width == size) images.push_back(std::move(*image));
     }

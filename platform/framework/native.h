@@ -104,8 +104,8 @@ public:
     // rectangle is in device pixels.
     virtual void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text,
                           const RECT& rect, DWORD format, COLORREF color, double scale) = 0;
-    // A picture of any common file format; nothing when it is none.
-    virtual std::optional<Image> DecodePicture(std::span<const std::uint8_t> file) = 0;
+    // A PNG file; nothing when it is none.
+    virtual std::optional<Image> DecodePng(std::span<const std::uint8_t> file) = 0;
     // Smoothly.
     virtual Image ScaleImage(const Image& image, int width, int height) = 0;
     // Size of one line of text in the dialogs' face, in logical units.

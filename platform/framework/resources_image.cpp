@@ -131,7 +131,7 @@ std::optional<Image> LoadBest(unsigned groupType, unsigned id, int size) {
         hotY = y;
     }
     if (best.empty()) return std::nullopt;
-    std::optional<Image> image = IsPng(best) ? Toolkit()->DecodePicture(best) : Decode(ReadDib(best, true));
+    std::optional<Image> image = IsPng(best) ? Toolkit()->DecodePng(best) : Decode(ReadDib(best, true));
     if (!image.has_value()) return std::nullopt;
     image->hotX = cursor ? hotX : image->width / 2;
     image->hotY = cursor ? hotY : image->height / 2;

@@ -37,7 +37,7 @@ Surface::Surface(DibTag, int width, int height)
     : m_width(width), m_height(height), m_isDib(true), m_pixels(0), m_dib(Area(dibStride(), height)) {}
 
 std::uint32_t Surface::ReadPixel(int x, int y) const {
-    if (!isDib()) return m_pixels.data()[Index(x, y)];
+    if (!isDib()) return Pixels()[Index(x, y)];
     const std::uint8_t* p = DibPixel(x, y);
     return kOpaque | static_cast<std::uint32_t>(p[2]) << 16U | static_cast<std::uint32_t>(p[1]) << 8U | p[0];
 }
@@ -70,10 +70,11 @@ void Surface::Fill(const RECT& area, COLORREF color, const RECT& clip) {
     if (inside.IsRectEmpty() || isDib()) return;
     const std::uint32_t value = FromColorRef(color);
     const std::scoped_lock lock(m_mutex);
-    for (int y = inside.top; y < inside.bottom; ++y)
-        std::fill_n(m_pixels.data() + static_cast<std::ptrdiff_t>(y) * m_width + inside.left, inside.Width(),
-                    value);
     AddDamage(inside);
+    if (inside == Bounds()) m_plain = value;
+    if (m_plain == value) return;
+    for (int y = inside.top; y < inside.bottom; ++y)
+        std::fill_n(Pixels() + Index(inside.left, y), inside.Width(), value);
 }
 
 void Surface::Line(POINT from, POINT to, COLORREF color, const RECT& clip) {
@@ -88,7 +89,7 @@ void Surface::Line(POINT from, POINT to, COLORREF color, const RECT& clip) {
     POINT at = from;
     const std::scoped_lock lock(m_mutex);
     while (at.x != to.x || at.y != to.y) {
-        if (inside.PtInRect(at) != FALSE) m_pixels.data()[Index(at.x, at.y)] = value;
+        if (inside.PtInRect(at) != FALSE) Pixels()[Index(at.x, at.y)] = value;
         const int doubled = 2 * error;
         if (doubled >= dy) {
             error += dy;
@@ -126,7 +127,7 @@ void Surface::Copy(const RECT& area, Surface& source, int sx, int sy, Raster ras
     const bool upward = &source == this && shiftY < 0;
     for (int row = 0; row < inside.Height(); ++row) {
         const int y = upward ? inside.bottom - 1 - row : inside.top + row;
-        std::uint32_t* to = m_pixels.data() + static_cast<std::ptrdiff_t>(y) * m_width + inside.left;
+        std::uint32_t* to = Pixels() + static_cast<std::ptrdiff_t>(y) * m_width + inside.left;
         const int width = inside.Width();
         const int fromX = inside.left + shiftX;
         const int fromY = y + shiftY;
@@ -140,7 +141,7 @@ void Surface::Copy(const RECT& area, Surface& source, int sx, int sy, Raster ras
             continue;
         }
         const std::uint32_t* from =
-            source.m_pixels.data() + static_cast<std::ptrdiff_t>(fromY) * source.m_width + fromX;
+            source.Pixels() + static_cast<std::ptrdiff_t>(fromY) * source.m_width + fromX;
         if (raster == Raster::kCopy) {
             std::memmove(to, from, static_cast<std::size_t>(width) * sizeof *to);
             continue;
@@ -157,7 +158,7 @@ void Surface::Blend(int x, int y, const std::uint32_t* image, int width, int hei
     for (int row = inside.top; row < inside.bottom; ++row) {
         for (int column = inside.left; column < inside.right; ++column) {
             const std::uint32_t over = image[static_cast<std::ptrdiff_t>(row - y) * width + (column - x)];
-            std::uint32_t& under = m_pixels.data()[Index(column, row)];
+            std::uint32_t& under = Pixels()[Index(column, row)];
             const std::uint32_t alpha = over >> 24U;
             std::uint32_t mixed = kOpaque;
             for (unsigned shift = 0; shift <= 16; shift += 8) {

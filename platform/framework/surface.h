@@ -5,10 +5,12 @@
 // toolkit takes the lock while it copies the picture to the screen.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -47,7 +49,10 @@ public:
     const SurfaceScale& scale() const { return m_scale; }
     bool isDib() const { return m_isDib; }
     // Pixels of a 32-bit surface, row after row without gaps; hold mutex() while reading.
-    const std::uint32_t* pixels() const { return m_pixels.data(); }
+    const std::uint32_t* pixels() const { return Pixels(); }
+    // Of a surface that was last filled as a whole, its colour as a pixel; most are never drawn on otherwise.
+    // Hold mutex().
+    std::optional<std::uint32_t> plain() const { return m_plain; }
     std::uint8_t* dibBits() { return m_dib.data(); }
     int dibStride() const { return (m_width * 3 + 3) & ~3; }
     std::mutex& mutex() const { return m_mutex; }
@@ -76,7 +81,7 @@ public:
     template <class Painter>
     void Paint(const RECT& area, Painter&& painter) {
         const std::scoped_lock lock(m_mutex);
-        painter(m_pixels.data());
+        painter(Pixels());
         AddDamage(area);
     }
 
@@ -85,6 +90,12 @@ private:
     // Row y of a source as it is under the columns of the area from left on.
     static void StretchRow(const Surface& source, const CRect& from, int y, const CRect& area, int left,
                            std::span<std::uint32_t> to);
+    // Written with the plain colour first, where there is one.
+    std::uint32_t* Pixels() const {
+        if (m_plain.has_value()) std::fill_n(m_pixels.data(), Index(0, m_height), *m_plain);
+        m_plain.reset();
+        return m_pixels.data();
+    }
     CRect Bounds() const { return CRect(0, 0, m_width, m_height); }
     std::uint32_t ReadPixel(int x, int y) const;
     // Where a pixel inside the picture lies; y counts from the top in both layouts.
@@ -101,7 +112,8 @@ private:
     bool m_isDib = false;
     SurfaceScale m_scale;
     Zeros<std::uint32_t> m_pixels;
-    std::vector<std::uint32_t> m_stretched;  // two rows to stretch by; none where nothing is stretched
+    mutable std::optional<std::uint32_t> m_plain;  // not written into the pixels, to leave them untouched
+    std::vector<std::uint32_t> m_stretched;        // two rows to stretch by; none where nothing is stretched
     Zeros<std::uint8_t> m_dib;
     mutable std::mutex m_mutex;
     CRect m_damage;

@@ -82,7 +82,7 @@ void Surface::Stretch(const RECT& target, Surface& source, const RECT& part, con
         }
         const std::uint32_t* upper = rows[row & 1].data();
         const std::uint32_t* lower = rows[after & 1].data();
-        std::uint32_t* to = m_pixels.data() + Index(inside.left, y);
+        std::uint32_t* to = Pixels() + Index(inside.left, y);
         for (std::size_t i = 0; i < width; ++i) to[i] = Mix(upper[i], lower[i], tap.weight);
     }
     AddDamage(inside);

@@ -38,7 +38,7 @@ public:
     COLORREF SystemColor(int index) override;
     void DrawText(std::uint32_t* pixels, int width, int height, const std::string& text, const RECT& rect,
                   DWORD format, COLORREF color, double scale) override;
-    std::optional<Image> DecodePicture(std::span<const std::uint8_t> file) override;
+    std::optional<Image> DecodePng(std::span<const std::uint8_t> file) override;
     Image ScaleImage(const Image& image, int width, int height) override;
     SIZE TextExtent(const std::string& text) override;
     HWND ActiveWindow() override;

@@ -49,6 +49,10 @@ void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
     const QRect part = QRectF(area.x() * ratio, area.y() * ratio, area.width() * ratio, area.height() * ratio)
                            .toAlignedRect();
     const std::scoped_lock lock(surface->mutex());
+    if (const auto plain = surface->plain()) {
+        painter.fillRect(part, QColor(*plain));
+        return;
+    }
     const QImage image(reinterpret_cast<const uchar*>(surface->pixels()), surface->width(), surface->height(),
                        QImage::Format_RGB32);
     painter.drawImage(part.topLeft(), image, part);

@@ -66,7 +66,7 @@ public:
     COLORREF SystemColor(int) override { return RGB(0xC0, 0xC0, 0xC0); }
     void DrawText(std::uint32_t*, int, int, const std::string&, const RECT&, DWORD, COLORREF,
                   double) override {}
-    std::optional<Image> DecodePicture(std::span<const std::uint8_t>) override { return std::nullopt; }
+    std::optional<Image> DecodePng(std::span<const std::uint8_t>) override { return std::nullopt; }
     Image ScaleImage(const Image& image, int, int) override { return image; }
     SIZE TextExtent(const std::string&) override { return SIZE{0, 0}; }
     HWND ActiveWindow() override { return nullptr; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "video/video_wnd.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <mutex>
@@ -80,7 +81,14 @@ private:
 class VideoWnd : public testing::Test {
 protected:
     static void Queue(CVideoWnd& video, int from, int to) {
-        for (int i = from; i <= to; ++i) ASSERT_TRUE(video.QueueFrame(MakePicture(i).data(), i)) << i;
+        for (int i = from; i <= to; ++i) ASSERT_NO_FATAL_FAILURE(QueuePicture(video, MakePicture(i), i));
+    }
+    template <class T>
+    static void QueuePicture(CVideoWnd& video, const T& picture, int number) {
+        BYTE* frame = video.GetFreeFrame();
+        ASSERT_NE(frame, nullptr) << number;
+        std::copy(picture.begin(), picture.end(), frame);
+        ASSERT_TRUE(video.QueueFrame(number)) << number;
     }
     ui_test::HostDialog m_host{IDD_PLAYER_DIALOG};
     Client m_client;
@@ -106,7 +114,7 @@ TEST_F(VideoWnd, TheFirstRowIsTheBottomLineAtEveryWidth) {
         std::vector<BYTE> picture(static_cast<std::size_t>(width) * height * 3);
         for (std::size_t i = 0; i < picture.size(); ++i) picture[i] = static_cast<BYTE>(i * 7 + 1);
         CVideoWnd video(&m_host, nullptr, width, height, 5, 20);
-        ASSERT_TRUE(video.QueueFrame(picture.data(), 0));
+        ASSERT_NO_FATAL_FAILURE(QueuePicture(video, picture, 0));
         video.ShowNextFrame();
         for (int row = 0; row < height; ++row) {
             for (int x = 0; x < width; ++x) {
@@ -136,11 +144,13 @@ TEST_F(VideoWnd, AnotherScaleShowsWhatWasSeen) {
 TEST_F(VideoWnd, QueueHoldsOneLessThanItsSlotsAndStopEmptiesIt) {
     CVideoWnd video(&m_host, nullptr, kWidth, kHeight, 5, 20);
     Queue(video, 1, 19);
-    EXPECT_FALSE(video.QueueFrame(MakePicture(20).data(), 20));
+    EXPECT_EQ(video.GetFreeFrame(), nullptr);
+    EXPECT_FALSE(video.QueueFrame(20));
     video.ShowNextFrame();
     EXPECT_EQ(PixelOf(video, 0, 0), ColorOf(1));
     Queue(video, 20, 20);
-    EXPECT_FALSE(video.QueueFrame(MakePicture(21).data(), 21));
+    EXPECT_EQ(video.GetFreeFrame(), nullptr);
+    EXPECT_FALSE(video.QueueFrame(21));
     for (int i = 2; i <= 10; ++i) video.ShowNextFrame();
     EXPECT_EQ(PixelOf(video, kWidth - 1, kHeight - 1), ColorOf(10));
     EXPECT_EQ(video.GetQueuedCount(), 10);
@@ -258,7 +268,10 @@ TEST_F(VideoWnd, PicturesThatCannotBeShownNeverFillTheQueue) {
     EXPECT_FALSE(video.Play());
     g_noTimer = false;
     for (CVideoWnd* dropping : {&empty, &video}) {
-        for (int i = 0; i < 9; ++i) EXPECT_TRUE(dropping->QueueFrame(MakePicture(i).data(), i));
+        for (int i = 0; i < 9; ++i) {
+            EXPECT_EQ(dropping->GetFreeFrame(), nullptr);
+            EXPECT_TRUE(dropping->QueueFrame(i));
+        }
         EXPECT_EQ(dropping->GetQueuedCount(), 0);
         dropping->ShowNextFrame();
     }
