@@ -36,7 +36,8 @@ class Recorder:
     """What a program writes while it runs."""
 
     def __init__(self, test, *command):
-        self.file = tempfile.TemporaryFile("w+", dir=os.environ["TRV_SESSION"])
+        # Appending: reading moves the place in the file, which the program shares.
+        self.file = tempfile.TemporaryFile("a+", dir=os.environ["TRV_SESSION"])
         self.process = subprocess.Popen(command, stdout=self.file, stderr=self.file)
         test.addCleanup(self.end)
 

@@ -86,6 +86,30 @@ protected:
         return module.substr(0, module.find('\n'));
     }
 
+    // Starts a server with a second sink, which becomes the default one for the mixer to see. Returns the
+    // sink's module. Now and then PipeWire's server, as long as it lives, tells no client of a new default:
+    // then there is another server.
+    std::string StartWithNewDefault(const std::string& sink, const std::string& channels = "1") {
+        std::string module;
+        for (int server = 0; server < (PrivateServer::IsPipeWire() ? 3 : 1) && Name() != sink; ++server) {
+            End();
+            m_server.reset();
+            Start();
+            module = AddSink(sink, channels);
+            m_posted.Take();
+            Pactl({"set-default-sink", sink});
+            watch::Eventually([&] { return Name() == sink; }, std::chrono::seconds(3));
+        }
+        EXPECT_EQ(Name(), sink);
+        return module;
+    }
+
+    static std::string Name() {
+        std::string name;
+        if (const auto mixer = CurrentMixerDriver()) mixer->GetName(name);
+        return name;
+    }
+
     // Moves the first stream, as a person does. PipeWire's session manager overlooks the wish now and then.
     static bool MoveStream(const std::string& sink) {
         const std::string sinks = "\n" + Pactl({"list", "short", "sinks"});

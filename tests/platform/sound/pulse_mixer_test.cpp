@@ -15,12 +15,6 @@ const std::vector<std::string> kStreams{"list", "sink-inputs"};
 class PulseMixer : public PulseSound {
 protected:
     void OpenWave() { ASSERT_EQ(OpenVoice(m_handle), MMSYSERR_NOERROR); }
-
-    static std::string Name() {
-        std::string name;
-        CurrentMixerDriver()->GetName(name);
-        return name;
-    }
 };
 
 TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
@@ -49,10 +43,8 @@ TEST_F(PulseMixer, TheSpeakersAreTheDefaultSink) {
 }
 
 TEST_F(PulseMixer, TheBalanceStaysWhenTheVolumeMovesThroughZero) {
-    Start();
-    AddSink("two", "2");
+    StartWithNewDefault("two", "2");
     Pactl({"set-sink-volume", "two", "80%", "40%"});
-    Pactl({"set-default-sink", "two"});
     ASSERT_TRUE(Eventually([] { return Value(kMasterVolume) / 10 == 5242; })) << "the loudest channel's";
     const std::vector<std::string> volume{"get-sink-volume", "two"};
     for (const DWORD value : {26214U, 1U, 0U, 52428U}) {
@@ -178,14 +170,9 @@ TEST_F(PulseMixer, AServerThatReturnsIsFoundByReadingTheMeter) {
 }
 
 TEST_F(PulseMixer, FollowsTheDefaultSink) {
-    Start();
     // The other sink is as loud: its name alone is news.
-    const std::string elsewhere = AddSink("elsewhere");
-    ASSERT_EQ(Value(kMasterVolume), 65535U);
-    m_posted.Take();
-    Pactl({"set-default-sink", "elsewhere"});
-    ASSERT_TRUE(Announced(kMasterVolume));
-    EXPECT_EQ(Name(), "elsewhere");
+    const std::string elsewhere = StartWithNewDefault("elsewhere");
+    EXPECT_TRUE(Announced(kMasterVolume));
     EXPECT_EQ(Value(kMasterVolume), 65535U);
 
     // The default goes away, then the last sink does.
