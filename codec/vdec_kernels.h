@@ -25,9 +25,9 @@ struct VdecKernels {
     // mirrored values on either side; `high` may be null. `half_width` is a multiple of 4.
     void (*synth_rows)(const double* low, const double* high, int half_width, double* line);
 
-    // The same into a row of a half plane. `peak` is raised to the largest magnitude of a result where
-    // synth_samples asks for it.
-    void (*synth_half_row)(const double* low, const double* high, int half_width, float* row, float& peak);
+    // The same into a row of a half plane. `peak`, which may be null, is raised to the largest magnitude of a
+    // result where synth_samples asks for it.
+    void (*synth_half_row)(const double* low, const double* high, int half_width, float* row, float* peak);
 
     // Two rows of kPictureWidth samples, truncated toward 0, low 16 bits kept: a vertical, then a horizontal
     // synthesis without high-pass halves. rows[i] is row k - 1 + i of a half plane, none of its values above
@@ -38,7 +38,7 @@ struct VdecKernels {
     void (*bgr_row)(const int16_t* y, const int16_t* u, const int16_t* v, int width, uint8_t* bgr);
 };
 
-enum class VdecIsa { Scalar, Sse2, Avx2, Neon };
+enum class VdecIsa { Scalar, Sse2, Avx2, Avx512, Neon };
 
 // The kernels of an instruction set, or null where the program or the machine lacks it.
 const VdecKernels* vdec_kernels_for(VdecIsa isa);

@@ -10,14 +10,9 @@ __m256i Load16(const int16_t* from) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
 
-void SynthHalfRow(const double* low, const double* high, int half_width, float* row, float& peak) {
+void SynthHalfRow(const double* low, const double* high, int half_width, float* row, float* peak) {
     vdec_synth_rows<Avx2Vector>(low, high, half_width, row);
-    __m256 peaks = _mm256_set1_ps(peak);
-    for (int x = 0; x < 2 * half_width; x += 8)
-        peaks = _mm256_max_ps(peaks, _mm256_andnot_ps(_mm256_set1_ps(-0.0F), _mm256_loadu_ps(row + x)));
-    __m128 four = _mm_max_ps(_mm256_castps256_ps128(peaks), _mm256_extractf128_ps(peaks, 1));
-    four = _mm_max_ps(four, _mm_movehl_ps(four, four));
-    peak = _mm_cvtss_f32(_mm_max_ss(four, _mm_movehdup_ps(four)));
+    if (peak != nullptr) vdec_raise_peak_avx2(row, 2 * half_width, *peak);
 }
 
 // Eight singles at a time.
@@ -43,8 +38,8 @@ struct Avx2Singles {
 //
 // What is left out (products of two such errors, the roundings of double precision, denormals) is far below
 // the 0.5 u P that are missing to 8 u P, which is P / 32 in units of 2^-16. Results are taken in these units,
-// a scale that is exact; rounding them to integers adds a half. So where a result is further than P / 32 + 1
-// from every whole number, the exact one lies between the same two, none of which it can reach by its own
+// a scale that is exact; rounding them to integers adds a half. So where a result is further than P / 32 +
+// 1/2 from every whole number, the exact one lies between the same two, none of which it can reach by its own
 // rounding. All magnitudes being below A * A * 32768, the whole part fits 16 bits.
 void SynthSamples(const float* const* rows, float peak, int16_t* even_row, int16_t* odd_row) {
     constexpr int kWidth = kPictureWidth / 2;
@@ -59,7 +54,7 @@ void SynthSamples(const float* const* rows, float peak, int16_t* even_row, int16
     }
     const SynthFilter<Avx2Singles> filter(65536);
     const __m256i tolerance =
-        _mm256_set1_epi16(static_cast<int16_t>(peak < 32768 ? static_cast<int>(peak) / 32 + 2 : 32767));
+        _mm256_set1_epi16(static_cast<int16_t>(peak < 32768 ? peak / 32 + 0.5F : 32767.0F));
     int16_t* const to[] = {even_row, odd_row};
     for (int x = 0; x < kWidth; x += 8) {
         // Of sixteen samples of each row the whole part, rounded down, and what is above it; the latter as a
@@ -136,6 +131,15 @@ void BgrRow(const int16_t* y_row, const int16_t* u_row, const int16_t* v_row, in
 }
 
 }  // namespace
+
+void vdec_raise_peak_avx2(const float* values, int count, float& peak) {
+    __m256 peaks = _mm256_set1_ps(peak);
+    for (int x = 0; x < count; x += 8)
+        peaks = _mm256_max_ps(peaks, _mm256_andnot_ps(_mm256_set1_ps(-0.0F), _mm256_loadu_ps(values + x)));
+    __m128 four = _mm_max_ps(_mm256_castps256_ps128(peaks), _mm256_extractf128_ps(peaks, 1));
+    four = _mm_max_ps(four, _mm_movehl_ps(four, four));
+    peak = _mm_cvtss_f32(_mm_max_ss(four, _mm_movehdup_ps(four)));
+}
 
 const VdecKernels vdec_kernels_avx2 = {
     "AVX2", vdec_synth_columns<Avx2Vector>, vdec_synth_rows<Avx2Vector>, SynthHalfRow, SynthSamples, BgrRow,

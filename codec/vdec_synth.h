@@ -93,7 +93,7 @@ void vdec_synth_rows(const double* low, const double* high, int half_width, T* l
 }
 
 template <class V>
-void vdec_synth_half_row(const double* low, const double* high, int half_width, float* row, float&) {
+void vdec_synth_half_row(const double* low, const double* high, int half_width, float* row, float*) {
     vdec_synth_rows<V>(low, high, half_width, row);
 }
 

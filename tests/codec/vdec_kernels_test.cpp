@@ -157,6 +157,7 @@ constexpr Path kPaths[] = {
 #ifdef __x86_64__
     {VdecIsa::Sse2, "SSE2"},
     {VdecIsa::Avx2, "AVX2"},
+    {VdecIsa::Avx512, "AVX512"},
 #elif defined(__aarch64__)
     {VdecIsa::Neon, "NEON"},
 #endif
