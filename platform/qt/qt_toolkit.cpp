@@ -249,7 +249,6 @@ void QtToolkit::ScaleChanged() {
 }
 
 std::optional<Image> QtToolkit::DecodePng(std::span<const std::uint8_t> file) {
-    // Without its format the toolkit would load all of its plugins to have it guessed.
     const QImage image = QImage::fromData(file.data(), static_cast<int>(file.size()), "PNG");
     return image.isNull() ? std::nullopt : std::optional(FromQImage(image));
 }
