@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Wave output on a sound server of the test's own: what its monitor records, and when blocks are done.
 #include <cstdio>
+#include <span>
 
 #include "tests/platform/sound/pulse_fixture.h"
 
@@ -11,11 +12,27 @@ using watch::Clock;
 using watch::Lateness;
 using watch::Ms;
 
-// Where `wanted` stands in `recording`, at or after `from`; -1 when it does not.
+// Whether `wanted`, which has no silence, is at a place of a recording but for this much silence at most.
+bool IsAt(std::span<const std::int16_t> place, const std::vector<std::int16_t>& wanted, std::size_t silence) {
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (place[i] == wanted[i]) continue;
+        if (place[i] != 0 || silence-- == 0) return false;
+    }
+    return true;
+}
+
+// Where `wanted` stands in `recording`, at or after `from`; -1 when it does not. A turn of 128 samples that
+// PipeWire's graph misses on a busy machine is silent in a recording, and nothing moves: two may be.
 std::ptrdiff_t FindIn(const std::vector<std::int16_t>& recording, const std::vector<std::int16_t>& wanted,
                       std::ptrdiff_t from = 0) {
     const auto found = std::search(recording.begin() + from, recording.end(), wanted.begin(), wanted.end());
-    return found == recording.end() ? -1 : found - recording.begin();
+    if (found != recording.end()) return found - recording.begin();
+    const std::size_t silence = std::min(std::size_t{2} * 128, wanted.size() / 2);
+    const auto last =
+        static_cast<std::ptrdiff_t>(recording.size()) - static_cast<std::ptrdiff_t>(wanted.size());
+    for (std::ptrdiff_t at = from; PrivateServer::IsPipeWire() && at <= last; ++at)
+        if (IsAt(std::span(recording).subspan(static_cast<std::size_t>(at)), wanted, silence)) return at;
+    return -1;
 }
 
 // What a server plays of sound that ends: PipeWire keeps what is less than its quantum until more comes.
