@@ -36,14 +36,14 @@ class Recorder:
     """What a program writes while it runs."""
 
     def __init__(self, test, *command):
-        # Appending: reading moves the place in the file, which the program shares.
-        self.file = tempfile.TemporaryFile("a+", dir=os.environ["TRV_SESSION"])
+        self.file = tempfile.NamedTemporaryFile(dir=os.environ["TRV_SESSION"])
         self.process = subprocess.Popen(command, stdout=self.file, stderr=self.file)
         test.addCleanup(self.end)
 
     def text(self):
-        self.file.seek(0)
-        return self.file.read()
+        # Opened anew: this program and the other one share the place in what they have both inherited.
+        with open(self.file.name, encoding="utf-8") as file:
+            return file.read()
 
     def end(self):
         self.process.kill()
