@@ -285,7 +285,7 @@ class Media(desktop.DesktopTest):
         expect(2, 2)
         ctl("play")
         expect(3, 2)
-        self.keys("alt+F4")
+        self.call(ROOT, "Quit")
         self.assertEqual(0, player.ended())
         expect(3, 3)
 
