@@ -75,7 +75,7 @@ struct VdecHalfPlanes {
         float* Row(int row) { return values.data() + kStride * row + kMargin; }
         const float* Row(int row) const { return values.data() + kStride * row + kMargin; }
 
-        float peak;
+        float peak;  // no value's magnitude is above it, with kernels that ask for it
         alignas(64) std::array<float, size_t{kStride}* kHeight> values = {};
     };
 

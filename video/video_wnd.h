@@ -52,8 +52,8 @@ public:
     // grows with it; ignored while playing.
     void SetSpeed(int nPercent);
     int GetSpeed() const { return m_nSpeed; }
-    // Where the producer writes the picture that it queues next, as it stands until that or a Stop; null when
-    // nCapacity - 1 pictures wait already and where they are dropped. Producer's thread.
+    // Where the producer writes the picture that it queues next; its own until then or until a Stop. Null
+    // when nCapacity - 1 pictures wait already, and where they are dropped. Producer's thread.
     BYTE* GetFreeFrame();
     // Queues what was written there. FALSE when nCapacity - 1 pictures wait already. Producer's thread.
     BOOL QueueFrame(int nNumber);

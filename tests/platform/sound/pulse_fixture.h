@@ -94,8 +94,10 @@ protected:
         for (int server = 0; server < (PrivateServer::IsPipeWire() ? 3 : 1) && Name() != sink; ++server) {
             End();
             m_server.reset();
+            PrivateServer::ForgetVolumes();  // and the default that the last one was given
             Start();
             module = AddSink(sink, channels);
+            EXPECT_EQ(Value(kMasterVolume), 65535U);
             m_posted.Take();
             Pactl({"set-default-sink", sink});
             watch::Eventually([&] { return Name() == sink; }, std::chrono::seconds(3));
