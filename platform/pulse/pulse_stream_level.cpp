@@ -100,7 +100,8 @@ void PulseStreamLevel::OnStream(const pa_sink_input_info* info, int end) {
         m_corked = m_newStream->corked;
         if (started && m_read && !m_restores)
             Send(true, true);
-        else
+        else if (!started || m_newStream->level.volume != 0 || m_connection.IsPulseAudio())
+            // PipeWire lists a new stream as silent until it knows its volume, which it then announces.
             Adopt({m_own.IsOutdated(m_newStream->level.volume) ? m_level.volume : m_newStream->level.volume,
                    m_newStream->level.muted});
     }
@@ -124,10 +125,12 @@ void PulseStreamLevel::OnRestored(const pa_ext_stream_restore_info* info, int en
     }
     if (!m_restoreQuestion.IsCurrent()) return AskRestore();
     m_restores = end > 0;
-    // PipeWire's server says what was last written here, and not what it remembers of a stream since then.
+    // PipeWire's server says what was last written here, and not what it remembers of a stream since then; to
+    // a client that came while it started it may say for good that there is nothing.
     const PulseLevel restored = m_newRestored.value_or(PulseLevel{});
-    const bool news = m_connection.IsPulseAudio() || !m_read || restored != m_restored;
-    m_restored = restored;
+    const bool news =
+        m_connection.IsPulseAudio() || !m_read || (m_newRestored.has_value() && restored != m_restored);
+    if (news) m_restored = restored;
     // While there is a stream it says all there is to know of the level.
     if (m_restores && !m_stream && news) Adopt(restored);
     m_read = true;

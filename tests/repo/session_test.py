@@ -7,6 +7,7 @@
 
 import array
 import os
+import pathlib
 import re
 import shutil
 import signal
@@ -24,10 +25,9 @@ def processes_of(session):
     found = []
     for pid in filter(str.isdigit, os.listdir("/proc")):
         try:
-            for name in ("environ", "cmdline"):
-                with open(f"/proc/{pid}/{name}", "rb") as file:
-                    if session.encode() in file.read():
-                        found.append(pid)
+            environment, command = (pathlib.Path("/proc", pid, name).read_bytes() for name in ("environ", "cmdline"))
+            if session.encode() in environment + command:
+                found.append((pid, command))
         except OSError:
             pass  # ended meanwhile, or somebody else's
     return found

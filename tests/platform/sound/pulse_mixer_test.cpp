@@ -80,7 +80,8 @@ TEST_F(PulseMixer, TheWaveOutputKeepsVolumeAndSinkWithoutAStreamAndBetweenRuns) 
     OpenWave();
     EXPECT_TRUE(
         EventuallySays(kStreams, {" 40% ", "Mute: yes", "application.name = \"Trivelle Message Player\""}));
-    m_posted.Take();
+    for (const PostedMessage& posted : m_posted.Take())
+        EXPECT_NE(posted.lParam, static_cast<LPARAM>(kWaveVolume)) << "no jump when the stream starts";
     const std::string stream = Stream();
     Pactl({"set-sink-input-volume", stream, "70%"});
     EXPECT_TRUE(Announced(kWaveVolume));

@@ -47,11 +47,6 @@ std::vector<std::int16_t> Played(std::vector<std::int16_t> samples) {
     return samples;
 }
 
-// Whether PipeWire's graph, which runs every 20 ms, may have missed a turn and left a hole in what it played.
-bool MayHaveHoles(const Lateness& lateness) {
-    return PrivateServer::IsPipeWire() && lateness.WorstMs() > 10;
-}
-
 class PulseWave : public PulseSound {
 protected:
     // Without the mixer's notifications.
@@ -67,7 +62,6 @@ protected:
         const std::vector<std::int16_t> wanted = Played(m_blocks.Samples(first, first + done.size()));
         if (wanted.empty()) return;
         const std::ptrdiff_t start = FindIn(recording.Samples(), wanted);
-        if (start < 0 && MayHaveHoles(lateness)) GTEST_SKIP() << "a busy machine";
         ASSERT_GE(start, 0) << "not sample for sample, from block " << first;
         std::vector<double> late;
         for (std::size_t i = 0; i < done.size(); ++i) {
@@ -158,7 +152,6 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
     for (std::size_t i = 0; i < resumed.size(); ++i) {
         const std::size_t counted = i + 1 < resumed.size() ? resumed[i + 1] : 150;
         at = FindIn(heard, Played(m_blocks.Samples(resumed[i], counted)), at);
-        if (at < 0 && MayHaveHoles(lateness)) GTEST_SKIP() << "a busy machine";
         ASSERT_GE(at, 0) << "something of stretch " << i << " was not heard";
         const std::vector<std::int16_t> rest = m_blocks.Samples(resumed[i], 150);
         const auto end = std::mismatch(heard.begin() + at, heard.end(), rest.begin(), rest.end()).first;
@@ -172,7 +165,6 @@ TEST_F(PulseWave, PauseLosesNothingAndRepeatsSixtyMillisecondsAtMost) {
 TEST_F(PulseWave, WhatIsTakenBackIsReplacedWithoutAGap) {
     Start();
     MonitorRecording recording;
-    const Lateness lateness;
     OpenPaused();
     Write(0, 100);
     waveOutRestart(m_handle);
@@ -198,9 +190,7 @@ TEST_F(PulseWave, WhatIsTakenBackIsReplacedWithoutAGap) {
     std::this_thread::sleep_for(100ms);
     const std::vector<std::int16_t> rest = m_blocks.Samples(first, last);
     wanted.insert(wanted.end(), rest.begin(), rest.end());
-    const bool whole = FindIn(recording.Samples(), Played(wanted)) >= 0;
-    if (!whole && MayHaveHoles(lateness)) GTEST_SKIP() << "a busy machine";
-    EXPECT_TRUE(whole);
+    EXPECT_GE(FindIn(recording.Samples(), Played(wanted)), 0);
 }
 
 TEST_F(PulseWave, AServerThatStopsAnsweringHoldsNobodyUp) {
@@ -271,8 +261,7 @@ TEST_F(PulseWave, SoundReturnsByItselfWithTheServer) {
         EXPECT_LE(static_cast<double>(first), static_cast<double>(done) + 8 + lateness.WorstMs() / 20)
             << "not where the message was";
         // The blocks that two missed turns of PipeWire's graph leave a hole in.
-        const std::size_t holed = PrivateServer::IsPipeWire() ? 4 : 0;
-        EXPECT_GE(heard.size() + holed, heard.back() + 1 - first) << "with gaps";
+        EXPECT_GE(heard.size(), heard.back() + 1 - first) << "with gaps";
     }
 
     // While paused it comes back too, and Play finds it there.
@@ -288,9 +277,7 @@ TEST_F(PulseWave, SoundReturnsByItselfWithTheServer) {
     waveOutRestart(m_handle);
     ASSERT_TRUE(m_posted.WaitFor(40));
     std::this_thread::sleep_for(100ms);
-    const bool whole = FindIn(recording.Samples(), Played(m_blocks.Samples(0, 40))) >= 0;
-    if (!whole && MayHaveHoles(lateness)) GTEST_SKIP() << "a busy machine";
-    EXPECT_TRUE(whole);
+    EXPECT_GE(FindIn(recording.Samples(), Played(m_blocks.Samples(0, 40))), 0);
 }
 
 TEST_F(PulseWave, ASinkThatGoesIsToldUnlikeAMoveFromOneToAnother) {
