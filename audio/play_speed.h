@@ -25,8 +25,3 @@ constexpr int SamplesInBlock(int nBlock, int nSpeed, std::int64_t nLeft) {
 constexpr int PlayedSamples(int nSamples, int nSpeed) {
     return (nSamples * kNormalSpeed + nSpeed - 1) / nSpeed;
 }
-
-// How long so much of the message takes, to the nearest millisecond.
-constexpr int PlayedMilliseconds(int nMilliseconds, int nSpeed) {
-    return (nMilliseconds * kNormalSpeed + nSpeed / 2) / nSpeed;
-}

@@ -41,6 +41,11 @@ constexpr int64_t PicturesDueAt(int64_t frame, int rate) {
     return rate > 0 ? frame * kFrameMilliseconds / PicturePeriodMilliseconds(rate) : 0;
 }
 
+// The number of that picture; -1: none.
+constexpr int PictureAt(int64_t frame, int rate) {
+    return static_cast<int>(PicturesDueAt(frame, rate) - 1);
+}
+
 // The place in time that a reader of a message's records has reached.
 class MessageClock {
 public:

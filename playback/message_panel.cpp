@@ -8,7 +8,6 @@
 #include "platform/shell/regular_file.h"
 #include "playback/index_thread.h"
 #include "playback/reader_thread.h"
-#include "playback/timeline.h"
 #include "res/resource.h"
 
 namespace {

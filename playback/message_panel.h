@@ -2,7 +2,6 @@
 // The message panel: opens, plays, pauses, stops and closes one message at a time, and moves in it.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -91,8 +90,7 @@ public:
     void OnCallBegins() override;
     void OnCallEnds() override;
     void OnUnplugged() override;
-    // On the renderer's pacing thread, or the reader's.
-    int GetDuePicture(int nOldest) override;
+    // On whatever thread shows the picture.
     void OnFrameShown() override;
 
 protected:
@@ -125,7 +123,7 @@ private:
     void Interrupt(PanelEvent event);
     void Start();
     void StartPictures();
-    void SetPictureSpeed();
+    void ShowDuePicture();
     void Hold();
     void Rewind();
     void Move();
@@ -135,7 +133,7 @@ private:
     void DropQueued();
     int PictureToShow(int nFrame) const;
 
-    int64_t Frame() const { return m_nSamplesPlayed.load() / kSpeechFrameSamples; }
+    int64_t Frame() const { return m_nSamplesPlayed / kSpeechFrameSamples; }
     BOOL ShowElapsed();  // whether it has changed
     void ShowWaiting();
     // One box for each message opened: the panel may be gone afterwards.
@@ -157,7 +155,7 @@ private:
     PanelState m_state = PanelState::NoMessage;
     // The position. Within, it is kept in samples of the message: a block played stands for one frame at
     // normal speed only.
-    std::atomic<int64_t> m_nSamplesPlayed = 0;
+    int64_t m_nSamplesPlayed = 0;
     int m_nSpeed = kNormalSpeed;
     int m_nSeekFrame = 0;         // what Move goes to
     BOOL m_bDragging = FALSE;     // the bar's head is held

@@ -8,7 +8,6 @@
 #include "playback/index_thread.h"
 #include "playback/message_panel.h"
 #include "playback/reader_thread.h"
-#include "playback/timeline.h"
 #include "res/resource.h"
 
 namespace {
@@ -70,7 +69,7 @@ void CMessagePanel::StepPicture(int nPictures) {
         SeekBy(nPictures * kVoiceStep);
         return;
     }
-    const int64_t nPicture = int64_t{Timeline(nRate).PictureAt(Frame())} + nPictures;
+    const int64_t nPicture = int64_t{PictureAt(Frame(), nRate)} + nPictures;
     SeekTo(nPicture < 0 ? 0
                         : static_cast<int>(std::min<int64_t>(PictureDueFrame(nPicture, nRate), GetLength())));
 }
@@ -82,11 +81,6 @@ void CMessagePanel::SetSpeed(int nSpeed) {
         m_pSource->gate.Locked(
             [&] { m_pSource->outputs.noSound.SetSpeed(nSpeed, RealTimePace::Clock::now()); });
     }
-    // What sounds goes on at the old speed for a while, and so do the pictures.
-    if (!IsPlaying(m_state) || !m_pSource->outputs.bSound) SetPictureSpeed();
-}
-
-void CMessagePanel::SetPictureSpeed() {
     m_pVideo->Pause();
     m_pVideo->SetSpeed(m_nSpeed);
     if (IsPlaying(m_state)) StartPictures();
@@ -134,21 +128,21 @@ void CMessagePanel::Start() {
     StartPictures();
 }
 
-// Pictures and position stand still now, so ticks and pictures can be brought together.
 void CMessagePanel::StartPictures() {
     SetTimer(kReaderTimer, kReaderTimerMs);
-    if (m_nViewMode == kVideo && m_pSource->outputs.bSound) {
-        const Timeline timeline(m_pSource->nVideoRate);
-        const int nDue = timeline.PictureAt(Frame());
-        // Not as a tick would, which may be early: the reader may have shown the due one by now and queued
-        // the next.
-        m_pVideo->ShowUpTo(nDue);
-        m_pVideo->SetNextTick(PlayedMilliseconds(timeline.MsToTick(nDue + 1, Frame()), m_pVideo->GetSpeed()));
+    if (m_nViewMode != kVideo) return;
+    if (m_pSource->outputs.bSound) {
+        ShowDuePicture();
+        return;
     }
-    if (m_nViewMode != kVideo || m_pVideo->Play()) return;
+    if (m_pVideo->Play()) return;
     // Pictures are not waited for any more.
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
     ReportFault(IDS_NO_PICTURES);
+}
+
+void CMessagePanel::ShowDuePicture() {
+    m_pVideo->ShowUpTo(PictureAt(Frame(), m_pSource->nVideoRate));
 }
 
 void CMessagePanel::Hold() {
@@ -190,7 +184,7 @@ void CMessagePanel::Rewind() {
 int CMessagePanel::PictureToShow(int nFrame) const {
     const int nRate = m_pSource->nVideoRate;
     if (nRate == 0) return -1;
-    const int nDue = Timeline(nRate).PictureAt(nFrame);
+    const int nDue = PictureAt(nFrame, nRate);
     const MessageExtent extent = m_pSource->index.Extent();
     if (extent.end == MessageEnd::None) return nDue;
     const int64_t nReadTo = int64_t{nFrame} + kMaxQueuedBlocks - kFramesPerSpeechBlock;
@@ -255,9 +249,8 @@ void CMessagePanel::OnBlockPlayed(int nSamples) {
         if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
     }
     if (ShowElapsed()) m_positionBar.ShowBand();
-    if (m_pVideo->GetSpeed() != m_nSpeed && nSamples == kSpeechFrameSamples * m_nSpeed / kNormalSpeed)
-        SetPictureSpeed();
     m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
+    if (m_nViewMode == kVideo) ShowDuePicture();
     if (m_state == PanelState::Draining && ++m_nBlocksSinceEnd % kLookForMore == 0) m_pSource->gate.Run();
     if (m_state == PanelState::Playing && !m_pWaveDevice->IsRunning()) SetTimer(kReaderTimer, kReaderTimerMs);
     if (m_pWaveDevice->GetQueuedCount() == 0) Handle(PanelEvent::RanDry);
@@ -288,11 +281,6 @@ void CMessagePanel::Interrupt(PanelEvent event) {
     if (bPlays == bPlayed) return;
     if (CWnd* pMainWnd = AfxGetMainWnd())
         pMainWnd->SendMessage(WM_PLAYBACK_INTERRUPTED, static_cast<WPARAM>(bPlays));
-}
-
-int CMessagePanel::GetDuePicture(int nOldest) {
-    if (!m_pSource->outputs.bSound) return nOldest;
-    return Timeline(m_pSource->nVideoRate).PictureForTick(nOldest, Frame());
 }
 
 void CMessagePanel::OnFrameShown() {

@@ -92,9 +92,11 @@ public:
     template <class HasRoom>
     void OnShorterQueue(HasRoom hasRoom) {
         // Two queues may grow shorter at once on two threads. Asking under the lock makes sure that the later
-        // one sees both.
-        const std::scoped_lock lock(m_mutex);
-        if (m_bRunning && m_activity == Activity::Waiting && hasRoom(m_need)) m_readerWakes.notify_one();
+        // one sees both. Waking the reader without it spares the reader another wait.
+        std::unique_lock lock(m_mutex);
+        const bool wakes = m_bRunning && m_activity == Activity::Waiting && hasRoom(m_need);
+        lock.unlock();
+        if (wakes) m_readerWakes.notify_one();
     }
 
 private:

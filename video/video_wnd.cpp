@@ -149,6 +149,7 @@ void CVideoWnd::Pause() {
 void CVideoWnd::Stop() {
     Pause();
     m_nNextTickMs = -1;
+    m_bDrops = m_pDisplayBits == nullptr;
     const CSingleLock lock(&m_showLock);
     m_nRead = 0;
     m_nWrite = 0;
@@ -166,17 +167,14 @@ void CVideoWnd::Clear() {
 }
 
 void CVideoWnd::ShowNextFrame() {
-    int nNumber = 0;
     {
         const CSingleLock lock(&m_showLock);
-        if (m_nCount.load(std::memory_order_acquire) == 0) return;
-        nNumber = m_slots[static_cast<std::size_t>(m_nRead)].number;
+        if (m_bDrops || m_nCount.load(std::memory_order_acquire) == 0) return;
+        ShowOldest();
     }
-    if (m_pClient != nullptr) nNumber = m_pClient->GetDuePicture(nNumber);
-    ShowUpTo(nNumber);
+    if (m_pClient != nullptr) m_pClient->OnFrameShown();
 }
 
-// The queue may have changed since it was looked at.
 void CVideoWnd::ShowUpTo(int nNumber) {
     {
         const CSingleLock lock(&m_showLock);
@@ -186,12 +184,17 @@ void CVideoWnd::ShowUpTo(int nNumber) {
         if (m_bDrops) return;
         while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= nNumber) RemoveOldest();
         if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > nNumber) return;
-        CopyToBitmap(slot(0).pixels.get());
-        RemoveOldest();
-        m_bBlack = FALSE;
-        DrawFrame();
+        ShowOldest();
     }
     if (m_pClient != nullptr) m_pClient->OnFrameShown();
+}
+
+// With m_showLock held.
+void CVideoWnd::ShowOldest() {
+    CopyToBitmap(m_slots[static_cast<std::size_t>(m_nRead)].pixels.get());
+    RemoveOldest();
+    m_bBlack = FALSE;
+    DrawFrame();
 }
 
 void CVideoWnd::DrawFrame() {

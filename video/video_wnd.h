@@ -10,26 +10,22 @@
 #include "platform/framework/afxwin.h"
 #include "platform/framework/mmtimer.h"
 
-// Asked and told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame
-// or ShowUpTo, with no lock held. Neither call may wait for the UI thread, which may be waiting in Pause or
-// Stop for it to return.
+// Told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame or
+// ShowUpTo, with no lock held. The call may not wait for the UI thread, which may be waiting in Pause or Stop
+// for it to return.
 class CVideoWndClient {
 public:
     virtual ~CVideoWndClient() = default;
-    // Before each showing: the number of the last picture that may be shown now. nOldest is the one of the
-    // oldest waiting picture; anything below it shows nothing.
-    virtual int GetDuePicture(int nOldest) { return nOldest; }
     // After each picture shown.
     virtual void OnFrameShown() {}
 };
 
 // Pictures are width x height pixels of 3 bytes in the order B, G, R, rows without gaps, the bottom row
-// first. One other thread (the producer) queues them, numbered upwards; a pacing thread of the window's own
-// looks at the queue once per tick of a periodic timer and draws at most one, without waiting for the UI
-// thread: the last one that the client calls due. Those before it are late and dropped. Without a client
-// each tick shows the oldest. A tick that finds nothing to show leaves the last picture; a tick that comes
-// while a picture is being drawn is lost. From the start the first tick comes one period after Play; after a
-// Pause, Play waits for what was left of the period.
+// first. One other thread (the producer) queues them, numbered upwards. Where something else is the clock,
+// its owner shows them with ShowUpTo. Where nothing is, Play lets a pacing thread of the window's own draw
+// the oldest at each tick of a periodic timer, without waiting for the UI thread. A tick that finds nothing
+// to show leaves the last picture; a tick that comes while a picture is being drawn is lost. From the start
+// the first tick comes one period after Play; after a Pause, Play waits for what was left of the period.
 //
 // Where the pictures have no bitmap, or nothing could be started to pace them, they are dropped as they come,
 // so that the producer never waits for them.
@@ -51,7 +47,6 @@ public:
     // How fast that is played, in per cent, above 0. While paused, what is left of the period shrinks or
     // grows with it; ignored while playing.
     void SetSpeed(int nPercent);
-    int GetSpeed() const { return m_nSpeed; }
     // Where the producer writes the picture that it queues next; its own until then or until a Stop. Null
     // when nCapacity - 1 pictures wait already, and where they are dropped. Producer's thread.
     BYTE* GetFreeFrame();
@@ -73,10 +68,8 @@ public:
     void Stop();
     // Makes the window black.
     void Clear();
-    // While paused: the first tick of the next Play comes after so many milliseconds, one period at most.
-    void SetNextTick(int nMilliseconds) { m_nNextTickMs = nMilliseconds; }
 
-    // What a tick does. Any thread.
+    // What a tick does: shows the oldest picture. Any thread.
     void ShowNextFrame();
     // Shows the newest picture that waits and has this number or one below; those before it are dropped. Any
     // thread.
@@ -94,6 +87,7 @@ private:
     int PeriodMs() const { return (1000 / m_nFramesPerSecond * 100 + m_nSpeed / 2) / m_nSpeed; }
     BOOL StartPacing();
     void DrawFrame();
+    void ShowOldest();
     void RemoveOldest();
     void CopyToBitmap(const BYTE* pPicture);
     static void TimerProc(UINT nTimerId, UINT nMessage, DWORD_PTR dwUser, DWORD_PTR, DWORD_PTR);

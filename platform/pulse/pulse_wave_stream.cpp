@@ -248,7 +248,8 @@ void PulseWaveStream::Tick() {
         else
             m_connection->Connect();
     }
-    TickSoon(m_running ? kTryAgain : kTryAgainPaused);
+    // While something counts as heard, Reach has set the next tick.
+    if (!m_running || m_heard == m_written) TickSoon(m_running ? kTryAgain : kTryAgainPaused);
 }
 
 void PulseWaveStream::Send() {

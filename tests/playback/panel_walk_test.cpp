@@ -10,38 +10,9 @@
 #include "codec/message_time.h"
 #include "codec/speech_frame.h"
 #include "platform/framework/window.h"
-#include "playback/timeline.h"
 #include "res/resource.h"
 #include "tests/playback/player_fixture.h"
 #include "tests/playback/walked_message.h"
-
-// The renderer's timer comes here (the linker's --wrap): it ticks when the simulated clock does.
-MMTIMERID SetTicks(UINT, UINT, UINT, TIMECALLBACK, DWORD_PTR,
-                   UINT) __asm__("__wrap__Z17timeSetEventAfterjjjPFvjjmmmEmj");
-UINT KillTicks(MMTIMERID) __asm__("__wrap__Z13timeKillEventj");
-
-namespace {
-
-struct {
-    MMTIMERID id = 0;  // 0: none runs
-    int period = 0, left = 0;
-    TIMECALLBACK callback = nullptr;
-    DWORD_PTR user = 0;
-    MMTIMERID last = 0;
-} g_ticks;
-
-}  // namespace
-
-MMTIMERID SetTicks(UINT delay, UINT period, UINT, TIMECALLBACK callback, DWORD_PTR user, UINT) {
-    g_ticks = {g_ticks.last + 1, static_cast<int>(period), static_cast<int>(delay), callback, user,
-               g_ticks.last + 1};
-    return g_ticks.id;
-}
-
-UINT KillTicks(MMTIMERID) {
-    g_ticks.id = 0;
-    return 0;
-}
 
 namespace {
 
@@ -142,14 +113,12 @@ protected:
         ASSERT_TRUE(Panel().Open(path));
         m_state = State::Paused;
         m_samples = 0;
-        m_atOnce = true;
         SoundFrom(0, 0);
     }
     void Seek(int frame) {
         frame = std::clamp(frame, 0, Current().length - 1);
         m_samples = int64_t{frame} * kSpeechFrameSamples;
         if (m_state == State::Stopped) m_state = State::Paused;
-        m_atOnce = true;
         m_timeShown = true;
         SoundFrom(frame, frame - 50 - (Current().rate == 0 ? Trace().GetVisibleCount() : 0));
     }
@@ -158,7 +127,6 @@ protected:
         m_samples = 0;
         m_blocks.clear();
         m_slack = 0;
-        m_atOnce = true;
         m_timeShown = false;
         m_levelsFrom = 0;
         m_traceKnown = Current().rate == 0;  // empty
@@ -191,11 +159,6 @@ protected:
             ASSERT_NO_FATAL_FAILURE(Hear(m_sound->Heard()));
         else
             ASSERT_EQ(m_sound->HeardCount(), 0U);
-        if (g_ticks.id == 0) return;
-        for (g_ticks.left -= 20; g_ticks.id != 0 && g_ticks.left <= 0; g_ticks.left += g_ticks.period) {
-            Settle();
-            g_ticks.callback(g_ticks.id, 0, g_ticks.user, 0, 0);
-        }
     }
 
     void Hear(const std::vector<int16_t>& heard) {
@@ -218,7 +181,6 @@ protected:
         m_samples += samples;
         if (!m_soundKnown) m_traceKnown = false;
         if (block.speed == kNormalSpeed && block.joins) m_slack += kMostJump;
-        m_atOnce = false;
         m_timeShown = true;
         if (SamplesLeft() > (ended ? m_slack : 0)) return;
         ++m_ended;
@@ -259,14 +221,9 @@ protected:
         if (walked.rate == 0) return;
 
         const int last = static_cast<int>(walked.pictures.size()) - 1;
-        const int due = std::min(Timeline(walked.rate).PictureAt(position), last);
-        const Look shown = Shown();
-        const auto isShown = [&](int number) {
-            return shown == (number < 0 ? Look(7, 0U) : walked.pictures[static_cast<size_t>(number)]);
-        };
-        ASSERT_TRUE(isShown(due) ||
-                    (!m_atOnce && (isShown(std::max(due - 1, -1)) || isShown(std::min(due + 1, last)))))
-            << "due " << due << ", at once " << m_atOnce;
+        const int due = std::min(PictureAt(position, walked.rate), last);
+        ASSERT_EQ(Shown(), due < 0 ? Look(7, 0U) : walked.pictures[static_cast<size_t>(due)])
+            << "due " << due;
     }
     // The levels up to the position, in the trace as in another one that is shown them at once.
     void CheckTrace(int position) {
@@ -304,7 +261,6 @@ protected:
     bool m_serverAway = false;
     int m_ended = 0;
     std::vector<bool> m_plays;  // what the main window is told of interruptions
-    bool m_atOnce = false;      // nothing has been heard since the picture was shown by a seek
     bool m_timeShown = true;    // the elapsed time is empty from Stop to the first block
     gsm m_decoder = gsm_create();
     size_t m_nextSpeech = 0;
@@ -359,7 +315,7 @@ void PanelWalk::Act(std::mt19937& random) {
         Panel().StepPicture(steps);
         if (m_state != State::Stopped) m_state = State::Paused;
         const int rate = Current().rate;
-        const int64_t picture = rate == 0 ? 0 : Timeline(rate).PictureAt(from) + steps;
+        const int64_t picture = rate == 0 ? 0 : int64_t{PictureAt(from, rate)} + steps;
         Seek(rate == 0     ? from + 5 * steps
              : picture < 0 ? 0
                            : static_cast<int>(PictureDueFrame(picture, rate)));

@@ -284,7 +284,7 @@ TEST_F(PulseWave, ASinkThatGoesIsToldUnlikeAMoveFromOneToAnother) {
     Start();
     const std::string headset = AddSink("headset");
     OpenPaused();
-    Write(0, 200);
+    Write(0, WAVEOUT_MAX_BLOCKS);  // a move that is overlooked takes a second
     waveOutRestart(m_handle);
     for (const char* sink : {"headset", "test", "headset"}) {
         ASSERT_TRUE(MoveStream(sink));
