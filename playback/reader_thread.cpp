@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 #include "audio/wave_device.h"
 #include "codec/speech_frame.h"
@@ -127,10 +128,12 @@ private:
         // skipped like the rest.
         if (vdec_decode(body.data(), body.size(), pFrame) == FALSE) return Turn::GoOn;
         turn = Pass(kOnePicture, [&] { video.QueueFrame(static_cast<int>(nNumber)); });
-        if (turn != Turn::GoOn || !m_bShowNext) return turn;
+        if (turn != Turn::GoOn) return turn;
         if (turn = m_source.gate.BeginWork(); turn != Turn::GoOn) return turn;
-        m_bShowNext = FALSE;
-        video.ShowNextFrame();
+        if (std::exchange(m_bShowNext, FALSE))
+            video.ShowNextFrame();
+        else
+            video.ShowLate();
         return Turn::GoOn;
     }
 

@@ -152,6 +152,7 @@ void CVideoWnd::Stop() {
     m_bDrops = m_pDisplayBits == nullptr;
     const CSingleLock lock(&m_showLock);
     m_nRead = 0;
+    m_nDue = -1;
     m_nWrite = 0;
     m_nCount = 0;
 }
@@ -176,14 +177,19 @@ void CVideoWnd::ShowNextFrame() {
 }
 
 void CVideoWnd::ShowUpTo(int nNumber) {
+    m_nDue = nNumber;
+    ShowLate();
+}
+
+void CVideoWnd::ShowLate() {
     {
         const CSingleLock lock(&m_showLock);
         const auto slot = [this](int nAhead) -> const Slot& {
             return m_slots[static_cast<std::size_t>((m_nRead + nAhead) % m_nCapacity)];
         };
         if (m_bDrops) return;
-        while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= nNumber) RemoveOldest();
-        if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > nNumber) return;
+        while (m_nCount.load(std::memory_order_acquire) > 1 && slot(1).number <= m_nDue) RemoveOldest();
+        if (m_nCount.load(std::memory_order_acquire) == 0 || slot(0).number > m_nDue) return;
         ShowOldest();
     }
     if (m_pClient != nullptr) m_pClient->OnFrameShown();

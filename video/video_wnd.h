@@ -74,6 +74,9 @@ public:
     // Shows the newest picture that waits and has this number or one below; those before it are dropped. Any
     // thread.
     void ShowUpTo(int nNumber);
+    // The same with the number of the latest ShowUpTo since the last Stop: for the producer, who may have
+    // queued a picture after its time. Any thread.
+    void ShowLate();
 
 private:
     struct PacingParams {
@@ -114,6 +117,7 @@ private:
     int m_nRead = 0;
     int m_nWrite = 0;  // moved by the producer alone
     std::atomic<int> m_nCount = 0;
+    std::atomic<int> m_nDue = -1;        // of the latest ShowUpTo
     BOOL m_bBlack = TRUE;                // no picture is seen; guarded by m_showLock
     std::atomic<BOOL> m_bDrops = FALSE;  // pictures cannot be shown
     BYTE* m_pDisplayBits = nullptr;      // the bitmap's pixels; null when it could not be made
