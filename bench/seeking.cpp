@@ -163,7 +163,7 @@ protected:
         }
         Seek& seek = m_seeks[m_nNext];
         const auto same = [this](int frame) {
-            const int apart = PictureAt(frame, kRate) - PictureAt(m_pPanel->GetPosition(), kRate);
+            const int64_t apart = PictureAt(frame, kRate) - PictureAt(m_pPanel->GetPosition(), kRate);
             return apart % kPictures == 0 || apart % kPictures == 1;
         };
         do seek.frame = static_cast<int>(m_random() % (kFrames - 500) + 20);
@@ -181,7 +181,7 @@ private:
             std::this_thread::sleep_for(std::chrono::microseconds(500));
             const std::size_t nSeek = m_nWatched;
             if (nSeek == 0 || m_seeks[nSeek - 1].picture != Clock::time_point::max()) continue;
-            const int nPicture = PictureAt(m_seeks[nSeek - 1].frame, kRate);
+            const int64_t nPicture = PictureAt(m_seeks[nSeek - 1].frame, kRate);
             const Look& look = m_material.looks[static_cast<std::size_t>(nPicture % kPictures)];
             bool shown = true;
             for (int i = 1; i < 8 && shown; ++i)

@@ -42,8 +42,8 @@ constexpr int64_t PicturesDueAt(int64_t frame, int rate) {
 }
 
 // The number of that picture; -1: none.
-constexpr int PictureAt(int64_t frame, int rate) {
-    return static_cast<int>(PicturesDueAt(frame, rate) - 1);
+constexpr int64_t PictureAt(int64_t frame, int rate) {
+    return PicturesDueAt(frame, rate) - 1;
 }
 
 // The place in time that a reader of a message's records has reached.

@@ -69,7 +69,7 @@ void CMessagePanel::StepPicture(int nPictures) {
         SeekBy(nPictures * kVoiceStep);
         return;
     }
-    const int64_t nPicture = int64_t{PictureAt(Frame(), nRate)} + nPictures;
+    const int64_t nPicture = PictureAt(Frame(), nRate) + nPictures;
     SeekTo(nPicture < 0 ? 0
                         : static_cast<int>(std::min<int64_t>(PictureDueFrame(nPicture, nRate), GetLength())));
 }
@@ -142,7 +142,7 @@ void CMessagePanel::StartPictures() {
 }
 
 void CMessagePanel::ShowDuePicture() {
-    m_pVideo->ShowUpTo(PictureAt(Frame(), m_pSource->nVideoRate));
+    m_pVideo->ShowUpTo(static_cast<int>(PictureAt(Frame(), m_pSource->nVideoRate)));
 }
 
 void CMessagePanel::Hold() {
@@ -184,13 +184,13 @@ void CMessagePanel::Rewind() {
 int CMessagePanel::PictureToShow(int nFrame) const {
     const int nRate = m_pSource->nVideoRate;
     if (nRate == 0) return -1;
-    const int nDue = PictureAt(nFrame, nRate);
+    const int64_t nDue = PictureAt(nFrame, nRate);
     const MessageExtent extent = m_pSource->index.Extent();
-    if (extent.end == MessageEnd::None) return nDue;
+    if (extent.end == MessageEnd::None) return static_cast<int>(nDue);
     const int64_t nReadTo = int64_t{nFrame} + kMaxQueuedBlocks - kFramesPerSpeechBlock;
     const int64_t nPictures =
         nReadTo >= extent.length ? extent.pictures : m_pSource->index.PlaceForFrame(nReadTo).pictures;
-    return static_cast<int>(std::min<int64_t>(nDue, nPictures - 1));
+    return static_cast<int>(std::min(nDue, nPictures - 1));
 }
 
 void CMessagePanel::Move() {

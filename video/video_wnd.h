@@ -10,9 +10,8 @@
 #include "platform/framework/afxwin.h"
 #include "platform/framework/mmtimer.h"
 
-// Told about the pictures of a CVideoWnd, on the pacing thread or on the caller's of ShowNextFrame or
-// ShowUpTo, with no lock held. The call may not wait for the UI thread, which may be waiting in Pause or Stop
-// for it to return.
+// Told about the pictures of a CVideoWnd, on the pacing thread or on that of whoever has one shown, with no
+// lock held. The call may not wait for the UI thread, which may be waiting in Pause or Stop for it to return.
 class CVideoWndClient {
 public:
     virtual ~CVideoWndClient() = default;

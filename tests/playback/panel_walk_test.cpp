@@ -221,8 +221,7 @@ protected:
         ASSERT_EQ(Text(IDC_CURRENT), m_state == State::Stopped || !m_timeShown ? "" : text.Str());
         if (walked.rate == 0) return;
 
-        const int last = static_cast<int>(walked.pictures.size()) - 1;
-        const int due = std::min(PictureAt(position, walked.rate), last);
+        const int64_t due = std::min(PictureAt(position, walked.rate), std::ssize(walked.pictures) - 1);
         ASSERT_EQ(Shown(), due < 0 ? Look(7, 0U) : walked.pictures[static_cast<size_t>(due)])
             << "due " << due;
     }
@@ -316,7 +315,7 @@ void PanelWalk::Act(std::mt19937& random) {
         Panel().StepPicture(steps);
         if (m_state != State::Stopped) m_state = State::Paused;
         const int rate = Current().rate;
-        const int64_t picture = rate == 0 ? 0 : int64_t{PictureAt(from, rate)} + steps;
+        const int64_t picture = rate == 0 ? 0 : PictureAt(from, rate) + steps;
         Seek(rate == 0     ? from + 5 * steps
              : picture < 0 ? 0
                            : static_cast<int>(PictureDueFrame(picture, rate)));

@@ -27,7 +27,7 @@ MessageFeed::MessageFeed(MessageFile& message, const TimeRange& range, const Wan
       clock_(message.rate()),
       decode_from_(range.from - kSpeechPrerollFrames - wants.levels),
       sound_at_(range.from),
-      due_picture_(PicturesDueAt(range.from, message.rate()) - 1) {
+      due_picture_(::PictureAt(range.from, message.rate())) {
     if (!decoder_) throw std::bad_alloc();
     chunk_.reserve(kChunkSamples + kSpeechFrameSamples);
 }
