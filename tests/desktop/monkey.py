@@ -81,7 +81,7 @@ class Monkey:
 
     def start(self, *files):
         self.player = subprocess.Popen([self.program, *files], cwd=self.folder, stderr=self.err, stdout=self.err,
-                                       env={**os.environ, "QT_SCALE_FACTOR": "1"})
+                                       env={**os.environ, "QT_SCALE_FACTOR": "1", "ASAN_OPTIONS": "handle_abort=1"})
 
     def window(self):
         found = windows(self.player.pid)
@@ -136,10 +136,15 @@ class Monkey:
             run("timeout", "10", sys.executable, "-B", os.path.join(HERE, "drop.py"), found[0], *files)
 
     def second(self):
-        """A newer player, which the one before it gives way to."""
-        old = self.player
+        """A newer player, which the one before it gives way to. Where both are starting, either may be the newer."""
+        older, settled = self.player, self.window() is not None
         self.start(*self.random.choices(self.files, k=self.random.randrange(3)))
-        self.expect_end(old)
+        newer = self.player
+        if not settled:
+            wait_for(lambda: older.poll() is not None or newer.poll() is not None, what="the end of one of them")
+            if older.poll() is None:
+                older, self.player = newer, older
+        self.expect_end(older)
 
     def close(self):
         window = self.window()
@@ -210,6 +215,7 @@ class Monkey:
             status = player.wait(seconds)
         except subprocess.TimeoutExpired:
             player.send_signal(signal.SIGABRT)
+            player.wait(60)  # it may say where it stands
             raise AssertionError(f"it did not end within {seconds} s") from None
         self.ends += 1
         if status != 0:
@@ -282,9 +288,7 @@ class Monkey:
 
     def finish(self):
         """The last one ends by being closed, as a newer player does it."""
-        old = self.player
-        self.start()
-        self.expect_end(old)
+        self.second()
         self.player.terminate()
         self.player.wait()
         self.check()
