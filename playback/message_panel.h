@@ -139,7 +139,6 @@ private:
     // One box for each message opened: the panel may be gone afterwards.
     void ReportFault(UINT nTextID);
     void ReportFault(const CString& strText);
-    BOOL HasRoom(CReaderGate::Need need) const { return m_pSource->outputs.HaveRoom(need); }
 
     CPositionBar m_positionBar;
     CStatic m_pictureFrame;  // parent of waveform, wave device and renderer

@@ -5,6 +5,7 @@
 
 #include "codec/queue_limits.h"
 #include "codec/vdec.h"
+#include "platform/framework/heap.h"
 #include "playback/index_thread.h"
 #include "playback/message_panel.h"
 #include "playback/reader_thread.h"
@@ -137,7 +138,7 @@ void CMessagePanel::StartPictures() {
     }
     if (m_pVideo->Play()) return;
     // Pictures are not waited for any more.
-    m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
+    m_pSource->OnShorterQueue();
     ReportFault(IDS_NO_PICTURES);
 }
 
@@ -239,6 +240,7 @@ void CMessagePanel::Release() {
     m_pSource.reset();
     m_total.SetWindowText("");
     SetViewMode(kNoMessage);
+    _heapmin();
 }
 
 void CMessagePanel::OnBlockPlayed(int nSamples) {
@@ -249,7 +251,7 @@ void CMessagePanel::OnBlockPlayed(int nSamples) {
         if (m_nViewMode == kVoice) m_pWaveform->ShowNextValue();
     }
     if (ShowElapsed()) m_positionBar.ShowBand();
-    m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
+    m_pSource->OnShorterQueue();
     if (m_nViewMode == kVideo) ShowDuePicture();
     if (m_state == PanelState::Draining && ++m_nBlocksSinceEnd % kLookForMore == 0) m_pSource->gate.Run();
     if (m_state == PanelState::Playing && !m_pWaveDevice->IsRunning()) SetTimer(kReaderTimer, kReaderTimerMs);
@@ -284,7 +286,7 @@ void CMessagePanel::Interrupt(PanelEvent event) {
 }
 
 void CMessagePanel::OnFrameShown() {
-    m_pSource->gate.OnShorterQueue([this](CReaderGate::Need need) { return HasRoom(need); });
+    m_pSource->OnShorterQueue();
 }
 
 LRESULT CMessagePanel::OnTraceRead(WPARAM wParam, LPARAM) {

@@ -47,6 +47,10 @@ struct MessageSource {
 
     // Frames that the message has: what the header says until more is known.
     int64_t Length() const;
+    // To be called when one of the outputs' queues has become shorter. Any thread.
+    void OnShorterQueue() {
+        gate.OnShorterQueue([this](CReaderGate::Need need) { return outputs.HaveRoom(need); });
+    }
 
     const unsigned nSerial;      // no other message has it
     std::FILE* const pFile;      // the reader thread's once that has started

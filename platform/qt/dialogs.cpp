@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The toolkit's own dialogs: message box and file dialog.
-#include <malloc.h>
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QFileDialog>
@@ -8,6 +7,7 @@
 #include <QPixmapCache>
 #include <QWindow>
 
+#include "platform/framework/heap.h"
 #include "platform/qt/other_names.h"
 #include "platform/qt/qt_toolkit.h"
 #include "platform/qt/toolkit.h"
@@ -98,6 +98,6 @@ std::vector<std::string> QtToolkit::ChooseFiles(HWND owner, const std::string& t
     // Its lists and icons take megabytes, in small blocks between others that stay; and each dialog leaves 20
     // KiB of icons, of its own keys, in the toolkit's cache.
     QPixmapCache::clear();
-    malloc_trim(0);
+    _heapmin();
     return chosen;
 }

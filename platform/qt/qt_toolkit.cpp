@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/qt/qt_toolkit.h"
 
-#include <malloc.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 #include <tuple>
 #include <utility>
 
+#include "platform/framework/heap.h"
 #include "platform/framework/message_queue.h"
 #include "platform/framework/window.h"
 #include "platform/qt/accessible.h"
@@ -56,7 +56,7 @@ QtToolkit::QtToolkit(int& argc, char** argv)
     m_rescale.setSingleShot(true);
     QObject::connect(&m_rescale, &QTimer::timeout, [] {
         windows::Rescale();
-        malloc_trim(0);
+        _heapmin();
     });
     QObject::connect(&m_tipTimer, &QTimer::timeout, [this] { ShowTip(); });
 }

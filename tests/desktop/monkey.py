@@ -249,10 +249,23 @@ class Monkey:
                 run("xdotool", "key", "alt+F4" if deaf else "Escape")
         return len(shown) == 1
 
+    def show(self, file, *keys):
+        """Opens a message, and presses keys while it plays."""
+        main = wait_for(lambda: windows(self.player.pid, f"^{desktop.TITLE}"), what="the main window")[0]
+        run(sys.executable, "-B", os.path.join(HERE, "drop.py"), main, file)
+        run("xdotool", "windowactivate", "--sync", main)
+        for key in keys:
+            run("xdotool", "key", key, "sleep", "0.5")
+        return main
+
     def held(self):
-        """KiB of its own memory, descriptors and threads, at its usual size, with no message and no dialog open."""
+        """KiB of its own memory, descriptors and threads, with no message and no dialog open; always after the same:
+        what is shown first at a size takes memory then, as does a picture that was copied."""
         wait_for(self.at_rest, what="rest")
-        run("xdotool", "key", "ctrl+w", "ctrl+0", "sleep", "3")
+        self.show(self.files[0], "ctrl+0", "ctrl+c")
+        self.show(self.files[5], "ctrl+0")
+        wait_for(self.at_rest, what="rest")
+        run("xdotool", "key", "ctrl+w", "sleep", "3")
         process = f"/proc/{self.player.pid}"
         with open(f"{process}/smaps_rollup", encoding="ascii") as file:
             memory = int(re.search(r"Anonymous: +(\d+)", file.read()).group(1))
@@ -260,12 +273,8 @@ class Monkey:
 
     def tour(self):
         """What fills the toolkit's caches for good: each dialog and each size of the window, once."""
-        main = wait_for(lambda: windows(self.player.pid, f"^{desktop.TITLE}"), what="the main window")[0]
         for file in (self.files[0], self.files[5]):
-            run(sys.executable, "-B", os.path.join(HERE, "drop.py"), main, file)
-            run("xdotool", "windowactivate", "--sync", main)
-            for key in ("ctrl+o", "Escape", "alt+h", "a", "Escape", *["ctrl+plus"] * 8, "ctrl+0", "F11", "F11"):
-                run("xdotool", "key", key, "sleep", "0.5")
+            main = self.show(file, "ctrl+o", "Escape", "alt+h", "a", "Escape", *["ctrl+plus"] * 8, "ctrl+0", "F11", "F11")
         x, y = desktop.BUTTONS["volume"]
         run("xdotool", "mousemove", "--window", main, str(x), str(y + 20), "click", "1", "sleep", "1")
 
