@@ -80,8 +80,9 @@ class Monkey:
         return files
 
     def start(self, *files):
+        options = os.environ.get("ASAN_OPTIONS", "") + ":handle_abort=1"
         self.player = subprocess.Popen([self.program, *files], cwd=self.folder, stderr=self.err, stdout=self.err,
-                                       env={**os.environ, "QT_SCALE_FACTOR": "1", "ASAN_OPTIONS": "handle_abort=1"})
+                                       env={**os.environ, "QT_SCALE_FACTOR": "1", "ASAN_OPTIONS": options})
 
     def window(self):
         found = windows(self.player.pid)
