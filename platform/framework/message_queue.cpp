@@ -51,12 +51,16 @@ void Wake() {
 }  // namespace
 
 BOOL PostMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
+    return PostMessages(hWnd, message, wParam, {&lParam, 1});
+}
+
+BOOL PostMessages(HWND hWnd, UINT message, WPARAM wParam, std::span<const LPARAM> lParams) {
     // No toolkit goes before its last window, so it cannot go while this thread wakes it.
     const auto kept = windows::Keep(hWnd);
     if (!kept) return FALSE;
     {
         const std::scoped_lock lock(g_mutex);
-        g_queue.Push({hWnd, message, wParam, lParam});
+        for (const LPARAM lParam : lParams) g_queue.Push({hWnd, message, wParam, lParam});
     }
     Wake();
     return TRUE;

@@ -92,9 +92,9 @@ void QtNativeWidget::CreateControl(Window& window, QWidget* parent) {
         m_client = m_button;
         m_input = m_button;
     } else {
-        auto* surface = new SurfaceWidget(m_window, parent);
-        m_client = surface;
-        m_input = surface;
+        m_surface = new SurfaceWidget(m_window, parent);
+        m_client = m_surface;
+        m_input = m_surface;
     }
     const bool tabStop = window.IsTopLevel() || (window.style & WS_TABSTOP) != 0;
     m_client->setFocusPolicy(!tabStop || window.IsTopLevel() ? Qt::NoFocus : Qt::StrongFocus);
@@ -246,6 +246,7 @@ NativeWidget::Extent QtNativeWidget::DeviceExtent() const {
 }
 
 void QtNativeWidget::ShowSurface(const RECT& area, bool now) {
+    if (m_surface != nullptr && m_surface->CopyToScreen(ToQRect(area, 1.0))) return;
     const double ratio = m_client->devicePixelRatioF();
     QRect shown = ToQRect(area, 1.0 / ratio);
     // Uneven ratios share pixels at the borders.

@@ -62,5 +62,6 @@ private:
     ButtonWidget* m_button = nullptr;
     CheckBoxWidget* m_checkBox = nullptr;
     SliderWidget* m_slider = nullptr;
+    SurfaceWidget* m_surface = nullptr;
     std::map<std::uintptr_t, QTimer*> m_timers;
 };

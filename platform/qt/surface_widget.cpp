@@ -1,9 +1,16 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QBackingStore>
 #include <QDragEnterEvent>
+#include <QGuiApplication>
 #include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTimer>
+#include <QWindow>
+#include <algorithm>
 #include <utility>
 
 #include "platform/framework/drop_files.h"
@@ -12,6 +19,27 @@
 #include "platform/qt/widgets.h"
 
 namespace {
+
+constexpr std::uint32_t opaque = 0xFF000000U;
+
+// Whether other processes may see the memory at this address, which must be in use: bit 61 of its page's
+// entry (Linux, pagemap in proc(5)).
+bool IsShared(const uchar* address) {
+    const int table = open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
+    if (table < 0) return false;
+    std::uint64_t entry = 0;
+    const auto page = reinterpret_cast<std::uintptr_t>(address) / static_cast<std::uintptr_t>(getpagesize());
+    const bool got =
+        pread(table, &entry, sizeof entry, static_cast<off_t>(page * sizeof entry)) == sizeof entry;
+    close(table);
+    return got && (entry >> 61U & 1U) != 0;
+}
+
+// Whether the picture has the size that the window has on the screen now.
+bool Fits(const Surface& surface, HWND window) {
+    const NativeWidget::Extent extent = windows::Find(window)->native->DeviceExtent();
+    return extent.width == surface.width() && extent.height == surface.height();
+}
 
 // Some weeks of messages; the rest of a drop is left.
 constexpr std::size_t most_dropped = 10000;
@@ -37,12 +65,58 @@ void SurfaceWidget::paintEvent(QPaintEvent* event) {
     PaintSurface(this, WindowHandle(), event->rect());
 }
 
+// The toolkit keeps the pixels of a top-level window in memory that the X server reads when it is told to.
+// Before it draws where it has drawn already it waits until the server has read that, some hundred
+// microseconds and three changes of thread. What is drawn here the server is always told to read after it was
+// written: should it still be reading what was there, it comes by again.
+bool SurfaceWidget::CopyToScreen(const QRect& area) {
+    const QWidget* const top = window();
+    QBackingStore* const store = top->backingStore();
+    QWindow* const native = top->windowHandle();
+    if (store == nullptr || native == nullptr || !native->isExposed() || store->size() != top->size())
+        return false;
+    if (visibleRegion() != QRegion(rect())) return false;
+    QPaintDevice* const device = store->paintDevice();
+    if (device == nullptr || device->devType() != QInternal::Image) return false;
+    auto& pixels = *static_cast<QImage*>(device);
+    const std::shared_ptr<Surface> surface = windows::SurfaceOf(WindowHandle());
+    if (surface == nullptr || !Fits(*surface, WindowHandle()) || !IsReadByServer(pixels)) return false;
+    const double ratio = devicePixelRatioF();
+    const QPoint corner = mapTo(top, QPoint(0, 0));
+    const QRect to = area.translated(qRound(corner.x() * ratio), qRound(corner.y() * ratio));
+    if (!pixels.rect().contains(to)) return false;
+    {
+        const std::scoped_lock lock(surface->mutex());
+        if (surface->plain().has_value()) return false;
+        for (int y = 0; y < area.height(); ++y) {
+            const std::uint32_t* from =
+                surface->pixels() + std::ptrdiff_t{area.y() + y} * surface->width() + area.x();
+            std::transform(from, from + area.width(),
+                           reinterpret_cast<std::uint32_t*>(pixels.scanLine(to.y() + y)) + to.x(),
+                           [](std::uint32_t pixel) { return pixel | opaque; });
+        }
+    }
+    // Uneven ratios share pixels at the borders.
+    const QRectF shown(to.x() / ratio, to.y() / ratio, to.width() / ratio, to.height() / ratio);
+    store->flush(shown.toAlignedRect(), native);
+    return true;
+}
+
+// Without such memory, as on another machine's display, the toolkit sends what it was told of before it was
+// drawn.
+bool SurfaceWidget::IsReadByServer(const QImage& pixels) {
+    static const bool isX = QGuiApplication::platformName() == QStringLiteral("xcb");
+    const QImage::Format format = pixels.format();
+    if (!isX || (format != QImage::Format_RGB32 && format != QImage::Format_ARGB32_Premultiplied))
+        return false;
+    if (std::exchange(m_looked, pixels.constBits()) != pixels.constBits()) m_shared = IsShared(m_looked);
+    return m_shared;
+}
+
 void PaintSurface(QWidget* widget, HWND window, const QRect& area) {
     const std::shared_ptr<Surface> surface = windows::SurfaceOf(window);
     if (surface == nullptr) return;
-    const NativeWidget::Extent extent = windows::Find(window)->native->DeviceExtent();
-    if (extent.width != surface->width() || extent.height != surface->height())
-        QtToolkit::Instance().ScaleChanged();
+    if (!Fits(*surface, window)) QtToolkit::Instance().ScaleChanged();
     QPainter painter(widget);
     UseDevicePixels(painter);
     const double ratio = widget->devicePixelRatioF();

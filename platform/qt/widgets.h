@@ -15,12 +15,20 @@ class QtNativeWidget;
 class SurfaceWidget : public WindowWidget<QWidget> {
 public:
     SurfaceWidget(HWND window, QWidget* parent);
+    // Puts a part of the picture, in device pixels, on the screen by the shortest way. False where there is
+    // none: then it takes a paint event.
+    bool CopyToScreen(const QRect& area);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+
+private:
+    bool IsReadByServer(const QImage& pixels);
+    const uchar* m_looked = nullptr;  // pixels that were looked at last
+    bool m_shared = false;            // and whether others see them
 };
 
 // Copies a part of the window's picture to the widget.

@@ -11,7 +11,7 @@ namespace {
 std::mutex g_lock;
 std::shared_ptr<WaveDriver> g_wave;
 std::shared_ptr<MixerDriver> g_mixer;
-MessagePoster g_post = &PostMessage;
+MessagePoster g_post = &PostMessages;
 
 }  // namespace
 
@@ -37,5 +37,9 @@ void SetSoundPoster(MessagePoster post) {
 }
 
 void PostSoundMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (hWnd != nullptr) g_post(hWnd, message, wParam, lParam);
+    PostSoundMessages(hWnd, message, wParam, {&lParam, 1});
+}
+
+void PostSoundMessages(HWND hWnd, UINT message, WPARAM wParam, std::span<const LPARAM> lParams) {
+    if (hWnd != nullptr) g_post(hWnd, message, wParam, lParams);
 }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "platform/sound/mixer_functions.h"
@@ -94,8 +95,9 @@ void SetSoundDrivers(std::shared_ptr<WaveDriver> wave, std::shared_ptr<MixerDriv
 std::shared_ptr<WaveDriver> CurrentWaveDriver();
 std::shared_ptr<MixerDriver> CurrentMixerDriver();
 
-// How notifications are posted: by PostMessage, unless a program without windows sets something else before
+// How notifications are posted: by PostMessages, unless a program without windows sets something else before
 // the first output or mixer is opened.
-using MessagePoster = BOOL (*)(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
+using MessagePoster = BOOL (*)(HWND hWnd, UINT message, WPARAM wParam, std::span<const LPARAM> lParams);
 void SetSoundPoster(MessagePoster post);
 void PostSoundMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
+void PostSoundMessages(HWND hWnd, UINT message, WPARAM wParam, std::span<const LPARAM> lParams);

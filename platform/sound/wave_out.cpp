@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <mutex>
+#include <span>
 #include <utility>
 
 #include "platform/framework/handle_table.h"
@@ -207,10 +208,13 @@ void WaveOutput::Deliver() {
     if (m_delivering) return;
     m_delivering = true;
     while (m_posted != m_done) {
-        WAVEHDR* const header = At(m_posted++).header;
+        std::array<LPARAM, 8> headers{};
+        std::size_t count = 0;
+        while (m_posted != m_done && count != headers.size())
+            headers[count++] = reinterpret_cast<LPARAM>(At(m_posted++).header);
         lock.unlock();
-        PostSoundMessage(m_window, MM_WOM_DONE, reinterpret_cast<WPARAM>(m_handle),
-                         reinterpret_cast<LPARAM>(header));
+        PostSoundMessages(m_window, MM_WOM_DONE, reinterpret_cast<WPARAM>(m_handle),
+                          std::span(headers).first(count));
         lock.lock();
     }
     m_delivering = false;

@@ -26,8 +26,9 @@ public:
     // From here on what is posted comes here.
     PostedMessages() {
         s_current = this;
-        SetSoundPoster([](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> BOOL {
-            s_current->Add({message, wParam, lParam, std::chrono::steady_clock::now()});
+        SetSoundPoster([](HWND, UINT message, WPARAM wParam, std::span<const LPARAM> lParams) -> BOOL {
+            for (const LPARAM lParam : lParams)
+                s_current->Add({message, wParam, lParam, std::chrono::steady_clock::now()});
             return TRUE;
         });
     }
