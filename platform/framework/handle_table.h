@@ -40,6 +40,11 @@ public:
         const auto found = m_objects.find(handle);
         return found == m_objects.end() ? nullptr : found->second;
     }
+    // The same without the lock, for the thread that alone adds and removes, if there is such a one.
+    T* FindHere(Handle handle) const {
+        const auto found = m_objects.find(handle);
+        return found == m_objects.end() ? nullptr : found->second.get();
+    }
     std::shared_ptr<T> Remove(Handle handle) {
         const std::scoped_lock lock(m_mutex);
         const auto node = m_objects.extract(handle);

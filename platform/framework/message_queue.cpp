@@ -81,7 +81,7 @@ void DispatchPostedMessages() {
     for (std::size_t left = g_queue.Count(); left > 0 && !g_queue.IsEmpty(); --left) {
         const MSG message = g_queue.Pop();
         lock.unlock();
-        if (windows::Lives(message.hwnd)) windows::DeliverInput(message);
+        if (windows::Find(message.hwnd) != nullptr) windows::DeliverInput(message);
         lock.lock();
     }
     const bool more = !g_queue.IsEmpty();

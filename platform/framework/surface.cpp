@@ -13,6 +13,24 @@ std::uint32_t FromColorRef(COLORREF color) {
            static_cast<std::uint32_t>(GetGValue(color)) << 8U | GetBValue(color);
 }
 
+std::uint32_t FromDib(const std::uint8_t* pixel) {
+    return kOpaque | static_cast<std::uint32_t>(pixel[2]) << 16U |
+           static_cast<std::uint32_t>(pixel[1]) << 8U | pixel[0];
+}
+
+// Four pixels from three words, on a little-endian machine.
+void CopyDibRow(const std::uint8_t* from, std::uint32_t* to, int width) {
+    for (; width >= 4; width -= 4, from += 12, to += 4) {
+        std::uint32_t words[3];
+        std::memcpy(words, from, sizeof words);
+        to[0] = kOpaque | words[0];
+        to[1] = kOpaque | words[0] >> 24U | words[1] << 8U;
+        to[2] = kOpaque | words[1] >> 16U | words[2] << 16U;
+        to[3] = kOpaque | words[2] >> 8U;
+    }
+    for (; width > 0; --width, from += 3) *to++ = FromDib(from);
+}
+
 std::size_t Area(int width, int height) {
     return static_cast<std::size_t>(std::max(width, 0)) * static_cast<std::size_t>(std::max(height, 0));
 }
@@ -38,8 +56,7 @@ Surface::Surface(DibTag, int width, int height)
 
 std::uint32_t Surface::ReadPixel(int x, int y) const {
     if (!isDib()) return Pixels()[Index(x, y)];
-    const std::uint8_t* p = DibPixel(x, y);
-    return kOpaque | static_cast<std::uint32_t>(p[2]) << 16U | static_cast<std::uint32_t>(p[1]) << 8U | p[0];
+    return FromDib(DibPixel(x, y));
 }
 
 COLORREF Surface::pixel(int x, int y) const {
@@ -133,11 +150,11 @@ void Surface::Copy(const RECT& area, Surface& source, int sx, int sy, Raster ras
         const int fromY = y + shiftY;
         if (source.isDib()) {
             const std::uint8_t* p = source.DibPixel(fromX, fromY);
-            for (int i = 0; i < width; ++i, p += 3) {
-                const std::uint32_t value = kOpaque | static_cast<std::uint32_t>(p[2]) << 16U |
-                                            static_cast<std::uint32_t>(p[1]) << 8U | p[0];
-                to[i] = raster == Raster::kOr ? to[i] | value : value;
+            if (raster == Raster::kCopy) {
+                CopyDibRow(p, to, width);
+                continue;
             }
+            for (int i = 0; i < width; ++i, p += 3) to[i] |= FromDib(p);
             continue;
         }
         const std::uint32_t* from =

@@ -43,7 +43,7 @@ std::shared_ptr<Window> Remove(HWND handle) {
 }
 
 Window* Find(HWND handle) {
-    return g_windows.With(handle, [](Window* window) { return window; });
+    return g_windows.FindHere(handle);
 }
 
 std::vector<HWND> All() {
@@ -51,7 +51,7 @@ std::vector<HWND> All() {
 }
 
 bool Lives(HWND handle) {
-    return Find(handle) != nullptr;
+    return g_windows.With(handle, [](const Window* window) { return window != nullptr; });
 }
 
 std::unique_lock<std::mutex> Keep(HWND handle) {
