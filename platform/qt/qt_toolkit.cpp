@@ -30,6 +30,7 @@ QFont MakeDialogFont() {
     QFont font(QStringLiteral("Liberation Sans"));
     font.setStyleHint(QFont::SansSerif);
     font.setPixelSize(11);
+    font.setStyleStrategy(QFont::PreferNoShaping);
     return font;
 }
 
