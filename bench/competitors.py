@@ -81,7 +81,7 @@ def start(options, material, results):
         for name, values in by_name.items():
             print(f"start, {what:9} {name:7} {spread(values)} s")
         by_round = ratios(by_name)
-        print(f"start, {what:9} player / faster competitor {spread(by_round)}  (aim: 0.5 or less)")
+        print(f"start, {what:9} player / faster competitor {spread(by_round)}  (limit 0.33)")
         results[f"start {what}"] = {**by_name, "ratio": by_round}
 
 
@@ -114,11 +114,11 @@ def playing(options, material, results):
         competitors = ("mpv", "ffplay") if video else ("ffplay",)
         smaller = min(cost[name] for name in competitors)
         print(f"playing {kind}: processor, player / smaller competitor {cost['player'] / smaller:.3f}  "
-              "(limit 1, aim 0.5)")
+              f"(limit {0.5 if video else 0.35})")
         for key in ("VmRSS", "Pss"):
             size = {name: statistics.median(s[key] for s in sizes[name]) for name in sizes}
             print(f"playing {kind}: {key}, player / smaller competitor "
-                  f"{size['player'] / min(size['mpv'], size['ffplay']):.3f}  (limit 0.7)")
+                  f"{size['player'] / min(size['mpv'], size['ffplay']):.3f}  (limit 0.6)")
 
 
 def dump(options, material, results):
@@ -178,7 +178,7 @@ def first_picture(options, material, results):
             sys.exit("no picture after Play")
         late.append(1000 * (drawn - played - PERIOD))
     stop(process)
-    print(f"first picture: {spread(late)} ms after one period  (limit 20)")
+    print(f"first picture: {spread(late)} ms after one period")
     results["first picture"] = late
 
 
