@@ -22,9 +22,10 @@ namespace {
 
 constexpr std::uint32_t opaque = 0xFF000000U;
 
-// Whether other processes may see the memory at this address, which must be in use: bit 61 of its page's
-// entry (Linux, pagemap in proc(5)).
+// Whether other processes may see the memory at this address: bit 61 of its page's entry, which is there once
+// the page was read (Linux, pagemap in proc(5)).
 bool IsShared(const uchar* address) {
+    [[maybe_unused]] const uchar first = *static_cast<const volatile uchar*>(address);
     const int table = open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
     if (table < 0) return false;
     std::uint64_t entry = 0;
@@ -66,9 +67,9 @@ void SurfaceWidget::paintEvent(QPaintEvent* event) {
 }
 
 // The toolkit keeps the pixels of a top-level window in memory that the X server reads when it is told to.
-// Before it draws where it has drawn already it waits until the server has read that, some hundred
-// microseconds and three changes of thread. What is drawn here the server is always told to read after it was
-// written: should it still be reading what was there, it comes by again.
+// Before it draws where it has drawn already it waits until the server has read that, which takes three
+// changes of thread. What is drawn here the server is always told to read after it was written: should it
+// still be reading what was there, it comes by again.
 bool SurfaceWidget::CopyToScreen(const QRect& area) {
     const QWidget* const top = window();
     QBackingStore* const store = top->backingStore();
