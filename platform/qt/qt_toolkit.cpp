@@ -30,7 +30,7 @@ QFont MakeDialogFont() {
     QFont font(QStringLiteral("Liberation Sans"));
     font.setStyleHint(QFont::SansSerif);
     font.setPixelSize(11);
-    // Shaping, where the script needs none, is a quarter of the time that a short text takes.
+    // Shaping, where the script needs none, took a tenth of the time that playing takes (docs/performance.md).
     font.setStyleStrategy(QFont::PreferNoShaping);
     return font;
 }
