@@ -30,7 +30,8 @@ QFont MakeDialogFont() {
     QFont font(QStringLiteral("Liberation Sans"));
     font.setStyleHint(QFont::SansSerif);
     font.setPixelSize(11);
-    // Shaping, where the script needs none, took a tenth of the time that playing takes (docs/performance.md).
+    // Shaping, where the script needs none, took a tenth of the time that playing takes
+    // (docs/performance.md).
     font.setStyleStrategy(QFont::PreferNoShaping);
     return font;
 }
